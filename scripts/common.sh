@@ -1,0 +1,65 @@
+# Shared by the scripts of this folder: where the repository is, messages, packages.
+set -euo pipefail
+export LC_ALL=C.UTF-8
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+jobs=$(nproc)
+
+say() { printf '\n== %s\n' "$*"; }
+
+die() {
+    printf '\n%s: %s\n' "$(basename "$0")" "$*" >&2
+    exit 1
+}
+
+step=start
+trap 'die "stopped at: $step"' ERR
+
+# Announces a step; a failure in it is reported under this name.
+step() {
+    step=$*
+    say "$*"
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        die "needs root or sudo to run: $*"
+    fi
+}
+
+is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+# Installs those of the given Debian packages that are missing.
+need_packages() {
+    local missing=() package
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        echo "all packages are there"
+        return
+    fi
+    echo "installing: ${missing[*]}"
+    as_root apt-get update -qq
+    as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# What the program needs to be built and to run.
+build_packages=(g++ make cmake libarchive-dev zlib1g-dev liblzma-dev libsoci-dev
+    libsoci-sqlite3-4.0 libsoci-postgresql4.0 libtomlplusplus-dev)
+
+# Configures (unless done already with the same options) and builds a preset.
+build_preset() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" "$@" >"/tmp/quarl-cmake.$$" ||
+        { cat "/tmp/quarl-cmake.$$"; die "cmake --preset $preset failed"; }
+    rm -f "/tmp/quarl-cmake.$$"
+    cmake --build --preset "$preset" -j "$jobs" -- --no-print-directory -s
+}

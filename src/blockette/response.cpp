@@ -1,0 +1,122 @@
+// Responses: poles and zeros, coefficients, response list, decimation, sensitivity or gain.
+#include "blockette/blockette.h"
+#include "blockette/scan.h"
+
+namespace
+{
+
+/// Poles and zeros alike: reads `count` of them. False when a bad field stopped the list.
+bool scan_roots(Cursor *in, int count, std::vector<Complex_t> &root, std::vector<Complex_t> &error,
+                std::string_view what)
+{
+    return scan_list(count, what, [&](int i) {
+        root[i].real = scan_double(in, 12);
+        root[i].imag = scan_double(in, 12);
+        error[i].real = scan_double(in, 12);
+        error[i].imag = scan_double(in, 12);
+    });
+}
+
+/// Numerators and denominators alike.
+bool scan_coefficients(Cursor *in, int count, std::vector<double> &coef, std::vector<double> &error,
+                       std::string_view what)
+{
+    return scan_list(count, what, [&](int i) {
+        coef[i] = scan_double(in, 12);
+        error[i] = scan_double(in, 12);
+    });
+}
+
+} // namespace
+
+void parse_053(blk_053_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->func_type = scan_char(&in);
+    blk->stage_num = scan_int(&in, 2);
+    blk->input_units = scan_int(&in, 3);
+    blk->output_units = scan_int(&in, 3);
+    blk->normal_factor = scan_double(&in, 12);
+    blk->normal_freq = scan_double(&in, 12);
+    blk->num_zeros = scan_int(&in, 3);
+    stamp_channel(blk);
+    allocate(blk->zero, blk->num_zeros, "blk->zero");
+    allocate(blk->zero_error, blk->num_zeros, "blk->zero_error");
+    if (!scan_roots(&in, blk->num_zeros, blk->zero, blk->zero_error, "paz zeros"))
+        return;
+    blk->num_poles = scan_int(&in, 3);
+    allocate(blk->pole, blk->num_poles, "blk->pole");
+    allocate(blk->pole_error, blk->num_poles, "blk->pole_error");
+    (void)scan_roots(&in, blk->num_poles, blk->pole, blk->pole_error, "paz poles");
+}
+
+void parse_054(blk_054_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->func_type = scan_char(&in);
+    blk->stage_num = scan_int(&in, 2);
+    blk->input_units = scan_int(&in, 3);
+    blk->output_units = scan_int(&in, 3);
+    blk->num_numer = scan_int(&in, 4);
+    allocate(blk->numer_coef, blk->num_numer, "blk->numer_coef");
+    allocate(blk->numer_error, blk->num_numer, "blk->numer_error");
+    stamp_channel(blk);
+    if (!scan_coefficients(&in, blk->num_numer, blk->numer_coef, blk->numer_error,
+                           "fir numerators"))
+        return;
+    blk->num_denom = scan_int(&in, 4);
+    allocate(blk->denom_coef, blk->num_denom, "blk->denom_coef");
+    allocate(blk->denom_error, blk->num_denom, "blk->denom_error");
+    (void)scan_coefficients(&in, blk->num_denom, blk->denom_coef, blk->denom_error,
+                            "fir denominators");
+}
+
+void parse_055(blk_055_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->stage_num = scan_int(&in, 2);
+    blk->input_units = scan_int(&in, 3);
+    blk->output_units = scan_int(&in, 3);
+    blk->num_resp = scan_int(&in, 4);
+    allocate(blk->frequency, blk->num_resp, "blk->frequency");
+    allocate(blk->amplitude, blk->num_resp, "blk->amplitude");
+    allocate(blk->amplitude_error, blk->num_resp, "blk->amplitude_error");
+    allocate(blk->phase, blk->num_resp, "blk->phase");
+    allocate(blk->phase_error, blk->num_resp, "blk->phase_error");
+    stamp_channel(blk);
+    (void)scan_list(blk->num_resp, "fap response", [&](int i) {
+        blk->frequency[i] = scan_double(&in, 12);
+        blk->amplitude[i] = scan_double(&in, 12);
+        blk->amplitude_error[i] = scan_double(&in, 12);
+        blk->phase[i] = scan_double(&in, 12);
+        blk->phase_error[i] = scan_double(&in, 12);
+    });
+}
+
+void parse_057(blk_057_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->stage_num = scan_int(&in, 2);
+    blk->samprate = scan_double(&in, 10);
+    blk->dec_factor = scan_int(&in, 5);
+    blk->dec_offset = scan_int(&in, 5);
+    blk->delay = scan_double(&in, 11);
+    blk->correction = scan_double(&in, 11);
+    stamp_channel(blk);
+    blk->sample_rate = 0.0; // the stage's own rate is what counts
+}
+
+void parse_058(blk_058_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->stage_num = scan_int(&in, 2);
+    blk->gain = scan_double(&in, 12);
+    blk->freq = scan_double(&in, 12);
+    stamp_channel(blk);
+    blk->units_signal = blk_052.units_signal;
+}

@@ -1,0 +1,130 @@
+#include "blockette/scan.h"
+
+#include "platform/elog.h"
+#include "platform/number.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace
+{
+
+/// The field could not be converted although it is not blank.
+template <Literal Message> void report_bad_field(std::string_view field)
+{
+    if (blank(field))
+        return;
+    elog_log<Message>(0, field);
+    Bad_blkflag = 1;
+}
+
+using Room = std::array<char, 256>; ///< larger than any real field
+
+/// `field` with a blank after its first exponent letter replaced by "+", so that "1.5E 02" is 150.
+/// What needs no repair is returned as it is, the rest is kept in `room`.
+std::string_view repaired(std::string_view field, Room &room)
+{
+    const std::size_t letter = field.find_first_of("eE");
+    if (letter == std::string_view::npos || letter + 1 == field.size() || field[letter + 1] != ' ')
+        return field;
+    const std::size_t size = std::min(field.size(), room.size());
+    std::copy_n(field.begin(), size, room.begin());
+    room[letter + 1] = '+';
+    return {room.data(), size};
+}
+
+/// Ends a text that ran over its room: keeps what fits, reports, and skips to behind the "~".
+std::size_t cut_var_str(std::string_view text, char *dest, std::size_t maxchars)
+{
+    dest[maxchars - 1] = '\0';
+    elog_complain<"variable string '%s' exceeded %d characters at %.80s\n">(
+        0, std::string_view(dest, maxchars - 1), maxchars, up_to_nul(text));
+    Bad_blkflag = 1;
+    const std::size_t end = std::min(text.find_first_of(std::string_view("~\0", 2)), text.size());
+    return end + (end < text.size() && text[end] == '~');
+}
+
+} // namespace
+
+std::string_view Cursor::field(std::size_t width)
+{
+    const std::string_view all = rest().substr(0, width);
+    at_ += width;
+    return up_to_nul(all);
+}
+
+int scan_int(Cursor *str, int len)
+{
+    const std::string_view field = str->field(len);
+    std::size_t used = 0;
+    const int value = leading_int(field, &used);
+    if (used == 0)
+        report_bad_field<"Could not convert '%s' to an integer\n">(field);
+    return value;
+}
+
+double scan_double(Cursor *str, int len)
+{
+    const std::string_view field = str->field(len);
+    std::size_t used = 0;
+    double value = read_real(field, &used);
+    if (used == field.size())
+        return value;
+    Room room;
+    const std::string_view text = repaired(field, room);
+    if (text.data() != field.data())
+        value = read_real(text, &used);
+    if (used == 0)
+        report_bad_field<"Couldn't convert '%s' to a real number.\n">(text);
+    return value;
+}
+
+char scan_char(Cursor *str)
+{
+    const std::string_view rest = str->rest();
+    str->advance(1);
+    return rest.empty() ? '\0' : rest.front();
+}
+
+std::string_view scan_raw(Cursor *str, int len) { return str->field(len); }
+
+std::string_view scan_text(Cursor *str, int len) { return trimmed(str->field(len)); }
+
+void scan_var_str(Cursor *source, char *dest, std::size_t maxchars)
+{
+    std::string_view text = source->rest();
+    if (text.starts_with('~')) {
+        *dest = '\0';
+        source->advance(1);
+        return;
+    }
+    const auto *first = std::find_if_not(text.begin(), text.end(), is_space);
+    const auto skipped = static_cast<std::size_t>(first - text.begin());
+    text.remove_prefix(skipped);
+    const auto *stop = std::find_if(text.begin(), text.begin() + std::min(text.size(), maxchars),
+                                    [](char c) { return c == '~' || c == '\0'; });
+    auto size = static_cast<std::size_t>(stop - text.begin());
+    if (size == maxchars) {
+        std::copy_n(text.begin(), maxchars - 1, dest);
+        source->advance(skipped + cut_var_str(text, dest, maxchars));
+        return;
+    }
+    const bool closed = size < text.size() && text[size] == '~';
+    source->advance(skipped + size + closed);
+    while (size > 0 && is_space(text[size - 1]))
+        --size;
+    std::copy_n(text.begin(), size, dest);
+    dest[size] = '\0';
+}
+
+void scan_head(Cursor *str, blk_t *blk)
+{
+    blk->type = scan_int(str, 3);
+    blk->length = scan_int(str, 4);
+}
+
+void log_abort(std::string_view what, int i)
+{
+    elog_log<"Aborting input of %s at #%d\n">(0, what, i);
+}

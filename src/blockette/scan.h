@@ -1,0 +1,116 @@
+// Field scanners: how a parser walks the text of a blockette.
+#pragma once
+
+#include "records.h"
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+/// Position in the text of one blockette. Beyond the end of the text a scanner reads nothing, as it
+/// does behind a NUL; the position still advances.
+class Cursor
+{
+public:
+    explicit Cursor(std::string_view text) : text_(text) {}
+
+    /// Everything from the position on.
+    [[nodiscard]] std::string_view rest() const
+    {
+        return at_ < text_.size() ? text_.substr(at_) : std::string_view();
+    }
+    /// At most `width` characters, up to a NUL; the position advances by `width` whatever was
+    /// there.
+    std::string_view field(std::size_t width);
+    void advance(std::size_t count) { at_ += count; }
+
+private:
+    std::string_view text_;
+    std::size_t at_ = 0;
+};
+
+/// An integer field of `len` characters. Text behind the number is ignored and blanks are 0;
+/// anything else that is no number is logged, sets Bad_blkflag and gives 0.
+int scan_int(Cursor *str, int len);
+
+/// A real field of `len` characters, as scan_int. A blank behind the exponent letter counts as "+".
+double scan_double(Cursor *str, int len);
+
+/// The one character at the cursor as it stands; NUL beyond the end.
+char scan_char(Cursor *str);
+
+/// `len` raw characters, blanks kept; a NUL ends them early.
+std::string_view scan_raw(Cursor *str, int len);
+
+/// A text field of `len` characters without surrounding white space.
+std::string_view scan_text(Cursor *str, int len);
+
+/// A text field into `to`, which holds more than `Len` characters.
+template <int Len, std::size_t N> void scan_str(Cursor *str, char (&to)[N])
+{
+    static_assert(Len < N);
+    const std::string_view text = scan_text(str, Len);
+    std::memcpy(to, text.data(), text.size());
+    to[text.size()] = '\0';
+}
+
+/// A text closed by "~" into `dest`, of which `maxchars` bytes are used, terminator included:
+/// leading and trailing white space removed. A text that does not fit is cut, reported and sets
+/// Bad_blkflag.
+void scan_var_str(Cursor *source, char *dest, std::size_t maxchars);
+
+template <std::size_t N> void scan_var_str(Cursor *source, char (&dest)[N])
+{
+    scan_var_str(source, dest, N);
+}
+
+/// Type and length of blockette, with which every layout begins.
+void scan_head(Cursor *str, blk_t *blk);
+
+/// Logs that the list `what` ends early at entry `i`.
+void log_abort(std::string_view what, int i);
+
+/// Reads entries 0 to count - 1. A field that went bad earlier in the blockette stops the list
+/// before its next entry and says where: false, and the parser returns.
+template <class ReadEntry>
+[[nodiscard]] bool scan_list(int count, std::string_view what, ReadEntry read_entry)
+{
+    for (int i = 0; i < count; ++i) {
+        if (Bad_blkflag) {
+            log_abort(what, i);
+            return false;
+        }
+        read_entry(i);
+    }
+    return true;
+}
+
+/// Where entry `i` of a list of fixed capacity goes: keep(array) is its slot, or a throw-away one
+/// when the array is full.
+class Keep
+{
+public:
+    Keep(int i, int capacity) : i_(i), room_(i < capacity) {}
+
+    template <class T, std::size_t N> T &operator()(T (&array)[N])
+    {
+        static T surplus;
+        return room_ ? array[i_] : surplus;
+    }
+
+private:
+    int i_;
+    bool room_;
+};
+
+/// Reads all `*count` entries of a list of fixed capacity, so that the fields behind them stay in
+/// step. The surplus is dropped: `*count` becomes the capacity and Bad_blkflag is set.
+template <class ReadEntry> void scan_fixed_list(int *count, int capacity, ReadEntry read_entry)
+{
+    for (int i = 0; i < *count; ++i)
+        read_entry(Keep(i, capacity));
+    if (*count > capacity) {
+        *count = capacity;
+        Bad_blkflag = 1;
+    }
+}

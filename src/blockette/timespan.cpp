@@ -1,0 +1,91 @@
+// Time spans and events. These parsers have no abort rule: every field is read whatever came
+// before.
+#include "blockette/blockette.h"
+#include "blockette/scan.h"
+#include "platform/elog.h"
+
+void parse_070(blk_070_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->span_flag = scan_char(&in);
+    scan_var_str(&in, blk->beg_time);
+    scan_var_str(&in, blk->end_time);
+}
+
+void parse_071(blk_071_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    scan_var_str(&in, blk->origin_time);
+    blk->source_id = scan_int(&in, 2);
+    blk->lat = scan_double(&in, 10);
+    blk->lon = scan_double(&in, 11);
+    blk->depth = scan_double(&in, 7);
+    blk->num_mags = scan_int(&in, 2);
+    scan_fixed_list(&blk->num_mags, blk_071_t::Capacity, [&](auto &&keep) {
+        keep(blk->mag) = scan_double(&in, 5);
+        scan_var_str(&in, keep(blk->mag_type));
+        keep(blk->mag_source) = scan_int(&in, 2);
+    });
+    blk->grn = scan_int(&in, 3);
+    blk->srn = scan_int(&in, 4);
+    scan_var_str(&in, blk->gregion);
+}
+
+void parse_072(blk_072_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    scan_str<5>(&in, blk->stn_id);
+    scan_str<2>(&in, blk->loc_id);
+    scan_str<3>(&in, blk->chan_id);
+    scan_var_str(&in, blk->arr_time);
+    blk->amp = scan_double(&in, 10);
+    blk->period = scan_double(&in, 10);
+    blk->snr = scan_double(&in, 10);
+    scan_var_str(&in, blk->phase);
+    blk->source = scan_int(&in, 2);
+    scan_str<2>(&in, blk->network_code);
+}
+
+void parse_073(blk_073_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->num_segs = scan_int(&in, 4);
+    if (blk->num_segs > blk_073_t::Capacity) {
+        elog_complain<"ERROR(parse_073) - num_segs is too large: %i\n">(0, blk->num_segs);
+        end_process(1);
+    }
+    for (int i = 0; i < blk->num_segs; ++i) {
+        scan_str<5>(&in, blk->stn_id[i]);
+        scan_str<2>(&in, blk->loc_id[i]);
+        scan_str<3>(&in, blk->chan_id[i]);
+        scan_var_str(&in, blk->series_start_time[i]);
+        blk->seq_num[i] = scan_int(&in, 6);
+        blk->sub_seq_num[i] = scan_int(&in, 2);
+    }
+}
+
+void parse_074(blk_074_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_head(&in, blk);
+    scan_str<5>(&in, blk->stn_id);
+    scan_str<2>(&in, blk->loc_id);
+    scan_str<3>(&in, blk->chan_id);
+    scan_var_str(&in, blk->series_start_time);
+    blk->first_seq_num = scan_int(&in, 6);
+    blk->first_sub_seq_num = scan_int(&in, 2);
+    scan_var_str(&in, blk->series_end_time);
+    blk->last_seq_num = scan_int(&in, 6);
+    blk->last_sub_seq_num = scan_int(&in, 2);
+    blk->num_repeats = scan_int(&in, 3);
+    scan_fixed_list(&blk->num_repeats, blk_074_t::Capacity, [&](auto &&keep) {
+        scan_var_str(&in, keep(blk->rec_start_time));
+        keep(blk->req_seq_num) = scan_int(&in, 6);
+        keep(blk->req_sub_seq_num) = scan_int(&in, 2);
+    });
+    scan_str<2>(&in, blk->network_code);
+}

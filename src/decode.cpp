@@ -1,0 +1,124 @@
+#include "decode.h"
+
+#include "platform/elog.h"
+#include "platform/msd.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace
+{
+
+constexpr int Nseed_formats = 18;
+
+constexpr std::array<SeedFormat, Nseed_formats> seed_formats = {{
+    {"", "**", 0},
+    {"32-Bit Integer Format", "t4", 4},
+    {"SUN IEEE integer", "t4", 4},
+    {"ASRO Gain-Ranged Format", "t4", 4},
+    {"SRO Gain-Ranged Format", "t4", 4},
+    {"CDSN Gain-Ranged Format", "t4", 4},
+    {"DWWSSN SUN IEEE short integer", "t4", 4},
+    {"DWWSSN Integer Format", "t4", 4},
+    {"Steim Integer Compression Format", "t4", 4},
+    {"Steim2 Integer Compression Format", "t4", 4},
+    {"IEEE single precision real", "t4", 4},
+    {"SUN IEEE single precision real", "t4", 4},
+    {"DWWSSN demultiplexed short (16 bit) 68000 integer", "t4", 4},
+    {"Geoscope gain-range on 3 bits", "t4", 12},
+    {"Geoscope-3 byte (switched gain)", "t4", 12},
+    {"Geoscope gain range on 4 bits", "t4", 12},
+    {"ASCII RefTek Log Files, State of Health", "as", 1},
+    {"USNSN Integer Compression", "t4", 4},
+}};
+
+constexpr int nseedname = 7;
+
+/// Names of the encoding formats of Blockette 1000.
+constexpr std::array<Xlat, nseedname> seedname = {{
+    {"DWWSSN SUN IEEE short integer", 1},
+    {"32-Bit Integer Format", 3},
+    {"IEEE single precision real", 4},
+    {"Steim Integer Compression Format", 10},
+    {"Steim2 Integer Compression Format", 11},
+    {"USNSN Integer Compression", 15},
+    {"CDSN Gain-Ranged Format", 16},
+}};
+
+int find_format(std::string_view name)
+{
+    const auto *aliases = pfget_arr(Parameters, "data_type_aliases");
+    if (const std::string *alias = aliases ? getarr(*aliases, name) : nullptr)
+        name = *alias;
+    const auto *row = std::find_if(seed_formats.begin(), seed_formats.end(),
+                                   [&](const SeedFormat &format) { return format.seed == name; });
+    return row == seed_formats.end() ? 0 : static_cast<int>(row - seed_formats.begin());
+}
+
+/// The last name asked for: data records ask for the same one again and again.
+struct LastName {
+    std::string name;
+    int index = -1;
+};
+
+LastName Last_Name;
+
+/// Rows of seed_formats by row of seedname; -1 until asked for.
+std::array<int, nseedname> Encoding_Index = {-1, -1, -1, -1, -1, -1, -1};
+
+int encoding_index(const Xlat &row)
+{
+    int &index = Encoding_Index[&row - seedname.data()];
+    if (index < 0)
+        index = find_format(row.name);
+    return index;
+}
+
+std::unordered_set<std::string> Reported_Channels;
+
+} // namespace
+
+int sd_data_type(std::string_view name)
+{
+    if (Last_Name.index < 0 || Last_Name.name != name)
+        Last_Name = {std::string(name), find_format(name)};
+    return Last_Name.index;
+}
+
+B1000 parse_b1000(const char *record, std::size_t available)
+{
+    constexpr int Preset_Length = 256;
+    MsdHeader unpacked{record, available, Preset_Length, 0, 0};
+    B1000 found;
+    if (msdhdr_unpack(&unpacked) != 0)
+        return found;
+    found.usable = true;
+    found.encoding = unpacked.encoding;
+    found.word_order = unpacked.word_order;
+    found.record_length = unpacked.record_length;
+    if (const Xlat *row = xlatrow(unpacked.encoding, seedname.data(), nseedname)) {
+        found.name = row->name;
+        found.index = encoding_index(*row);
+    }
+    return found;
+}
+
+void b030_problem(const blk_dh_t &header, std::string_view dictionary_name,
+                  std::string_view b1000_name)
+{
+    std::string channel =
+        formatted<"%s_%s_%s%s%s">(header.network_code, header.stn_id, header.chan_id,
+                                  std::string_view(*header.loc_id ? "_" : ""), header.loc_id);
+    const auto [key, is_new] = Reported_Channels.insert(std::move(channel));
+    if (!is_new)
+        return;
+    elog_complain<"\n*** Serious inconsistency in seed volume.\n"
+                  "    For the channel %s, the 030 blockettes indicate the datatype\n"
+                  "        %s\n"
+                  "    but the blockette 1000 embedded in the data says the data is\n"
+                  "        %s\n"
+                  "    This inconsistency may cause problems.">(0, *key, dictionary_name,
+                                                                b1000_name);
+}

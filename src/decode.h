@@ -1,0 +1,42 @@
+// Data format identification.
+#pragma once
+
+#include "records.h"
+
+#include <cstddef>
+#include <string_view>
+
+/// Decodes the samples of a data record; no row has one in this tool, which lists and does not
+/// decode.
+using SampleDecoder = int (*)(const unsigned char *data, std::size_t size, void *samples);
+
+/// A known data format.
+struct SeedFormat {
+    std::string_view seed; ///< name as a data format dictionary spells it
+    std::string_view css;  ///< CSS 3.0 waveform data type code
+    int size;              ///< bytes per sample unit
+    SampleDecoder convert = nullptr;
+};
+
+/// The row of `seed_formats` that is named `name`, after the aliases of the parameter file; 0 when
+/// the format is unknown.
+int sd_data_type(std::string_view name);
+
+/// What a data record's Blockette 1000 says.
+struct B1000 {
+    bool usable = false; ///< there is one; the other members mean something
+    int index = 0;       ///< row of seed_formats; 0 when the encoding has no name
+    const char *name = nullptr;
+    int encoding = 0;
+    int word_order = 0;
+    int record_length = 0; ///< bytes
+};
+
+/// Reads the Blockette 1000 of a data record of which `available` bytes, from its byte 0 on, may be
+/// read.
+B1000 parse_b1000(const char *record, std::size_t available);
+
+/// Reports, once per channel and run, that dictionary and Blockette 1000 name different data
+/// formats.
+void b030_problem(const blk_dh_t &header, std::string_view dictionary_name,
+                  std::string_view b1000_name);

@@ -1,0 +1,29 @@
+// The fixed header of data records: parsing and completion.
+#pragma once
+
+#include "platform/allocate.h"
+#include "records.h"
+#include "seed/handle.h"
+
+#include <memory>
+#include <string_view>
+
+std::unique_ptr<blk_dh_t> new_dh();
+void init_dh(blk_dh_t *blk);
+
+/// Fills the header from `buff`, which begins at byte 8 of the record. The year decides the byte
+/// order: 1970 to 2030 in host order is host order. Every 16-bit and 8-bit field is sign-extended.
+void parse_dh(blk_dh_t *blk, std::string_view buff);
+
+/// Reads one 4-, 2- or 1-byte value at `src`, sign-extended; a non-zero `swap` reverses its bytes.
+int int2int(const char *src, int swap);
+int short2int(const char *src, int swap);
+int char2int(const char *src);
+
+/// Derives sample rate and start text from the header as it was read. The word orders are ignored.
+void fix_dh(blk_dh_t *blk, int long_order, int word_order);
+
+/// Completes a parsed header: time, epoch, and record length and format from the volume's channel
+/// dictionary or, for a channel that the volume does not describe, from the database's table
+/// seedformat. A channel that an open database does not know either is complained about.
+void fixup_dh(blk_dh_t *blk, const read_handle_t *handle);

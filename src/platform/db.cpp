@@ -1,0 +1,312 @@
+#include "platform/db.h"
+
+#include "platform/allocate.h"
+#include "platform/db_session.h"
+#include "platform/elog.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+constexpr std::string_view Table_Name = "seedformat";
+constexpr std::array<std::string_view, 5> Columns = {"sta", "chan", "seedstart", "seedend",
+                                                     "seedformat"};
+/// The table stands before each column: without it, PostgreSQL takes a missing column `seedformat`
+/// for the whole row.
+constexpr std::string_view Select =
+    "select t.sta, t.chan, t.seedstart, t.seedend, t.seedformat from seedformat t";
+
+/// `text` with every byte that is not `plain` as %XX.
+template <class Plain> std::string percent_encoded(std::string_view text, Plain plain)
+{
+    std::string encoded;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (plain(byte))
+            encoded += c;
+        else
+            encoded += {'%', "0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
+    }
+    return encoded;
+}
+
+/// Size of a file, -1 when there is none.
+off_t file_size(const std::string &path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? status.st_size : -1;
+}
+
+/// A file of SQLite, open for reading.
+class SqliteFile
+{
+public:
+    explicit SqliteFile(const char *path) : fd_(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    SqliteFile(const SqliteFile &) = delete;
+    SqliteFile &operator=(const SqliteFile &) = delete;
+    ~SqliteFile()
+    {
+        if (fd_ >= 0)
+            close(fd_);
+    }
+
+    /// Takes the lock of a reader until the end: no writer takes its write-ahead log away
+    /// meanwhile. A file without such a log needs none, and a writer that waits for it would shut
+    /// SQLite's own out. Waits some seconds; false with the reason left for elog. A file system
+    /// without locks will do.
+    [[nodiscard]] bool lock() const
+    {
+        struct flock readers = {};
+        readers.l_type = F_RDLCK;
+        readers.l_start = 0x40000002;
+        readers.l_len = 510;
+        for (int wait = 0; wait < 250; ++wait) {
+            if (fcntl(fd_, F_OFD_SETLK, &readers) == 0 || (errno != EAGAIN && errno != EACCES))
+                return true;
+            usleep(20000);
+        }
+        elog_set_reason("database is locked");
+        return false;
+    }
+
+    /// Whether it is a database; when not, errno or the reason is left for elog.
+    [[nodiscard]] bool is_database()
+    {
+        if (fd_ < 0)
+            return false;
+        errno = 0;
+        const bool whole = pread(fd_, head_.data(), head_.size(), 0) == ssize_t{20};
+        if (whole && std::string_view(head_.data(), Magic.size()) == Magic)
+            return true;
+        if (errno != EISDIR)
+            elog_set_reason("file is not a database");
+        return false;
+    }
+
+    /// Whether changes go to a log before they go to the file.
+    [[nodiscard]] bool write_ahead() const { return head_[18] == 2 || head_[19] == 2; }
+
+private:
+    static constexpr std::string_view Magic{"SQLite format 3\0", 16};
+
+    int fd_;
+    std::array<char, 20> head_{};
+};
+
+/// How SQLite is to open a file so that it writes nothing, neither to it nor beside it.
+struct SqliteAccess {
+    const char *parameters;
+    const char *first_query;
+};
+
+/// A plain reader of a database with a write-ahead log creates the log and its index when they are
+/// not there. With both there the index is read in place. Without log there is no writer and the
+/// file alone counts. A log without index was left behind: only a reader that needs no locks keeps
+/// the index in its own memory.
+SqliteAccess sqlite_access(const std::string &path, bool write_ahead)
+{
+    constexpr const char *query_only = "pragma query_only = on";
+    const off_t log = file_size(path + "-wal");
+    if (log >= 0 && file_size(path + "-shm") >= 0)
+        return {"&readonly_shm=1", query_only};
+    if (log > 0)
+        return {"&vfs=unix-none", "pragma locking_mode = exclusive"};
+    return {write_ahead || log == 0 ? "&immutable=1" : "", query_only};
+}
+
+/// The file closes after the session: closing one takes the locks of the whole process off it.
+Session open_sqlite(const std::string &name)
+{
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(name.c_str(), nullptr),
+                                                           &std::free);
+    if (!real)
+        return {};
+    const auto file = std::make_shared<SqliteFile>(real.get());
+    if (!file->is_database() || (file->write_ahead() && !file->lock()))
+        return {};
+    const std::string path(real.get());
+    const SqliteAccess access = sqlite_access(path, file->write_ahead());
+    const auto plain = [](unsigned char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '/' || c == '.' || c == '-' || c == '_';
+    };
+    Session session =
+        open_session("sqlite3", "dbname=file:" + percent_encoded(path, plain) + "?mode=ro" +
+                                    access.parameters + " readonly=1 timeout=5");
+    session.get_deleter().keeps = file;
+    prepare_session(&session, {access.first_query, "select count(*) from sqlite_master"});
+    return session;
+}
+
+/// The URL as SOCI has to get it. SOCI cuts it at blanks and puts a "=" behind a text without one.
+std::string postgresql_url(std::string_view url)
+{
+    std::size_t host = url.find("://") + 3;
+    const std::size_t user_end = url.find_first_of("@/", host);
+    if (user_end != std::string_view::npos && url[user_end] == '@')
+        host = user_end;
+    const bool asks = url.find('?', host) != std::string_view::npos;
+    std::string_view joint = asks ? "&" : "?";
+    if (url.ends_with('?'))
+        joint = "";
+    const auto plain = [](unsigned char c) { return c > ' ' && c < 0x7F && c != '"'; };
+    return percent_encoded(url, plain).append(joint) + "fallback_application_name=quarl";
+}
+
+Session open_postgresql(const std::string &url)
+{
+    setenv("PGCONNECT_TIMEOUT", "10", 0);
+    Session session = open_session("postgresql", postgresql_url(url));
+    prepare_session(&session,
+                    {"set session characteristics as transaction read only",
+                     "set synchronize_seqscans = off", "set max_parallel_workers_per_gather = 0",
+                     "set lock_timeout = '10s'"});
+    return session;
+}
+
+/// What differs between the kinds of databases.
+struct Backend {
+    Session (*open)(const std::string &source);
+    bool stays_open;        ///< an open SQLite file would keep others from tidying up
+    std::string_view order; ///< makes the select show the rows in the table's own order
+};
+
+/// SQLite reads a table in its own order unless an index holds all that is asked for.
+constexpr Backend Sqlite = {open_sqlite, false, " not indexed"};
+constexpr Backend Postgresql = {open_postgresql, true, " order by t.tableoid, t.ctid"};
+
+struct Database {
+    Backend backend;
+    std::string source; ///< a path, or the URL of a server
+    Session session;    ///< where it stays open
+    TextRows rows{Columns.size()};
+    bool refused = false; ///< the table could not be read
+};
+
+std::vector<Database> Databases;
+
+/// Comes before the libraries that are loaded by then take themselves down.
+void end_sessions()
+{
+    for (Database &database : Databases)
+        database.session.reset();
+}
+
+Database database_of(std::string_view name)
+{
+    constexpr std::string_view file_scheme = "sqlite://";
+    if (name.starts_with("postgresql://") || name.starts_with("postgres://"))
+        return {Postgresql, std::string(name), {}};
+    if (name.starts_with(file_scheme))
+        name.remove_prefix(file_scheme.size());
+    return {Sqlite, std::string(name), {}};
+}
+
+Database *opened(Dbptr db)
+{
+    const bool known = db.database >= 0 && static_cast<std::size_t>(db.database) < Databases.size();
+    return known ? &Databases[db.database] : nullptr;
+}
+
+/// Reads all rows of the table; the answer is what went wrong, empty when nothing.
+std::string select_rows(const Backend &backend, const Session &session, TextRows *rows)
+{
+    const std::string select(Select);
+    std::string error = run_query(session, select + std::string(backend.order), rows);
+    // The rows of a view have no place.
+    if (error.find("t.tableoid") != std::string::npos)
+        error = run_query(session, select, rows);
+    return error;
+}
+
+/// Reads the table; what goes wrong is complained about and not tried again.
+void read_table(Database *database)
+{
+    Session opened_now;
+    if (!database->session)
+        opened_now = database->backend.open(database->source);
+    const Session &session = database->session ? database->session : opened_now;
+    if (session) {
+        const std::string error = select_rows(database->backend, session, &database->rows);
+        if (error.empty())
+            return;
+        elog_set_reason(error);
+    }
+    database->rows.clear();
+    database->refused = true;
+    elog_complain<"Can't read database table '%s'\n">(1, Table_Name);
+}
+
+} // namespace
+
+Dbptr dbinvalid() { return {dbINVALID, dbINVALID, dbINVALID, dbINVALID}; }
+
+int VXdbopen(const char *name, const char * /*mode*/, Dbptr *db)
+{
+    *db = dbinvalid();
+    Database database = database_of(name);
+    Session session = database.backend.open(database.source);
+    if (!session)
+        return -1;
+    if (database.backend.stays_open) {
+        database.session = std::move(session);
+        std::atexit(end_sessions);
+    }
+    Databases.push_back(std::move(database));
+    *db = {static_cast<int>(Databases.size()) - 1, dbALL, dbALL, dbALL};
+    return 0;
+}
+
+Dbptr dblookup(Dbptr db, const char *table)
+{
+    Database *database = opened(db);
+    if (database == nullptr || table != Table_Name)
+        return dbinvalid();
+    try {
+        if (database->rows.count() == 0 && !database->refused)
+            read_table(database);
+    } catch (const std::bad_alloc &) {
+        out_of_memory(Where(), database->rows.count(), "database rows");
+    }
+    return {db.database, 0, dbALL, dbALL};
+}
+
+int dbquery(Dbptr db, int code, int *result)
+{
+    const Database *database = opened(db);
+    if (database == nullptr || code != dbRECORD_COUNT)
+        return -1;
+    *result = static_cast<int>(std::min<std::size_t>(database->rows.count(), INT_MAX));
+    return 0;
+}
+
+int dbgetv(Dbptr db, std::initializer_list<DbField> fields)
+{
+    const Database *database = opened(db);
+    if (database == nullptr || db.record < 0 ||
+        static_cast<std::size_t>(db.record) >= database->rows.count())
+        return -1;
+    const auto column = [](const DbField &field) { return std::ranges::find(Columns, field.name); };
+    for (const DbField &field : fields)
+        if (column(field) == Columns.end() || field.into.empty())
+            return -1;
+    for (const DbField &field : fields) {
+        const std::string_view text =
+            database->rows.field(db.record, column(field) - Columns.begin());
+        const std::size_t length = text.copy(field.into.data(), field.into.size() - 1);
+        field.into[length] = '\0';
+    }
+    return 0;
+}

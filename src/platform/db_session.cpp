@@ -1,0 +1,158 @@
+// SOCI and the client library of a database are loaded when a session is opened and stay loaded; a
+// run without a database starts without them. SOCI's C interface keeps its exceptions to itself.
+#include "platform/db_session.h"
+
+#include "platform/elog.h"
+
+#include <algorithm>
+#include <array>
+#include <dlfcn.h>
+#include <soci/soci-simple.h>
+
+namespace
+{
+
+/// The part of SOCI's C interface that is used, found by name.
+struct Soci {
+    decltype(&soci_create_session) create_session;
+    decltype(&soci_destroy_session) destroy_session;
+    decltype(&soci_session_state) session_state;
+    decltype(&soci_session_error_message) session_error_message;
+    decltype(&soci_create_statement) create_statement;
+    decltype(&soci_destroy_statement) destroy_statement;
+    decltype(&soci_into_string) into_string;
+    decltype(&soci_prepare) prepare;
+    decltype(&soci_execute) execute;
+    decltype(&soci_fetch) fetch;
+    decltype(&soci_get_into_state) get_into_state;
+    decltype(&soci_get_into_string) get_into_string;
+    decltype(&soci_statement_state) statement_state;
+    decltype(&soci_statement_error_message) statement_error_message;
+};
+
+Soci Api; ///< valid once load_soci has returned true
+
+struct EndStatement {
+    void operator()(void *statement) const { Api.destroy_statement(statement); }
+};
+using Statement = std::unique_ptr<void, EndStatement>;
+
+/// Loads a library for the rest of the run; null with the reason left for elog.
+void *load_library(const std::string &name, const std::string &package)
+{
+    void *library = dlopen((name + ".so.4.0").c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        elog_set_reason(std::string(dlerror()) + " (Debian package " + package + ")");
+    return library;
+}
+
+template <class Function> bool find_symbol(void *library, const char *name, Function *function)
+{
+    *function = reinterpret_cast<Function>(dlsym(library, name));
+    if (*function == nullptr)
+        elog_set_reason(dlerror());
+    return *function != nullptr;
+}
+
+/// Loads SOCI and the backend, which SOCI itself would also look for in the current directory.
+bool load_soci(const std::string &backend)
+{
+    void *core = load_library("libsoci_core", "libsoci-core4.0");
+    if (core == nullptr)
+        return false;
+    const std::string package = "libsoci-" + backend + (backend == "sqlite3" ? "-4.0" : "4.0");
+    return find_symbol(core, "soci_create_session", &Api.create_session) &&
+           find_symbol(core, "soci_destroy_session", &Api.destroy_session) &&
+           find_symbol(core, "soci_session_state", &Api.session_state) &&
+           find_symbol(core, "soci_session_error_message", &Api.session_error_message) &&
+           find_symbol(core, "soci_create_statement", &Api.create_statement) &&
+           find_symbol(core, "soci_destroy_statement", &Api.destroy_statement) &&
+           find_symbol(core, "soci_into_string", &Api.into_string) &&
+           find_symbol(core, "soci_prepare", &Api.prepare) &&
+           find_symbol(core, "soci_execute", &Api.execute) &&
+           find_symbol(core, "soci_fetch", &Api.fetch) &&
+           find_symbol(core, "soci_get_into_state", &Api.get_into_state) &&
+           find_symbol(core, "soci_get_into_string", &Api.get_into_string) &&
+           find_symbol(core, "soci_statement_state", &Api.statement_state) &&
+           find_symbol(core, "soci_statement_error_message", &Api.statement_error_message) &&
+           load_library("libsoci_" + backend, package) != nullptr;
+}
+
+/// The database's own words in a message of SOCI: the first line, without SOCI's introductions and
+/// without the statement.
+std::string own_words(std::string_view message)
+{
+    constexpr std::array<std::string_view, 7> introductions = {
+        "Cannot establish connection to the database.",
+        "Cannot prepare statement.",
+        "Cannot execute query.",
+        "Fatal error.",
+        "Connection failed.",
+        "sqlite3_statement_backend::prepare:",
+        "sqlite3_statement_backend::loadOne:"};
+    const std::string_view whole = message;
+    for (const std::string_view introduction : introductions) {
+        if (message.starts_with(introduction))
+            message.remove_prefix(introduction.size());
+        message.remove_prefix(std::min(message.find_first_not_of(" \n"), message.size()));
+    }
+    message = message.substr(0, message.find('\n'));
+    for (const std::string_view context :
+         {" while preparing \"", " while executing \"", " while fetching data from \""})
+        message = message.substr(0, message.find(context));
+    return std::string(message.empty() ? whole : message);
+}
+
+/// Takes the rows of a statement that has been prepared.
+void take_rows(void *statement, TextRows *rows)
+{
+    for (int got = Api.execute(statement, 1); got != 0; got = Api.fetch(statement))
+        for (int i = 0; i < static_cast<int>(rows->columns()); ++i)
+            rows->append(Api.get_into_state(statement, i) != 0 ? Api.get_into_string(statement, i)
+                                                               : "");
+}
+
+} // namespace
+
+void EndSession::operator()(void *session) const { Api.destroy_session(session); }
+
+Session open_session(const std::string &backend, const std::string &connection)
+{
+    if (!load_soci(backend))
+        return {};
+    Session session(Api.create_session((backend + "://" + connection).c_str()));
+    if (session && Api.session_state(session.get()) == 0) {
+        elog_set_reason(own_words(Api.session_error_message(session.get())));
+        session.reset();
+    }
+    return session;
+}
+
+std::string run_query(const Session &session, const std::string &query, TextRows *rows)
+{
+    rows->clear();
+    const Statement holder(Api.create_statement(session.get()));
+    void *statement = holder.get();
+    if (statement == nullptr)
+        return own_words(Api.session_error_message(session.get()));
+    for (std::size_t i = 0; i < rows->columns(); ++i)
+        Api.into_string(statement);
+    Api.prepare(statement, query.c_str());
+    if (Api.statement_state(statement) != 0)
+        take_rows(statement, rows);
+    if (Api.statement_state(statement) != 0)
+        return {};
+    return own_words(Api.statement_error_message(statement));
+}
+
+void prepare_session(Session *session, std::initializer_list<const char *> queries)
+{
+    TextRows none(0);
+    for (const char *query : queries) {
+        const std::string error = *session ? run_query(*session, query, &none) : "";
+        if (error.empty())
+            continue;
+        elog_set_reason(error);
+        session->reset();
+    }
+}

@@ -1,0 +1,61 @@
+// A session with a database through SOCI, and texts from it.
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct EndSession {
+    std::shared_ptr<const void> keeps; ///< what has to stay until the session has ended
+    void operator()(void *session) const;
+};
+using Session = std::unique_ptr<void, EndSession>;
+
+/// Rows of texts, all in one piece of memory.
+class TextRows
+{
+public:
+    explicit TextRows(std::size_t columns) : columns_(columns) {}
+
+    [[nodiscard]] std::size_t columns() const { return columns_; }
+    [[nodiscard]] std::size_t count() const { return columns_ == 0 ? 0 : ends_.size() / columns_; }
+
+    void clear()
+    {
+        text_ = {};
+        ends_ = {};
+    }
+
+    /// Adds the next field without its trailing blanks.
+    void append(std::string_view field)
+    {
+        text_ += field.substr(0, field.find_last_not_of(' ') + 1);
+        ends_.push_back(text_.size());
+    }
+
+    /// The field of an existing row and column; lives until the rows change.
+    [[nodiscard]] std::string_view field(std::size_t row, std::size_t column) const
+    {
+        const std::size_t at = row * columns_ + column;
+        const std::size_t begin = at == 0 ? 0 : ends_[at - 1];
+        return std::string_view(text_).substr(begin, ends_[at] - begin);
+    }
+
+private:
+    std::size_t columns_;
+    std::string text_;
+    std::vector<std::size_t> ends_; ///< where each field ends in text_ and the next begins
+};
+
+/// Opens a session with SOCI's backend `backend`; null with the reason left for elog.
+Session open_session(const std::string &backend, const std::string &connection);
+
+/// Replaces `rows` by the rows that `query` yields; NULL is the empty text. The answer is what went
+/// wrong in the database's own words, empty when nothing.
+std::string run_query(const Session &session, const std::string &query, TextRows *rows);
+
+/// Runs queries in a new session for their effect; ends it with the reason left for elog when one
+/// fails.
+void prepare_session(Session *session, std::initializer_list<const char *> queries);

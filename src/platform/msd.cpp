@@ -1,0 +1,80 @@
+#include "platform/msd.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+
+template <class Value> void swap_values(const void *from, void *to, int count)
+{
+    const auto *source = static_cast<const unsigned char *>(from);
+    auto *target = static_cast<unsigned char *>(to);
+    for (int i = 0; i < count; ++i, source += sizeof(Value), target += sizeof(Value)) {
+        unsigned char bytes[sizeof(Value)];
+        std::memcpy(bytes, source, sizeof(Value));
+        std::reverse_copy(bytes, bytes + sizeof(Value), target);
+    }
+}
+
+std::uint16_t read_u16(const char *from, bool swapped)
+{
+    std::uint16_t value = 0;
+    std::memcpy(&value, from, sizeof value);
+    return swapped ? __builtin_bswap16(value) : value;
+}
+
+constexpr std::size_t Year_At = 20;
+constexpr std::size_t First_Blockette_At = 46;
+constexpr std::size_t Blockette_1000_Size = 8;
+constexpr int Min_Exponent = 7;
+constexpr int Max_Exponent = 30;
+
+} // namespace
+
+void swap2(const void *from, void *to, int count) { swap_values<std::uint16_t>(from, to, count); }
+
+void swap4(const void *from, void *to, int count) { swap_values<std::uint32_t>(from, to, count); }
+
+bool year_is_swapped(const char *year)
+{
+    const std::uint16_t value = read_u16(year, false);
+    return value < 1970 || value > 2030;
+}
+
+int msdhdr_unpack(MsdHeader *header)
+{
+    const char *record = header->record;
+    if (header->available < First_Blockette_At + 2)
+        return -1;
+    const bool swapped = year_is_swapped(record + Year_At);
+    std::size_t at = read_u16(record + First_Blockette_At, swapped);
+    for (std::size_t last = 0; at > last && at + 4 <= header->available;) {
+        const char *blockette = record + at;
+        if (read_u16(blockette, swapped) == 1000) {
+            const int exponent = blockette[6];
+            if (at + Blockette_1000_Size > header->available || exponent < Min_Exponent ||
+                exponent > Max_Exponent)
+                return -1;
+            header->encoding = blockette[4];
+            header->word_order = blockette[5];
+            header->record_length = 1 << exponent;
+            return 0;
+        }
+        last = at;
+        at = read_u16(blockette + 2, swapped);
+    }
+    return -1;
+}
+
+const Xlat *xlatrow(int code, const Xlat *table, int n)
+{
+    const Xlat *row = std::find_if(table, table + n, [&](const Xlat &x) { return x.num == code; });
+    return row == table + n ? nullptr : row;
+}
+
+const char *xlatnum(int code, const Xlat *table, int n)
+{
+    const Xlat *row = xlatrow(code, table, n);
+    return row ? row->name : nullptr;
+}

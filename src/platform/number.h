@@ -1,0 +1,26 @@
+// Decimal text of real numbers, both ways, bit for bit as the C library does it in the "C" locale.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+/// Room that a put_ function needs at `to`: 309 digits, a sign, a point and the precision. What
+/// lies behind the returned end may have been overwritten within this room.
+inline constexpr std::size_t Real_Room = 352;
+
+/// Writes `value` as printf's "%.<precision>f" does, without terminator; returns the end.
+/// precision 0 to 20. Infinities and NaNs are "inf", "-inf", "nan", "-nan".
+char *put_fixed(char *to, double value, int precision);
+
+/// As put_fixed for "%.<precision>e"; `exponent_letter` 'E' gives "%.<precision>E" ("INF", "NAN"
+/// too).
+char *put_scientific(char *to, double value, int precision, char exponent_letter);
+
+/// As put_fixed for "%.<precision>g".
+char *put_general(char *to, double value, int precision);
+
+/// Reads the longest leading real number of `text` as strtod does (leading white space, sign,
+/// decimal or hexadecimal digits, exponent, "inf", "infinity", "nan", "nan(...)"); `text` holds no
+/// NUL.
+/// `*used` is the number of characters converted, white space included; 0 when there is no number.
+double read_real(std::string_view text, std::size_t *used);

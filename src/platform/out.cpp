@@ -1,0 +1,65 @@
+#include "platform/out.h"
+
+#include "platform/elog.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <poll.h>
+#include <unistd.h>
+
+constinit Out Stdout{STDOUT_FILENO};
+constinit Out Stderr{STDERR_FILENO};
+
+namespace
+{
+
+/// Waits until a non-blocking descriptor takes bytes again; any other fault is final.
+bool can_go_on(int fd)
+{
+    if (errno == EINTR)
+        return true;
+    if (errno != EAGAIN)
+        return false;
+    pollfd waiting{fd, POLLOUT, 0};
+    return poll(&waiting, 1, -1) >= 0 || errno == EINTR;
+}
+
+bool write_all(int fd, const char *from, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(fd, from, size);
+        if (written < 0) {
+            if (!can_go_on(fd))
+                return false;
+            continue;
+        }
+        from += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+} // namespace
+
+void Out::write(std::string_view text)
+{
+    while (!text.empty()) {
+        if (used_ == Capacity)
+            flush();
+        const std::size_t part = std::min(text.size(), Capacity - used_);
+        std::copy_n(text.data(), part, buffer_.data() + used_);
+        used_ += part;
+        text.remove_prefix(part);
+    }
+}
+
+void Out::flush()
+{
+    const std::size_t size = used_;
+    used_ = 0;
+    if (write_all(fd_, buffer_.data(), size) || fd_ == STDERR_FILENO)
+        return;
+    if (errno != EPIPE)
+        elog_complain<"Can't write standard output">(1);
+    end_process(1);
+}

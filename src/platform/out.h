@@ -1,0 +1,46 @@
+// Buffered output to a file descriptor.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+/// A stream of bytes to one descriptor. Bytes leave in one write when the buffer fills or at
+/// `flush`; the caller decides when that must be. A failed write ends the process with a message
+/// (quietly when the reader of a pipe has gone).
+class Out
+{
+public:
+    static constexpr std::size_t Capacity = 65536;
+
+    constexpr explicit Out(int fd) : fd_(fd) {}
+    Out(const Out &) = delete;
+    Out &operator=(const Out &) = delete;
+
+    /// Room for `size` bytes (at most Capacity) that the caller fills and then claims with
+    /// `commit`.
+    char *reserve(std::size_t size)
+    {
+        if (Capacity - used_ < size)
+            flush();
+        return buffer_.data() + used_;
+    }
+    /// Claims the bytes from the last `reserve` up to `end`.
+    void commit(const char *end) { used_ = static_cast<std::size_t>(end - buffer_.data()); }
+
+    /// Appends `text`, whatever its length.
+    void write(std::string_view text);
+    /// Hands every held byte to the descriptor.
+    void flush();
+    /// Drops what is held; for an end of the process that must not write any more.
+    void discard() { used_ = 0; }
+    [[nodiscard]] bool empty() const { return used_ == 0; }
+
+private:
+    int fd_;
+    std::size_t used_ = 0;
+    std::array<char, Capacity> buffer_{};
+};
+
+extern Out Stdout; ///< the listing and the statistics
+extern Out Stderr; ///< listings of blockettes with a bad field; messages go through elog

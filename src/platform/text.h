@@ -1,0 +1,40 @@
+// Small helpers for fixed-width text, in the "C" locale.
+#pragma once
+
+#include <cstring>
+#include <string_view>
+
+/// isspace of the "C" locale.
+constexpr bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+/// isalnum of the "C" locale.
+constexpr bool is_alnum(char c)
+{
+    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+/// `text` up to its first NUL.
+inline std::string_view up_to_nul(std::string_view text) { return text.substr(0, text.find('\0')); }
+
+/// `text` without white space at either end.
+std::string_view trimmed(std::string_view text);
+
+/// True when `text` is empty or all white space.
+bool blank(std::string_view text);
+
+/// The leading decimal integer of `text` as strtol reads it (white space, sign, digits), narrowed
+/// to int. `*used` is the number of characters converted, 0 when there is no number.
+int leading_int(std::string_view text, std::size_t *used);
+
+/// leading_int without the count; 0 when there is no number.
+int to_int(std::string_view text);
+
+/// Copies as much of `from` as fits into `to` and terminates it.
+template <std::size_t N> void copy_text(char (&to)[N], std::string_view from)
+{
+    const std::size_t size = from.size() < N ? from.size() : N - 1;
+    std::memcpy(to, from.data(), size);
+    std::memset(to + size, 0, N - size);
+}

@@ -1,0 +1,227 @@
+#include "rseed.h"
+
+#include "platform/allocate.h"
+#include "platform/elog.h"
+#include "platform/text.h"
+#include "records.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace
+{
+
+constexpr int Header_Size = 8;
+constexpr int Sequence_Size = 6;
+constexpr int Default_Record_Length = 512;
+constexpr int Largest_Whole_Record = 65536; ///< a record up to this size is always in the buffer
+constexpr int Max_Exponent = 30;
+
+/// The buffer slides through this many times its own size before its unread tail is moved back to
+/// the beginning, so that hardly a byte is moved.
+constexpr int Slides = 3;
+
+bool can_read(const SeedInput *in) { return !in->eof && in->read_error == 0; }
+
+/// One read into the free part of the buffer. What has been listed so far is written out first: the
+/// read may wait.
+void read_once(SeedInput *in)
+{
+    Stdout.flush();
+    errno = 0;
+    const ssize_t count =
+        in->stream->read(in->buffer + in->pbytes, SeedInput::sZphysical - in->pbytes);
+    if (count > 0) {
+        in->pbytes += static_cast<int>(count);
+        in->totbytes += count;
+        ++in->nreads;
+    } else if (count == 0) {
+        in->eof = 1;
+    } else {
+        in->read_error = errno != 0 ? errno : -1;
+        in->read_reason = elog_take_reason();
+    }
+}
+
+/// Drops the bytes before the current record.
+void drop_used(SeedInput *in)
+{
+    const int kept = std::max(in->pbytes - in->start, 0);
+    const std::ptrdiff_t window = in->buffer - in->store.data() + in->start;
+    if (kept > 0 && window + SeedInput::sZphysical <= std::ssize(in->store)) {
+        in->buffer += in->start;
+    } else {
+        std::memmove(in->store.data(), in->buffer + (in->pbytes - kept), kept);
+        in->buffer = in->store.data();
+    }
+    in->pbytes = kept;
+    in->start = 0;
+    in->cur = 0;
+}
+
+/// Reports the read error that was held back until now.
+void report_read_error(SeedInput *in)
+{
+    in->eof = 1;
+    errno = std::max(std::exchange(in->read_error, 0), 0);
+    elog_set_reason(in->read_reason);
+    elog_complain<"input read error\n">(1);
+}
+
+void tell_cut(SeedInput *in)
+{
+    if (std::exchange(in->told_cut, true))
+        return;
+    elog_complain<"Input ends inside logical record #%d: %d of %d bytes\n">(
+        0, in->recno, std::max(in->pbytes - in->start, 0), in->recsiz);
+}
+
+/// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. The one place
+/// that turns offset and count into bytes: false (the input has run out) for bytes beyond the
+/// capacity.
+bool take(SeedInput *in, int from, char *dest, int n)
+{
+    if (n > SeedInput::sZphysical - from)
+        return false;
+    while (in->pbytes < from + n && can_read(in))
+        read_once(in);
+    const int present = std::clamp(in->pbytes - from, 0, n);
+    std::memcpy(dest, in->buffer + std::min(from, in->pbytes), present);
+    std::memset(dest + present, 0, n - present);
+    return true;
+}
+
+/// Copies `n` unread bytes.
+bool copy_bytes(SeedInput *in, char *dest, int n)
+{
+    if (!take(in, in->cur, dest, n)) {
+        in->eof = 1;
+        in->pbytes = 0;
+        errno = 0;
+        return false;
+    }
+    in->cur += n;
+    if (in->cur > in->pbytes)
+        tell_cut(in);
+    return true;
+}
+
+int bytes_left(const SeedInput *in) { return std::max(in->recsiz - (in->cur - in->start), 0); }
+
+/// Reads the sequence number field; text behind the number is complained about.
+int read_sequence_number(std::string_view field)
+{
+    std::size_t used = 0;
+    const int number = leading_int(field, &used);
+    if (Verbose_Flag > 1)
+        print<"\nSeed Block Sequence #%d\n">(Stdout, number);
+    if (!blank(field.substr(used)))
+        elog_complain<"Bad logical block header sequence number = '%s'">(0, field);
+    return number;
+}
+
+/// Reads the header of the logical record at `start`.
+bool enter_record(SeedInput *in)
+{
+    std::array<char, Header_Size> header;
+    if (!take(in, in->start, header.data(), Header_Size))
+        return false;
+    in->seq_num = read_sequence_number(up_to_nul({header.data(), Sequence_Size}));
+    in->type_code = header[6];
+    in->cont_code = header[7];
+    ++in->recno;
+    in->cur += Header_Size;
+    if (in->recsiz == 0)
+        in->recsiz = Default_Record_Length;
+    if (in->cur > in->pbytes)
+        tell_cut(in);
+    return true;
+}
+
+int saturated_sum(int a, int b)
+{
+    constexpr int Max = std::numeric_limits<int>::max() / 2;
+    return a > Max - b ? Max : a + b;
+}
+
+} // namespace
+
+std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
+{
+    auto in = allocate_one<SeedInput>("handle", sizeof(SeedInput), Where());
+    allocate(in->store, Slides * SeedInput::sZphysical, "handle->buffer");
+    in->stream = path.empty() || path == "-" ? gz_cat_stdin() : gz_cat(path.c_str());
+    if (!in->stream)
+        elog_die<"Can't open input file %s\n">(1, path);
+    clrSeedInput(in.get());
+    return in;
+}
+
+void clrSeedInput(SeedInput *in)
+{
+    ++in->fileno;
+    in->buffer = in->store.data();
+    in->pbytes = in->eof = in->nreads = in->recno = 0;
+    in->totbytes = 0;
+    in->start = in->cur = in->recsiz = in->seq_num = 0;
+    in->type_code = in->cont_code = '#';
+    in->told_cut = false;
+    in->read_error = 0;
+}
+
+int moredata(SeedInput *in)
+{
+    if (in->start > 0)
+        drop_used(in);
+    while (can_read(in) && in->pbytes <= Largest_Whole_Record)
+        read_once(in);
+    if (in->pbytes > 0)
+        return 0;
+    errno = 0;
+    if (in->read_error != 0)
+        report_read_error(in);
+    return -1;
+}
+
+int advanceLogicalRecord(SeedInput *in)
+{
+    in->start = saturated_sum(in->start, in->recsiz);
+    in->cur = in->start;
+    if (in->eof && in->pbytes <= in->start) {
+        errno = 0;
+        return -1;
+    }
+    if (!in->eof && in->pbytes <= in->start + Largest_Whole_Record && moredata(in) != 0)
+        return -1;
+    return enter_record(in) ? 0 : -1;
+}
+
+int read_fixed_header(SeedInput *in, char *dest, int n)
+{
+    if (bytes_left(in) < n && advanceLogicalRecord(in) != 0)
+        return 0;
+    return copy_bytes(in, dest, n);
+}
+
+int read_remainder(SeedInput *in, char *dest, int n)
+{
+    while (n > 0) {
+        const int part = std::min(n, bytes_left(in));
+        if (part > 0 && !copy_bytes(in, dest, part))
+            return 0;
+        dest += part;
+        n -= part;
+        if (n > 0 && advanceLogicalRecord(in) != 0)
+            return 0;
+    }
+    return 1;
+}
+
+void setReadRecLen(SeedInput *in, int exponent)
+{
+    in->recsiz = 1 << std::clamp(exponent, 1, Max_Exponent);
+}
