@@ -1,14 +1,13 @@
 #include "pfree.h"
 
 #include "blockette/blockette.h"
+#include "fixup_dh.h"
 #include "platform/elog.h"
 
 #define DEFINE_FREE(number, name)                                                                  \
     void free_##name(blk_##name##_t *blk) { std::default_delete<blk_##name##_t>()(blk); }
 SEED_BLOCKETTES(DEFINE_FREE)
 #undef DEFINE_FREE
-
-void free_dh(blk_dh_t *blk) { std::default_delete<blk_dh_t>()(blk); }
 
 void free_blk(record_t *record, int type)
 {

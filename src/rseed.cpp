@@ -6,7 +6,6 @@
 #include "records.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <limits>
@@ -15,8 +14,16 @@
 namespace
 {
 
-constexpr int Header_Size = 8;
 constexpr int Sequence_Size = 6;
+
+/// What every logical record begins with.
+struct RecordHeader {
+    char sequence_number[Sequence_Size]; ///< ASCII decimal
+    char type_code;
+    char cont_code;
+};
+static_assert(sizeof(RecordHeader) == 8);
+
 constexpr int Default_Record_Length = 512;
 constexpr int Largest_Whole_Record = 65536; ///< a record up to this size is always in the buffer
 constexpr int Max_Exponent = 30;
@@ -80,10 +87,9 @@ void tell_cut(SeedInput *in)
         0, in->recno, std::max(in->pbytes - in->start, 0), in->recsiz);
 }
 
-/// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. The one place
-/// that turns offset and count into bytes: false (the input has run out) for bytes beyond the
-/// capacity.
-bool take(SeedInput *in, int from, char *dest, int n)
+/// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. False (the
+/// input has run out) for bytes beyond the capacity of the buffer.
+bool take_slowly(SeedInput *in, int from, char *dest, int n)
 {
     if (n > SeedInput::sZphysical - from)
         return false;
@@ -95,8 +101,18 @@ bool take(SeedInput *in, int from, char *dest, int n)
     return true;
 }
 
+/// The one place that turns offset and count into bytes of the buffer; nearly always they are
+/// there.
+inline bool take(SeedInput *in, int from, char *dest, int n)
+{
+    if (n > in->pbytes - from)
+        return take_slowly(in, from, dest, n);
+    std::memcpy(dest, in->buffer + from, n);
+    return true;
+}
+
 /// Copies `n` unread bytes.
-bool copy_bytes(SeedInput *in, char *dest, int n)
+inline bool copy_bytes(SeedInput *in, char *dest, int n)
 {
     if (!take(in, in->cur, dest, n)) {
         in->eof = 1;
@@ -113,10 +129,18 @@ bool copy_bytes(SeedInput *in, char *dest, int n)
 int bytes_left(const SeedInput *in) { return std::max(in->recsiz - (in->cur - in->start), 0); }
 
 /// Reads the sequence number field; text behind the number is complained about.
-int read_sequence_number(std::string_view field)
+int read_sequence_number(const char (&digits)[Sequence_Size])
 {
+    int number = 0;
+    bool plain = true; // nearly always six digits
+    for (const char c : digits) {
+        plain &= is_digit(c);
+        number = number * 10 + (c - '0');
+    }
+    const std::string_view field = plain ? "" : up_to_nul({digits, Sequence_Size});
     std::size_t used = 0;
-    const int number = leading_int(field, &used);
+    if (!plain)
+        number = leading_int(field, &used);
     if (Verbose_Flag > 1)
         print<"\nSeed Block Sequence #%d\n">(Stdout, number);
     if (!blank(field.substr(used)))
@@ -127,14 +151,14 @@ int read_sequence_number(std::string_view field)
 /// Reads the header of the logical record at `start`.
 bool enter_record(SeedInput *in)
 {
-    std::array<char, Header_Size> header;
-    if (!take(in, in->start, header.data(), Header_Size))
+    RecordHeader header;
+    if (!take(in, in->start, reinterpret_cast<char *>(&header), sizeof header))
         return false;
-    in->seq_num = read_sequence_number(up_to_nul({header.data(), Sequence_Size}));
-    in->type_code = header[6];
-    in->cont_code = header[7];
+    in->seq_num = read_sequence_number(header.sequence_number);
+    in->type_code = header.type_code;
+    in->cont_code = header.cont_code;
     ++in->recno;
-    in->cur += Header_Size;
+    in->cur += sizeof header;
     if (in->recsiz == 0)
         in->recsiz = Default_Record_Length;
     if (in->cur > in->pbytes)

@@ -63,15 +63,6 @@ Row read_row(Dbptr view)
     return row;
 }
 
-/// Key of a channel by station and channel code alone.
-Codes channel_codes(std::string_view stn, std::string_view chan)
-{
-    Codes codes;
-    std::copy(stn.begin(), stn.end(), codes.bytes.begin());
-    std::copy(chan.begin(), chan.end(), codes.bytes.begin() + Station_Size);
-    return codes;
-}
-
 /// A row begins or ceases to apply.
 struct Event {
     double time;
@@ -109,10 +100,14 @@ void index_rows(Table *table)
         const Row &row = table->rows[i];
         const double end = row.epochend < 0.0 ? Infinity : row.epochend;
         if (row.epochstart > end || std::isnan(row.epochstart) || std::isnan(end) ||
-            std::string_view(row.sta).size() >= Station_Size ||
+            std::string_view(row.sta).size() > sizeof(std::uint64_t) ||
             std::string_view(row.chan).size() >= Channel_Id_Size)
             continue; // no data record can match it
-        std::vector<Event> &of_channel = events[channel_codes(row.sta, row.chan)];
+        char stn[Station_Size];
+        char chan[Channel_Id_Size];
+        copy_text(stn, row.sta);
+        copy_text(chan, row.chan);
+        std::vector<Event> &of_channel = events[pack(stn, chan, {})];
         of_channel.push_back({row.epochstart, i, true});
         of_channel.push_back({std::nextafter(end, Infinity), i, false});
     }
@@ -152,7 +147,7 @@ std::string_view lookup_seedformat(const char (&stn)[Station_Size],
         load(&table);
     if (table.cached != No_Row && table.rows[table.cached].applies(stn, chan, epoch))
         return table.rows[table.cached].seedformat;
-    const int row = first_row(table, channel_codes(stn, chan), epoch);
+    const int row = first_row(table, pack(stn, chan, {}), epoch);
     table.cached = row != No_Row ? row : table.n - 1;
     return row != No_Row ? table.rows[row].seedformat : "";
 }

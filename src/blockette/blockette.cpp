@@ -25,7 +25,7 @@ blk_052_t blk_052;
     }                                                                                              \
     void init_##name(blk_##name##_t *blk)                                                          \
     {                                                                                              \
-        *blk = blk_##name##_t();                                                                   \
+        std::construct_at(blk);                                                                    \
         blk->type = number;                                                                        \
     }
 SEED_BLOCKETTES(DEFINE_MAKERS)

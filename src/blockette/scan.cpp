@@ -47,13 +47,6 @@ std::size_t cut_var_str(std::string_view text, char *dest, std::size_t maxchars)
 
 } // namespace
 
-std::string_view Cursor::field(std::size_t width)
-{
-    const std::string_view all = rest().substr(0, width);
-    at_ += width;
-    return up_to_nul(all);
-}
-
 int scan_int(Cursor *str, int len)
 {
     const std::string_view field = str->field(len);
@@ -88,8 +81,6 @@ char scan_char(Cursor *str)
 }
 
 std::string_view scan_raw(Cursor *str, int len) { return str->field(len); }
-
-std::string_view scan_text(Cursor *str, int len) { return trimmed(str->field(len)); }
 
 void scan_var_str(Cursor *source, char *dest, std::size_t maxchars)
 {

@@ -1,8 +1,10 @@
 // Field scanners: how a parser walks the text of a blockette.
 #pragma once
 
+#include "platform/text.h"
 #include "records.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -17,11 +19,19 @@ public:
     /// Everything from the position on.
     [[nodiscard]] std::string_view rest() const
     {
-        return at_ < text_.size() ? text_.substr(at_) : std::string_view();
+        return text_.substr(std::min(at_, text_.size()));
     }
     /// At most `width` characters, up to a NUL; the position advances by `width` whatever was
     /// there.
-    std::string_view field(std::size_t width);
+    std::string_view field(std::size_t width)
+    {
+        const std::string_view all = rest().substr(0, width);
+        at_ += width;
+        std::size_t size = 0; // fields are too short for a call of memchr to pay
+        while (size < all.size() && all[size] != '\0')
+            ++size;
+        return all.substr(0, size);
+    }
     void advance(std::size_t count) { at_ += count; }
 
 private:
@@ -43,7 +53,7 @@ char scan_char(Cursor *str);
 std::string_view scan_raw(Cursor *str, int len);
 
 /// A text field of `len` characters without surrounding white space.
-std::string_view scan_text(Cursor *str, int len);
+inline std::string_view scan_text(Cursor *str, int len) { return trimmed(str->field(len)); }
 
 /// A text field into `to`, which holds more than `Len` characters.
 template <int Len, std::size_t N> void scan_str(Cursor *str, char (&to)[N])

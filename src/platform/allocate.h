@@ -10,10 +10,17 @@
 #include <vector>
 
 /// Where something is allocated, for the message when it cannot be.
+/// A constructor, as initialisers of the members would name this file.
 struct Where {
-    const char *function = __builtin_FUNCTION();
-    int line = __builtin_LINE();
-    const char *file = __builtin_FILE();
+    const char *function;
+    int line;
+    const char *file;
+
+    explicit Where(const char *in_function = __builtin_FUNCTION(), int at = __builtin_LINE(),
+                   const char *in_file = __builtin_FILE())
+        : function(in_function), line(at), file(in_file)
+    {
+    }
 };
 
 /// Ends the run: `what` with `count` entries could not be allocated.

@@ -24,7 +24,6 @@ struct Soci {
     decltype(&soci_prepare) prepare;
     decltype(&soci_execute) execute;
     decltype(&soci_fetch) fetch;
-    decltype(&soci_get_into_state) get_into_state;
     decltype(&soci_get_into_string) get_into_string;
     decltype(&soci_statement_state) statement_state;
     decltype(&soci_statement_error_message) statement_error_message;
@@ -71,7 +70,6 @@ bool load_soci(const std::string &backend)
            find_symbol(core, "soci_prepare", &Api.prepare) &&
            find_symbol(core, "soci_execute", &Api.execute) &&
            find_symbol(core, "soci_fetch", &Api.fetch) &&
-           find_symbol(core, "soci_get_into_state", &Api.get_into_state) &&
            find_symbol(core, "soci_get_into_string", &Api.get_into_string) &&
            find_symbol(core, "soci_statement_state", &Api.statement_state) &&
            find_symbol(core, "soci_statement_error_message", &Api.statement_error_message) &&
@@ -103,13 +101,12 @@ std::string own_words(std::string_view message)
     return std::string(message.empty() ? whole : message);
 }
 
-/// Takes the rows of a statement that has been prepared.
+/// Takes the rows of a statement that has been prepared. SOCI gives the empty text for NULL.
 void take_rows(void *statement, TextRows *rows)
 {
     for (int got = Api.execute(statement, 1); got != 0; got = Api.fetch(statement))
         for (int i = 0; i < static_cast<int>(rows->columns()); ++i)
-            rows->append(Api.get_into_state(statement, i) != 0 ? Api.get_into_string(statement, i)
-                                                               : "");
+            rows->append(Api.get_into_string(statement, i));
 }
 
 } // namespace

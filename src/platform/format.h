@@ -44,7 +44,7 @@ struct Conversion {
 
 /// Reads one conversion of `text` from `*at` on: flags, width, precision, letter.
 template <std::size_t N>
-consteval Conversion read_conversion(const std::array<char, N> &text, std::size_t *at)
+constexpr Conversion read_conversion(const std::array<char, N> &text, std::size_t *at)
 {
     Conversion found;
     found.text_at = *at;
@@ -71,7 +71,7 @@ consteval Conversion read_conversion(const std::array<char, N> &text, std::size_
 
 /// The conversions of F, the last of kind '\0' with the text behind them.
 template <Literal F> struct Parsed {
-    static consteval std::size_t count()
+    static constexpr std::size_t count()
     {
         std::size_t at = 0;
         std::size_t n = 1;
@@ -79,7 +79,7 @@ template <Literal F> struct Parsed {
             ++n;
         return n;
     }
-    static consteval auto read()
+    static constexpr auto read()
     {
         std::array<Conversion, count()> all;
         std::size_t at = 0;
@@ -90,7 +90,7 @@ template <Literal F> struct Parsed {
     static constexpr auto conversions = read();
 
     /// Index of the argument that conversion `i` prints: "%%" prints none.
-    static consteval std::size_t argument(std::size_t i)
+    static constexpr std::size_t argument(std::size_t i)
     {
         return static_cast<std::size_t>(
             std::count_if(conversions.begin(), conversions.begin() + i,
@@ -190,9 +190,46 @@ inline int hexadecimal_digits(std::uint64_t value)
     return digits;
 }
 
+/// The number of digits that a zero-padded conversion such as "%04i" always has, when the value
+/// fits; 0 for other conversions.
+constexpr int fixed_digits(Conversion c)
+{
+    return c.zero && !c.left && !c.plus && c.kind != 'x' && c.width <= 4 ? c.width : 0;
+}
+
+constexpr std::uint64_t power_of_ten(int exponent)
+{
+    return exponent == 0 ? 1 : 10 * power_of_ten(exponent - 1);
+}
+
+/// "00" to "99".
+inline constexpr auto Digit_Pairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+inline void put_pair(char *to, std::uint64_t value) { std::memcpy(to, &Digit_Pairs[2 * value], 2); }
+
+template <int Digits> char *put_fixed_digits(char *to, std::uint64_t value)
+{
+    int at = Digits;
+    for (; at >= 2; value /= 100)
+        put_pair(to + (at -= 2), value % 100);
+    if (at == 1)
+        *to = static_cast<char>('0' + value);
+    return to + Digits;
+}
+
 template <Conversion C> char *put_integer(char *to, std::uint64_t magnitude, bool negative)
 {
     constexpr bool hex = C.kind == 'x';
+    if constexpr (constexpr int Digits = fixed_digits(C); Digits > 0)
+        if (!negative && magnitude < power_of_ten(Digits))
+            return put_fixed_digits<Digits>(to, magnitude);
     const int digits = hex ? hexadecimal_digits(magnitude) : decimal_digits(magnitude);
     const int pad = C.width - digits - (negative || C.plus);
     if constexpr (!C.zero && !C.left)
@@ -293,6 +330,31 @@ char *put_whole(char *to, std::index_sequence<I...> /*pieces*/, const Args &...a
     return to;
 }
 
+/// Characters of piece I when its conversion has fixed digits and the value fits them; Too_Many
+/// otherwise.
+inline constexpr std::size_t Too_Many = 1 << 20;
+
+template <Literal F, std::size_t I, class... Args> std::size_t fixed_size(const Args &...args)
+{
+    static constexpr Conversion C = Parsed<F>::conversions[I];
+    if constexpr (C.kind == '\0' || C.kind == '%') {
+        return C.text_size + (C.kind == '%');
+    } else {
+        const auto value = std::get<Parsed<F>::argument(I)>(std::tie(args...));
+        constexpr int Digits = fixed_digits(C);
+        const bool fits =
+            Digits > 0 && value >= 0 && static_cast<std::uint64_t>(value) < power_of_ten(Digits);
+        return fits ? C.text_size + Digits : Too_Many;
+    }
+}
+
+/// True when the text surely has at most `size` characters.
+template <Literal F, std::size_t... I, class... Args>
+bool fits(std::size_t size, std::index_sequence<I...> /*pieces*/, const Args &...args)
+{
+    return (fixed_size<F, I>(args...) + ...) <= size;
+}
+
 template <Literal F, class... Args> std::string to_string(const Args &...args)
 {
     std::string text(whole_room<F>(Indices<F>(), args...), '\0');
@@ -325,13 +387,15 @@ template <Literal F, class... Args> void print(Out &stream, const Args &...args)
     format::to_stream<F>(stream, format::argument(args)...);
 }
 
-/// The formatted text in `to`, cut to what fits and terminated.
+/// The formatted numbers in `to`, cut to what fits and terminated.
 template <Literal F, std::size_t N, class... Args> void put_text(char (&to)[N], const Args &...args)
 {
-    static_assert((std::is_arithmetic_v<Args> && ...));
-    std::array<char, F.size + sizeof...(Args) * Real_Room> text;
-    const char *end = format::put_whole<F>(text.data(), format::Indices<F>(), args...);
-    const std::size_t size = std::min<std::size_t>(end - text.data(), N - 1);
-    std::memcpy(to, text.data(), size);
+    static_assert((std::integral<Args> && ...));
+    if (format::fits<F>(N - 1, format::Indices<F>(), args...)) {
+        *format::put_whole<F>(to, format::Indices<F>(), args...) = '\0';
+        return;
+    }
+    const std::string text = formatted<F>(args...);
+    const std::size_t size = text.copy(to, N - 1);
     to[size] = '\0';
 }

@@ -2,8 +2,9 @@
 //
 // libarchive drops the block of up to 64 KiB that it was filling when the input turns out to be cut
 // short or damaged, and it does not compare gzip's check sums. gzip, xz and lzma, nearly all
-// compressed volumes, are therefore decoded straight into the caller's buffer. bzip2, zstd, lz4 and
-// compress stay with libarchive. The first three yield whole blocks anyway.
+// compressed volumes, are therefore decoded straight into the caller's buffer. bzip2, zstd and lz4
+// yield whole blocks by nature, and compress has neither an end mark nor a check sum: they stay
+// with libarchive.
 #pragma once
 
 #include "platform/gz_cat.h"

@@ -6,17 +6,6 @@
 namespace
 {
 
-template <class Value> void swap_values(const void *from, void *to, int count)
-{
-    const auto *source = static_cast<const unsigned char *>(from);
-    auto *target = static_cast<unsigned char *>(to);
-    for (int i = 0; i < count; ++i, source += sizeof(Value), target += sizeof(Value)) {
-        unsigned char bytes[sizeof(Value)];
-        std::memcpy(bytes, source, sizeof(Value));
-        std::reverse_copy(bytes, bytes + sizeof(Value), target);
-    }
-}
-
 std::uint16_t read_u16(const char *from, bool swapped)
 {
     std::uint16_t value = 0;
@@ -31,10 +20,6 @@ constexpr int Min_Exponent = 7;
 constexpr int Max_Exponent = 30;
 
 } // namespace
-
-void swap2(const void *from, void *to, int count) { swap_values<std::uint16_t>(from, to, count); }
-
-void swap4(const void *from, void *to, int count) { swap_values<std::uint32_t>(from, to, count); }
 
 bool year_is_swapped(const char *year)
 {

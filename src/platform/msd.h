@@ -3,14 +3,35 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 /// True for the quality indicators of data records: D, R, Q and M.
 constexpr bool is_ok_msd_quality(char c) { return c == 'D' || c == 'R' || c == 'Q' || c == 'M'; }
 
 /// Copies `count` 2-byte (4-byte) values with their bytes reversed. No alignment is assumed; source
 /// and destination may be the same.
-void swap2(const void *from, void *to, int count);
-void swap4(const void *from, void *to, int count);
+inline void swap2(const void *from, void *to, int count)
+{
+    const auto *source = static_cast<const char *>(from);
+    auto *target = static_cast<char *>(to);
+    for (; count > 0; --count, source += 2, target += 2) {
+        std::uint16_t value = 0;
+        std::memcpy(&value, source, sizeof value);
+        value = __builtin_bswap16(value);
+        std::memcpy(target, &value, sizeof value);
+    }
+}
+inline void swap4(const void *from, void *to, int count)
+{
+    const auto *source = static_cast<const char *>(from);
+    auto *target = static_cast<char *>(to);
+    for (; count > 0; --count, source += 4, target += 4) {
+        std::uint32_t value = 0;
+        std::memcpy(&value, source, sizeof value);
+        value = __builtin_bswap32(value);
+        std::memcpy(target, &value, sizeof value);
+    }
+}
 
 /// The byte order test of data record headers: a 2-byte year that reads 1970 to 2030 in host order
 /// is in host order, anything else is swapped.

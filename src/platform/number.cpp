@@ -15,7 +15,7 @@
 #include <string>
 #include <system_error>
 
-// A listing is made of numbers: 13 to 25 ns each here, 60 to 170 ns in the library. Every fast path
+// A listing is full of numbers: 7 to 25 ns each here, 60 to 170 ns in the C library. Each fast path
 // proves its result exact or hands the number to the library.
 
 namespace
@@ -279,17 +279,14 @@ char *put_shortened(char *to, Decimal number, int count)
 struct Spelled {
     std::uint64_t digits = 0;
     std::int64_t exponent = 0;
-    bool cut = false; // more digits than fit
 };
 
+/// Leaves out what does not fit into 64 bits: such a number is too large for combine_exactly.
 const char *read_digits(const char *at, const char *end, Spelled *number)
 {
-    for (; at != end && is_digit(*at); ++at) {
+    for (; at != end && is_digit(*at); ++at)
         if (number->digits < Tens[18])
             number->digits = number->digits * 10 + static_cast<std::uint64_t>(*at - '0');
-        else
-            number->cut = true;
-    }
     return at;
 }
 
@@ -313,8 +310,7 @@ const char *read_exponent(const char *at, const char *end, Spelled *number)
 bool combine_exactly(const Spelled &number, double *value)
 {
     constexpr int Most = static_cast<int>(Exact_Tens.size()) - 1;
-    if (number.cut || number.digits > 2 * Hidden_Bit || number.exponent < -Most ||
-        number.exponent > Most)
+    if (number.digits > 2 * Hidden_Bit || number.exponent < -Most || number.exponent > Most)
         return number.digits == 0;
     const auto digits = static_cast<double>(static_cast<std::int64_t>(number.digits));
     *value = number.exponent < 0 ? digits / Exact_Tens[-number.exponent]
@@ -381,7 +377,7 @@ double read_real(std::string_view text, std::size_t *used)
     const char *first = at;
     at = read_digits(at, end, &number);
     auto count = at - first;
-    const bool hexadecimal = count == 1 && *first == '0' && at != end && (*at | 0x20) == 'x';
+    const bool hexadecimal = at != end && (*at | 0x20) == 'x';
     if (at != end && *at == '.') {
         const char *decimals = at + 1;
         at = read_digits(decimals, end, &number);

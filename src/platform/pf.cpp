@@ -2,10 +2,10 @@
 
 #include "platform/elog.h"
 
-#include <cerrno>
+#include <array>
+#include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <optional>
 #include <unistd.h>
 
@@ -49,12 +49,20 @@ std::optional<std::string> find_file(const std::string &file)
     return std::nullopt;
 }
 
+struct Close {
+    void operator()(std::FILE *file) const { (void)std::fclose(file); }
+};
+
+/// Appends the whole file to `text`; false with errno set when it cannot be read.
 bool read_file(const std::string &path, std::string *text)
 {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    text->assign(std::istreambuf_iterator<char>(file), {});
-    return file.is_open() && !file.bad() && errno == 0;
+    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rbe"));
+    if (!file)
+        return false;
+    std::array<char, 4096> block;
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get()))
+        text->append(block.data(), count);
+    return std::ferror(file.get()) == 0;
 }
 
 int complain_at(std::string_view origin, const toml::source_region &where, std::string_view what)

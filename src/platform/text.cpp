@@ -4,15 +4,6 @@
 #include <cstdint>
 #include <limits>
 
-std::string_view trimmed(std::string_view text)
-{
-    const auto *first = std::find_if_not(text.begin(), text.end(), is_space);
-    const auto *last = text.end();
-    while (last != first && is_space(last[-1]))
-        --last;
-    return {first, static_cast<std::size_t>(last - first)};
-}
-
 bool blank(std::string_view text) { return std::all_of(text.begin(), text.end(), is_space); }
 
 int leading_int(std::string_view text, std::size_t *used)

@@ -19,7 +19,14 @@ constexpr bool is_alnum(char c)
 inline std::string_view up_to_nul(std::string_view text) { return text.substr(0, text.find('\0')); }
 
 /// `text` without white space at either end.
-std::string_view trimmed(std::string_view text);
+inline std::string_view trimmed(std::string_view text)
+{
+    while (!text.empty() && is_space(text.back()))
+        text.remove_suffix(1);
+    while (!text.empty() && is_space(text.front()))
+        text.remove_prefix(1);
+    return text;
+}
 
 /// True when `text` is empty or all white space.
 bool blank(std::string_view text);

@@ -10,18 +10,6 @@
 namespace
 {
 
-/// Texts are NUL-padded to the end of their arrays, so whole arrays are compared.
-Codes pack(const char (&stn)[Station_Size], const char (&chan)[Channel_Id_Size],
-           const char (&loc)[Location_Size])
-{
-    static_assert(Station_Size + Channel_Id_Size + Location_Size <= sizeof(Codes::bytes));
-    Codes codes;
-    std::memcpy(codes.bytes.data(), stn, Station_Size);
-    std::memcpy(codes.bytes.data() + Station_Size, chan, Channel_Id_Size);
-    std::memcpy(codes.bytes.data() + Station_Size + Channel_Id_Size, loc, Location_Size);
-    return codes;
-}
-
 template <class Element> int span_cmp(const Element &a, const Element &b)
 {
     if (a.start >= b.start && a.start < b.end)

@@ -13,24 +13,33 @@
 
 /// Station, channel and location code, padded with NULs; the key of both sorted sets.
 struct Codes {
-    std::array<char, 24> bytes{};
+    std::array<std::uint64_t, 2> words{};
     bool operator==(const Codes &) const = default;
 };
 
 struct CodesHash {
     std::size_t operator()(const Codes &codes) const
     {
-        std::array<std::uint64_t, 3> words;
-        std::memcpy(words.data(), codes.bytes.data(), sizeof words);
         constexpr std::uint64_t Odd = 0x9E3779B97F4A7C15;
-        std::uint64_t hash = 0;
-        for (const std::uint64_t word : words) {
-            hash = (hash ^ word) * Odd;
-            hash ^= hash >> 32;
-        }
-        return hash;
+        const std::uint64_t hash = (codes.words[0] * Odd ^ codes.words[1]) * Odd;
+        return hash ^ hash >> 32;
     }
 };
+
+/// The key of a channel; an empty channel or location code leaves its part out. The texts are
+/// NUL-padded, and a station code has at most five characters in every layout.
+inline Codes pack(const char (&stn)[Station_Size], const char (&chan)[Channel_Id_Size],
+                  const char (&loc)[Location_Size])
+{
+    static_assert(Channel_Id_Size + Location_Size <= sizeof(std::uint64_t));
+    Codes codes;
+    std::memcpy(&codes.words[0], stn, sizeof codes.words[0]);
+    std::uint32_t channel = 0;
+    std::memcpy(&channel, chan, Channel_Id_Size);
+    codes.words[1] = std::uint64_t{channel} << 32 | static_cast<unsigned char>(loc[0]) << 8 |
+                     static_cast<unsigned char>(loc[1]);
+    return codes;
+}
 
 /// One channel epoch of the channel dictionary, from a channel identifier.
 struct rec_len_t {

@@ -13,11 +13,10 @@
 //               can be found
 //
 // The tool runs in an empty folder of its own, where the volume's name is volume.seed.
+#include "support/compressed.h"
 #include "support/files.h"
+#include "support/process.h"
 #include "support/recipe.h"
-
-#include <archive.h>
-#include <archive_entry.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -26,14 +25,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <numeric>
 #include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -44,7 +41,6 @@ namespace
 using Words = std::vector<std::string>;
 
 constexpr const char *Volume_Name = "volume.seed";
-constexpr const char *Filters[] = {"gzip", "compress", "bzip2", "xz", "lzma", "zstd", "lz4"};
 
 bool has(const Words &words, std::string_view word)
 {
@@ -96,27 +92,6 @@ private:
     fs::path path_;
 };
 
-std::string compressed(const std::string &bytes, const char *filter)
-{
-    const std::unique_ptr<archive, int (*)(archive *)> out(archive_write_new(), archive_write_free);
-    const std::unique_ptr<archive_entry, void (*)(archive_entry *)> entry(archive_entry_new(),
-                                                                          archive_entry_free);
-    std::string result(bytes.size() + 65536, '\0');
-    std::size_t used = 0;
-    archive_entry_set_pathname(entry.get(), Volume_Name);
-    archive_entry_set_filetype(entry.get(), AE_IFREG);
-    if (archive_write_add_filter_by_name(out.get(), filter) != ARCHIVE_OK ||
-        archive_write_set_format_raw(out.get()) != ARCHIVE_OK ||
-        archive_write_set_bytes_in_last_block(out.get(), 1) != ARCHIVE_OK ||
-        archive_write_open_memory(out.get(), result.data(), result.size(), &used) != ARCHIVE_OK ||
-        archive_write_header(out.get(), entry.get()) != ARCHIVE_OK ||
-        archive_write_data(out.get(), bytes.data(), bytes.size()) < 0 ||
-        archive_write_close(out.get()) != ARCHIVE_OK)
-        throw std::runtime_error(archive_error_string(out.get()));
-    result.resize(used);
-    return result;
-}
-
 /// What the tool reads as standard input, and the end that feeds it (-1: nobody does).
 struct Feed {
     int tool = -1;
@@ -150,31 +125,6 @@ void feed(int fd, const Words &how, const std::vector<std::string> &files)
     }
 }
 
-struct Outcome {
-    std::string out;
-    std::string err;
-    std::string status;
-};
-
-/// In the child: wires the descriptors and becomes the tool.
-[[noreturn]] void become(const std::string &tool, Words args, const fs::path &folder, int in,
-                         bool merged)
-{
-    const int flags = O_WRONLY | O_CREAT | O_APPEND;
-    const int out = open((folder / "../out").c_str(), flags, 0600);
-    const int err = merged ? out : open((folder / "../err").c_str(), flags, 0600);
-    if (chdir(folder.c_str()) != 0 || dup2(in, 0) < 0 || dup2(out, 1) < 0 || dup2(err, 2) < 0)
-        _exit(126);
-    std::signal(SIGPIPE, SIG_DFL);
-    args.insert(args.begin(), "quarl");
-    std::vector<char *> argv;
-    for (std::string &arg : args)
-        argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    execv(tool.c_str(), argv.data());
-    _exit(127);
-}
-
 std::vector<std::string> input_files(const fs::path &test, const Words &how)
 {
     std::vector<std::string> files;
@@ -203,7 +153,7 @@ fs::path parameter_folder(const fs::path &test, const Words &how, const fs::path
     return own ? test : (test / "../../../etc").lexically_normal();
 }
 
-Outcome run(const std::string &tool, const fs::path &test, const Words &how)
+Outcome run_how(const std::string &tool, const fs::path &test, const Words &how)
 {
     const Scratch scratch;
     const fs::path folder = scratch.path() / "work";
@@ -213,23 +163,19 @@ Outcome run(const std::string &tool, const fs::path &test, const Words &how)
     setenv("QUARL_PFPATH", parameter_folder(test, how, folder).c_str(), 1);
 
     const Feed ends = open_feed(how, folder / Volume_Name);
-    const pid_t child = fork();
-    if (child < 0)
-        fail("fork");
-    if (child == 0)
-        become(tool, arguments(test, how), folder, ends.tool, has(how, "merged"));
-    close(ends.tool);
+    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+    const int out = open((scratch.path() / "out").c_str(), flags, 0600);
+    const int err =
+        open((scratch.path() / (has(how, "merged") ? "out" : "err")).c_str(), flags, 0600);
+    const pid_t child = start(tool, arguments(test, how), {ends.tool, out, err}, folder);
+    for (const int fd : {ends.tool, out, err})
+        close(fd);
     if (ends.feeder >= 0) {
         feed(ends.feeder, how, files);
         close(ends.feeder);
     }
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0)
-        if (errno != EINTR)
-            fail("waitpid");
-    return {read_or(scratch.path() / "out", ""), read_or(scratch.path() / "err", ""),
-            WIFEXITED(status) ? std::to_string(WEXITSTATUS(status))
-                              : "signal " + std::to_string(WTERMSIG(status))};
+    std::string status = wait_for(child);
+    return {read_or(scratch.path() / "out", ""), read_or(scratch.path() / "err", ""), status};
 }
 
 /// A line between bars, its control characters in hexadecimal.
@@ -282,7 +228,7 @@ bool run_case(const std::string &tool, const fs::path &test)
 {
     bool passed = true;
     for (const Words &how : runs(test)) {
-        const Outcome outcome = run(tool, test, how);
+        const Outcome outcome = run_how(tool, test, how);
         bool all = same("status", read_or(test / "status", "0\n"), outcome.status + "\n");
         all = same("stderr", read_or(test / "stderr", ""), outcome.err) && all;
         all = same("stdout", read_or(test / "stdout", ""), outcome.out) && all;

@@ -1,0 +1,356 @@
+#include "platform/db.h"
+#include "platform/elog.h"
+#include "support/files.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <numeric>
+#include <set>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+const std::string Create =
+    "create table seedformat (sta text, chan text, seedstart text, seedend text, seedformat text);";
+const std::string Insert = "insert into seedformat values ('ANMO', 'BHZ', 's', 'e', 'f');";
+const std::string Row = "ANMO|BHZ|s|e|f\n";
+const std::string Three = "insert into seedformat values ('C', '1', '2', '3', '4'),"
+                          " ('A', '1', '2', '3', '4'), ('B', '1', '2', '3', '4');";
+const std::string Index = "alter table seedformat add more text; create index i on seedformat"
+                          " (sta, chan, seedstart, seedend, seedformat);";
+const std::string View = "alter table seedformat rename to raw;"
+                         "create view seedformat as select * from raw order by sta desc;";
+
+const std::string Fresh = "alter database postgres reset all; drop schema public cascade;"
+                          "create schema public;";
+
+/// Rows of an open database, one per line, as the look-up of now shows them.
+std::string rows_of(Dbptr db)
+{
+    Dbptr view = dblookup(db, "seedformat");
+    int count = -1;
+    EXPECT_EQ(dbquery(view, dbRECORD_COUNT, &count), 0);
+    std::string rows;
+    for (view.record = 0; view.record < count; ++view.record)
+        for (const char *name : {"sta", "chan", "seedstart", "seedend", "seedformat"}) {
+            std::array<char, 64> text{};
+            EXPECT_EQ(dbgetv(view, {{name, text}}), 0);
+            rows += text.data() + std::string(name == std::string("seedformat") ? "\n" : "|");
+        }
+    return rows;
+}
+
+/// Opens a database and reads the table twice: what was complained about, then the rows.
+std::string outcome(const std::string &name)
+{
+    testing::internal::CaptureStderr();
+    Dbptr db = dbinvalid();
+    std::string rows;
+    if (VXdbopen(name.c_str(), "r+", &db) != 0) {
+        elog_complain<"Can't open database\n">(1);
+        EXPECT_EQ(db.database, dbINVALID);
+    } else {
+        rows = rows_of(db);
+        EXPECT_EQ(rows_of(db), rows);
+    }
+    return testing::internal::GetCapturedStderr() + rows;
+}
+
+const std::string Unopened = "quarl: Can't open database: ";
+const std::string Unread = "quarl: Can't read database table 'seedformat': ";
+
+sqlite3 *run_sql(const std::string &path, const std::string &sql)
+{
+    sqlite3 *file = nullptr;
+    char *error = nullptr;
+    sqlite3_open(path.c_str(), &file);
+    if (sqlite3_exec(file, sql.c_str(), nullptr, nullptr, &error) != SQLITE_OK)
+        ADD_FAILURE() << sql << ": " << error;
+    return file;
+}
+
+void make_file(const std::string &path, const std::string &sql)
+{
+    sqlite3_close(run_sql(path, sql));
+}
+
+/// Starts a process that runs some SQL and keeps the file open until it is killed.
+pid_t start_writer(const std::string &path, const std::string &sql)
+{
+    const pid_t writer = fork();
+    if (writer == 0) {
+        run_sql(path, sql);
+        raise(SIGSTOP);
+    }
+    waitpid(writer, nullptr, WUNTRACED);
+    return writer;
+}
+
+void end_writer(pid_t writer)
+{
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+}
+
+class DbTest : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_NE(mkdtemp(directory_.data()), nullptr); }
+    void TearDown() override { fs::remove_all(directory_); }
+
+    std::string path(const std::string &name) const { return directory_ + "/" + name; }
+
+    /// Name, time of change and contents of every file.
+    std::string files() const
+    {
+        std::set<std::string> found;
+        for (const auto &entry : fs::directory_iterator(directory_)) {
+            const auto changed = entry.last_write_time().time_since_epoch().count();
+            found.insert(entry.path().string() + std::to_string(changed) + read_file(entry.path()));
+        }
+        return std::accumulate(found.begin(), found.end(), std::string());
+    }
+
+    std::string directory_ = testing::TempDir() + "quarl_db.XXXXXX";
+};
+
+bool mapped(const char *library)
+{
+    return read_file("/proc/self/maps").find(library) != std::string::npos;
+}
+
+TEST_F(DbTest, LoadsOnlyWhatIsNeeded)
+{
+    if (mapped("libpq") || mapped("libsoci"))
+        GTEST_SKIP() << "another test of this process has opened a database";
+    EXPECT_EQ(outcome(path("none")), Unopened + "No such file or directory\n");
+    EXPECT_FALSE(mapped("libsoci"));
+    make_file(path("db"), Create);
+    EXPECT_EQ(outcome(path("db")), "");
+    EXPECT_TRUE(mapped("libsoci_sqlite3"));
+    EXPECT_FALSE(mapped("libpq"));
+}
+
+/// SQL that makes the database, and the outcome.
+using Cases = std::vector<std::pair<std::string, std::string>>;
+
+TEST_F(DbTest, SqliteRows)
+{
+    const Cases cases = {
+        {"create table seedformat (sta char(6), chan, seedstart integer, seedend real, seedformat"
+         " blob, more text); insert into seedformat values ('ANMO  ', null, -17, 2.5, x'', 'm'),"
+         " ('  B', '  ', '', 1, x'4142', 'm');",
+         "ANMO||-17|2.5|\n  B|||1.0|AB\n"},
+        {Create + Three + Index, "C|1|2|3|4\nA|1|2|3|4\nB|1|2|3|4\n"},
+        {Create + Three + View, "C|1|2|3|4\nB|1|2|3|4\nA|1|2|3|4\n"},
+        {"create table other (sta);", Unread + "no such table: seedformat\n"},
+        {"create table seedformat (sta, chan, seedstart, seedend);",
+         Unread + "no such column: t.seedformat\n"},
+    };
+    for (const auto &[text, expected] : cases) {
+        fs::remove(path("db"));
+        make_file(path("db"), text);
+        EXPECT_EQ(outcome(path("db")), expected) << text;
+    }
+}
+
+TEST_F(DbTest, NothingIsWritten)
+{
+    const std::string log = "pragma journal_mode = wal;";
+    make_file(path("plain"), Create + Insert);
+    make_file(path("log"), log + Create + Insert);
+    make_file(path("empty-log"), log + Create + Insert);
+    write_file(path("empty-log-wal"), "");
+    const pid_t writer = start_writer(path("live"), log + Create + Insert);
+    end_writer(start_writer(path("abandoned"), log + Create + Insert));
+    for (const char *end : {"", "-wal"})
+        fs::copy_file(path("live") + end, path("no-index") + end);
+    ASSERT_TRUE(fs::exists(path("abandoned-shm")));
+    const auto before = files();
+    for (const char *name : {"plain", "log", "empty-log", "live", "abandoned", "no-index"})
+        EXPECT_EQ(outcome(path(name)), Row) << name;
+    EXPECT_EQ(files(), before);
+    end_writer(writer);
+}
+
+TEST_F(DbTest, NotADatabase)
+{
+    fs::create_directory(path("directory"));
+    fs::create_symlink(path("loop"), path("loop"));
+    mkfifo(path("fifo").c_str(), 0600);
+    write_file(path("empty"), "");
+    write_file(path("text"), std::string(4096, 'x'));
+    make_file(path("damaged"), Create);
+    write_file(path("damaged"), read_file(path("damaged")).substr(0, 200) + std::string(8000, 'x'));
+    const std::string other = "file is not a database";
+    const auto before = fs::last_write_time(directory_);
+    const Cases cases = {{"none", "No such file or directory"},
+                         {"directory", "Is a directory"},
+                         {"loop", "Too many levels of symbolic links"},
+                         {"fifo", other},
+                         {"empty", other},
+                         {"text", other},
+                         {"damaged", "database disk image is malformed"}};
+    for (const auto &[name, words] : cases)
+        EXPECT_EQ(outcome(path(name)), Unopened + words + "\n") << name;
+    EXPECT_EQ(fs::last_write_time(directory_), before);
+}
+
+TEST_F(DbTest, PathsAreTakenAsTheyStand)
+{
+    fs::current_path(directory_);
+    for (const char *name :
+         {"a b.db", "100%41", "q?mode=rw&vfs=x", "#", "a=\"b\" c", "=", "\xC3\xBC"}) {
+        make_file(path(name), Create + Insert);
+        EXPECT_EQ(outcome(path(name)), Row) << name;
+        EXPECT_EQ(outcome("sqlite://" + path(name)), Row) << name;
+        EXPECT_EQ(outcome(name), Row) << name;
+    }
+    fs::current_path("/");
+}
+
+TEST_F(DbTest, EmptyTableIsAskedAgain)
+{
+    for (const char *mode : {"delete", "wal"}) {
+        make_file(path(mode), Create + "pragma journal_mode = " + mode);
+        Dbptr db = dbinvalid();
+        ASSERT_EQ(VXdbopen(path(mode).c_str(), "r", &db), 0);
+        EXPECT_EQ(rows_of(db), "");
+        for (int times = 0; times < 2; ++times) {
+            make_file(path(mode), Insert);
+            EXPECT_EQ(rows_of(db), Row) << mode;
+        }
+    }
+}
+
+TEST_F(DbTest, WaitsForAWriter)
+{
+    const pid_t writer = start_writer(path("db"), Create + Insert + "begin exclusive;");
+    std::atomic<bool> ended = false;
+    std::thread end([writer, &ended] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        ended = true;
+        end_writer(writer);
+    });
+    EXPECT_EQ(outcome(path("db")), Row);
+    EXPECT_TRUE(ended);
+    end.join();
+}
+
+TEST_F(DbTest, PointersToNothing)
+{
+    make_file(path("db"), Create + Insert);
+    Dbptr db = dbinvalid();
+    int count = 7;
+    EXPECT_EQ(dblookup(db, "seedformat").database, dbINVALID);
+    EXPECT_EQ(dbquery(db, dbRECORD_COUNT, &count), -1);
+    ASSERT_EQ(VXdbopen(path("db").c_str(), "r", &db), 0);
+    EXPECT_EQ(dblookup(db, "other").database, dbINVALID);
+    Dbptr view = dblookup(db, "seedformat");
+    EXPECT_EQ(dbquery(view, dbALL, &count), -1);
+    EXPECT_EQ(count, 7);
+    std::array<char, 4> sta = {'x'};
+    for (view.record = -1; view.record < 2; ++view.record)
+        EXPECT_EQ(dbgetv(view, {{"sta", sta}, {view.record == 0 ? "net" : "chan", sta}}), -1);
+    EXPECT_EQ(sta[0], 'x');
+    view.record = 0;
+    EXPECT_EQ(dbgetv(view, {{"sta", sta}}), 0);
+    EXPECT_STREQ(sta.data(), "ANM");
+}
+
+class PostgresTest : public DbTest
+{
+protected:
+    void SetUp() override
+    {
+        DbTest::SetUp();
+        const char *url = getenv("QUARL_TEST_POSTGRES");
+        if (url == nullptr)
+            GTEST_SKIP() << "QUARL_TEST_POSTGRES is not set: run under tests/support/with_postgres";
+        url_ = url;
+    }
+
+    void sql(const std::string &text) const
+    {
+        write_file(path("sql"), "set client_min_messages = error;" + text);
+        const std::string command = "psql -qX -v ON_ERROR_STOP=1 -f " + path("sql") + " ";
+        ASSERT_EQ(std::system((command + "'" + url_ + "'").c_str()), 0) << text;
+    }
+
+    std::string url_;
+};
+
+TEST_F(PostgresTest, Rows)
+{
+    const Cases cases = {
+        {"create table seedformat (sta char(6), chan varchar(8), seedstart numeric(17,5), seedend"
+         " float8, seedformat text); insert into seedformat values ('ANMO', null, -1.5, 0.1, 'f '),"
+         " ('B', '', null, 2, '  x');",
+         "ANMO||-1.50000|0.1|f\nB|||2|  x\n"},
+        {Create + Three + Index +
+             "alter database postgres set enable_seqscan = off; alter database postgres set"
+             " enable_bitmapscan = off; update seedformat set chan = 'LHZ' where sta = 'A';",
+         "C|1|2|3|4\nB|1|2|3|4\nA|LHZ|2|3|4\n"},
+        {Create + Three + View, "C|1|2|3|4\nB|1|2|3|4\nA|1|2|3|4\n"},
+        {"", Unread + "ERROR:  relation \"seedformat\" does not exist\n"},
+        {"create table seedformat (sta text, chan text, seedstart text, seedend text);",
+         Unread + "ERROR:  column t.seedformat does not exist\n"},
+        {"create sequence s; create view seedformat as select nextval('s') as sta, 1 as chan,"
+         " 2 as seedstart, 3 as seedend, 4 as seedformat;",
+         Unread + "ERROR:  cannot execute nextval() in a read-only transaction\n"},
+    };
+    for (const auto &[text, expected] : cases) {
+        sql(Fresh + text);
+        EXPECT_EQ(outcome(url_), expected) << text;
+    }
+}
+
+TEST_F(PostgresTest, UrlForms)
+{
+    sql(Fresh + Create + Insert);
+    const std::string host = url_.substr(url_.find("host=") + 5);
+    std::string encoded;
+    for (const char c : host)
+        encoded += c == '/' ? "%2F" : std::string(1, c);
+    for (const std::string &url :
+         {"postgres://quarl@/postgres?host=" + host, "postgresql://quarl@" + encoded + "/postgres",
+          "postgresql://quarl:?@" + encoded + "/postgres",
+          "postgres://quarl@" + encoded + "/postgres?",
+          "postgresql://" + encoded + "/postgres?user=quarl", url_ + "&application_name=\"a b"})
+        EXPECT_EQ(outcome(url), Row) << url;
+    EXPECT_EQ(outcome("postgres://a b@" + encoded + "/x"),
+              Unopened + "connection to server on socket \"" + host +
+                  "/.s.PGSQL.5432\" failed: FATAL:  role \"a b\" does not exist\n");
+}
+
+TEST_F(PostgresTest, EmptyTableIsAskedAgain)
+{
+    sql(Fresh + Create);
+    Dbptr db = dbinvalid();
+    ASSERT_EQ(VXdbopen(url_.c_str(), "r", &db), 0);
+    EXPECT_EQ(rows_of(db), "");
+    sql(Insert);
+    EXPECT_EQ(rows_of(db), Row);
+}
+
+TEST_F(DbTest, ServerThatIsNotThere)
+{
+    EXPECT_EQ(outcome("postgresql://quarl@/x?host=" + directory_),
+              Unopened + "connection to server on socket \"" + directory_ +
+                  "/.s.PGSQL.5432\" failed: No such file or directory\n");
+}
+
+} // namespace

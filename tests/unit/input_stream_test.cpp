@@ -1,0 +1,368 @@
+// The input stream, its logical records, and the framing of items.
+#include "rseed.h"
+#include "seed/seed.h"
+#include "support/capture.h"
+#include "support/volume.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace
+{
+
+/// Hands out `bytes` in reads of at most `chunk`, then the end of the file or an error.
+class Script : public Inflater
+{
+public:
+    Script(std::string bytes, std::size_t chunk, int error, std::string_view reason)
+        : bytes_(std::move(bytes)), chunk_(chunk), error_(error), reason_(reason)
+    {
+    }
+    ssize_t read(char *to, std::size_t size) override
+    {
+        const std::size_t count = bytes_.copy(to, std::min(size, chunk_), at_);
+        at_ += count;
+        if (count > 0 || (error_ == 0 && reason_.empty()))
+            return static_cast<ssize_t>(count);
+        elog_set_reason(reason_);
+        errno = error_;
+        return -1;
+    }
+
+private:
+    std::string bytes_;
+    std::size_t at_ = 0;
+    std::size_t chunk_;
+    int error_;
+    std::string_view reason_;
+};
+
+std::unique_ptr<read_handle_t> reading(std::string bytes, std::size_t chunk = 1000000,
+                                       int error = 0, std::string_view reason = "")
+{
+    auto handle = seed_read("/dev/null");
+    clrSeedInput(handle->logical.get());
+    handle->logical->stream = std::make_unique<Stream>(
+        -1, false, std::make_unique<Script>(std::move(bytes), chunk, error, reason));
+    return handle;
+}
+
+std::string record(std::string_view header, std::string content, std::size_t size = 512)
+{
+    content.insert(0, header);
+    content.resize(size, ' ');
+    return content;
+}
+
+/// The next `n` bytes as read_remainder gives them; "end" when there are none.
+std::string next(SeedInput *in, int n)
+{
+    std::string bytes(static_cast<std::size_t>(n), '#');
+    return read_remainder(in, bytes.data(), n) ? bytes : "end";
+}
+
+/// Everything that is framed: type, "?" without a record; for data records their numbers and
+/// length.
+Captured frame(read_handle_t *handle)
+{
+    return capture([&] {
+        Record item;
+        int type = 0;
+        while (read_blk(handle, &item, &type)) {
+            const auto *dh = static_cast<const blk_dh_t *>(item.get());
+            if (type == Data_Record && dh->raw)
+                print<"D%d.%d:%d ">(Stdout, dh->seq_num, dh->sub_seq_num, dh->length);
+            else
+                print<"%d%s ">(Stdout, type, std::string_view(item ? "" : "?"));
+        }
+    });
+}
+Captured frame(std::string bytes, std::size_t chunk = 1000000)
+{
+    return frame(reading(std::move(bytes), chunk).get());
+}
+
+TEST(Records, HeadersAreSkippedAndKept)
+{
+    for (const std::size_t chunk : {1, 7, 513, 1000000}) {
+        const auto handle =
+            reading(record("    7 V ", std::string(504, 'a')) +
+                        record("000012A*", std::string(504, 'b')) + record("000013Qx", "cde"),
+                    chunk);
+        SeedInput *in = handle->logical.get();
+        EXPECT_EQ(in->type_code, '#');
+        EXPECT_EQ(next(in, 500), std::string(500, 'a'));
+        EXPECT_EQ(in->seq_num, 7);
+        EXPECT_EQ(in->recsiz, 512);
+        EXPECT_EQ(next(in, 509), "aaaa" + std::string(504, 'b') + "c");
+        EXPECT_EQ(std::tie(in->seq_num, in->type_code, in->cont_code, in->recno),
+                  std::make_tuple(13, 'Q', 'x', 3));
+        EXPECT_EQ(next(in, 0) + next(in, -5 + 5), "");
+        EXPECT_EQ(next(in, 3), "de ");
+        EXPECT_EQ(next(in, 501), "end"); // 500 are left
+        EXPECT_EQ(in->totbytes, 3 * 512);
+        const int files = in->fileno;
+        clrSeedInput(in);
+        EXPECT_EQ(in->fileno, files + 1);
+        EXPECT_EQ(std::tie(in->totbytes, in->recsiz, in->eof, in->cont_code),
+                  std::make_tuple(0, 0, 0, '#'));
+        EXPECT_EQ(next(in, 1), "end");
+    }
+}
+
+TEST(Records, FixedHeadersMoveToTheNextRecord)
+{
+    const auto handle = reading(record("000001V ", std::string(498, 'a') + "abcdef") +
+                                record("000002V ", "ABCDEFGH"));
+    SeedInput *in = handle->logical.get();
+    char seven[8] = "";
+    EXPECT_EQ(next(in, 497).size(), 497U);
+    EXPECT_EQ(read_fixed_header(in, seven, 7), 1);
+    EXPECT_STREQ(seven, "aabcdef"); // just fits
+    EXPECT_EQ(read_fixed_header(in, seven, 7), 1);
+    EXPECT_STREQ(seven, "ABCDEFG");
+    EXPECT_EQ(next(in, 1), "H");
+}
+
+TEST(Records, LengthIsAPowerOfTwo)
+{
+    const auto handle = reading("");
+    const int expected[][2] = {{INT_MIN, 2}, {0, 2},        {1, 2},        {2, 4},       {8, 256},
+                               {16, 65536},  {30, 1 << 30}, {31, 1 << 30}, {99, 1 << 30}};
+    for (const auto &[exponent, length] : expected) {
+        setReadRecLen(handle->logical.get(), exponent);
+        EXPECT_EQ(handle->logical->recsiz, length) << exponent;
+    }
+}
+
+TEST(Records, SequenceNumbers)
+{
+    const std::string bad = "quarl: Bad logical block header sequence number = '";
+    const struct {
+        std::string field;
+        int number;
+        std::string message;
+    } cases[] = {
+        {"000012", 12, ""},
+        {"   12 ", 12, ""},
+        {"      ", 0, ""},
+        {" -0012", -12, ""},
+        {"12ab  ", 12, bad + "12ab  '\n"},
+        {"abcdef", 0, bad + "abcdef'\n"},
+        {"     -", 0, bad + "     -'\n"},
+        {std::string("12\0zzz", 6), 12, ""},
+        {std::string("\0abcde", 6), 0, ""},
+        {"1 2   ", 1, bad + "1 2   '\n"},
+    };
+    for (const int verbose : {1, 2, 3})
+        for (const auto &c : cases) {
+            Verbose_Flag = verbose;
+            const auto handle = reading(record(c.field + "V ", ""));
+            const Captured shown = capture([&] { advanceLogicalRecord(handle->logical.get()); });
+            EXPECT_EQ(handle->logical->seq_num, c.number) << c.field;
+            EXPECT_EQ(shown.err, c.message);
+            EXPECT_EQ(shown.out, verbose == 1
+                                     ? ""
+                                     : "\nSeed Block Sequence #" + std::to_string(c.number) + "\n");
+        }
+    Verbose_Flag = 1;
+}
+
+TEST(Records, AboveSixtyFourKibibytesAreReadWhole)
+{
+    constexpr int Length = 131072;
+    std::string volume;
+    for (char c = 'a'; c < 'e'; ++c)
+        volume += record("000001V ", std::string(Length - 9, c) + '$', Length);
+    for (const std::size_t chunk : {1000, 65537, 1000000}) {
+        const auto handle = reading(volume, chunk);
+        SeedInput *in = handle->logical.get();
+        EXPECT_EQ(next(in, 1), "a");
+        setReadRecLen(in, 17);
+        EXPECT_EQ(next(in, Length - 9), std::string(Length - 10, 'a') + '$');
+        for (char c = 'b'; c < 'e'; ++c)
+            EXPECT_EQ(next(in, Length - 8), std::string(Length - 9, c) + '$') << chunk;
+        EXPECT_EQ(next(in, 1), "end");
+        EXPECT_EQ(in->totbytes, 4 * Length);
+    }
+    // What a record claims beyond the buffer ends the input.
+    const auto handle = reading(std::string(300000, '0'));
+    EXPECT_EQ(next(handle->logical.get(), 1), "0");
+    setReadRecLen(handle->logical.get(), 30);
+    EXPECT_EQ(next(handle->logical.get(), 131074), "end");
+    EXPECT_EQ(next(handle->logical.get(), 131074), "end");
+}
+
+TEST(Records, ShorterThanTheirHeaderStillEnd)
+{
+    const std::pair<const char *, int> cases[] = {{"00", 2}, {"01", 2}, {"02", 4}, {"03", 8}};
+    for (const auto &[exponent, length] : cases) {
+        const auto handle =
+            reading(record("000001V ", std::string("0100020 2.3") + exponent + "12~~~"));
+        const Captured shown = frame(handle.get());
+        EXPECT_TRUE(shown.out.starts_with("10 ")) << shown.out;
+        EXPECT_GT(handle->logical->recno * length, 480) << length; // each of them was stepped to
+    }
+}
+
+TEST(Records, BytesBeyondTheInputAreZerosAndToldOncePerFile)
+{
+    const auto handle = reading("00");
+    const Captured shown = capture([&] {
+        SeedInput *in = handle->logical.get();
+        EXPECT_EQ(next(in, 3), std::string(3, '\0'));
+        EXPECT_EQ(next(in, 501), std::string(501, '\0'));
+        EXPECT_EQ(next(in, 1), "end");
+    });
+    EXPECT_EQ(shown.err, "quarl: Input ends inside logical record #1: 2 of 512 bytes\n");
+}
+
+TEST(Records, ReadErrorsWaitForTheBytesBeforeThem)
+{
+    const std::string volume = record("000001V ", "4000010abc4000010def");
+    for (const std::size_t chunk : {100, 1000000}) {
+        Captured shown = frame(reading(volume, chunk, EIO).get());
+        EXPECT_EQ(shown.out, "400? 400? ");
+        EXPECT_TRUE(shown.err.ends_with("quarl: input read error: Input/output error\n"));
+        shown = frame(reading(volume, chunk, 0, "corrupt data").get());
+        EXPECT_TRUE(shown.err.ends_with("quarl: input read error: corrupt data\n"));
+    }
+    Captured shown = frame(reading(record("000001V ", "4000600"), 99, EIO).get());
+    EXPECT_EQ(shown.err, "quarl: input read error: Input/output error\n"
+                         "quarl: Unexpected end of file reading blockette type 400 file #0: "
+                         "Input/output error\n");
+    shown = frame(record("000001V ", "4000600"));
+    EXPECT_EQ(shown.err, "quarl: Unexpected end of file reading blockette type 400 file #0\n");
+    shown = capture([] { newSeedInput("/nonexistent/file"); });
+    EXPECT_EQ(shown.status, 1);
+    EXPECT_EQ(shown.err,
+              "quarl: Can't open input file /nonexistent/file: No such file or directory\n");
+}
+
+/// Puts control records of 512 bytes around `text`.
+std::string control(std::string_view text) { return VolumeBuilder(512).text(text).volume(); }
+
+TEST(Framing, ControlBlockettes)
+{
+    const std::string unknown = "quarl: WARNING(parse_blk) - Unknown blockette: ";
+    const std::string log = "quarl: sdminsz: Unknown blockette type ";
+    const struct {
+        const char *what;
+        std::string volume, out, err;
+    } cases[] = {
+        {"the longest that four digits say",
+         control("4009999" + std::string(9992, 'x') + "0340012001~~"), "400? 34 ",
+         unknown + "400\n"},
+        {"prefix over the end of a record",
+         record("000001V ", "4000500" + std::string(493, 'x') + "0340") +
+             record("000002V ", "0340012001~~"),
+         "400? 34 ", unknown + "400\n"},
+        {"blank records",
+         VolumeBuilder(512).blockette(34, "001~~").pad(3).blockette(34, "002~~").volume(), "34 34 ",
+         ""},
+        {"too small", control("03400100010340012002~~"), "34 34 ",
+         "quarl: Blockette type 34 size = 10: too small! (file #0)\n"},
+        {"no length", control("034abcd0340012001~~"), "34 34 ",
+         "quarl: Blockette type 34 size = 0: too small! (file #0)\n"
+         "quarl: Could not convert 'abcd' to an integer\nquarl: Error at BLK034 : \n"
+         "B034   0 Id#  0 Unit:'' Desc:'' <Units Abbreviation>\n"},
+        {"no type", control("abc0010xyz0340012001~~"), "0? 34 ", log + "0\n" + unknown + "0\n"},
+        {"outside the catalogue", control("9990010xyz0340012001~~"), "999? 34 ",
+         log + "999\n" + unknown + "999\n"},
+        {"sizes below the prefix", control("405000640500052020000"), "405? 405? 202? ",
+         unknown + "405\nquarl: Blockette type 405 size = 5: too small! (file #0)\n" + unknown +
+             "405\n" + unknown + "202\n"},
+        {"negative length", control("400-0050340012001~~"), "400? 34 ",
+         "quarl: Blockette type 400 size = -5: too small! (file #0)\n" + unknown + "400\n"},
+        {"type of a data record", control("-010048" + std::string(41, '1') + "0340012001~~"),
+         "-1 34 ", ""},
+        {"bad field", control("0340012ab1~~0340012002~~"), "34 34 ",
+         "quarl: Could not convert 'ab1' to an integer\n"
+         "quarl: Error at BLK034 : 0340012ab1~~\n"
+         "B034  12 Id#  0 Unit:'' Desc:'' <Units Abbreviation>\n"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        for (const std::size_t chunk : {11, 1000000}) {
+            const Captured shown = frame(c.volume, chunk);
+            EXPECT_EQ(shown.status, -1);
+            EXPECT_EQ(shown.out, c.out);
+            EXPECT_EQ(shown.err, c.err);
+        }
+    }
+}
+
+const std::string Default_Differs =
+    "quarl: different record sizes in 030 blockette (4096) and 1000 blockette (";
+
+TEST(Framing, DataRecordsAreNumberedWithinTheirSequenceNumber)
+{
+    const DataOnly is_512 = {.exponent = 9};
+    VolumeBuilder volume(512);
+    for (const int seq : {5, 5, 5, 6, 5})
+        volume.data({.seq = seq, .quality = seq == 6 ? 'Q' : 'M', .b1000 = is_512});
+    volume.data({.seq = 5, .length = 4096});
+    const auto handle = reading(volume.volume());
+    EXPECT_EQ(frame(handle.get()).out, "D5.1:512 D5.2:512 D5.3:512 D6.1:512 D5.1:512 D5.2:4096 ");
+    // The next file goes on counting.
+    handle->logical->stream = std::move(reading(volume.volume())->logical->stream);
+    clrSeedInput(handle->logical.get());
+    EXPECT_TRUE(frame(handle.get()).out.starts_with("D5.3:512 D5.4:512 "));
+}
+
+TEST(Framing, DataRecordSizes)
+{
+    const struct {
+        int exponent, length;
+        std::size_t cut;
+        int status;
+        std::string out, err;
+    } cases[] = {
+        {7, 128, 0, -1, "D1.1:128 ", Default_Differs + "128)\n"},
+        {13, 8192, 0, -1, "D1.1:8192 ", Default_Differs + "8192)\n"},
+        {14, 16384, 0, 1, "",
+         Default_Differs + "16384)\nquarl: Data blockette size = 16384: too large for internal "
+                           "buffer.\n"},
+        {9, 512, 1, -1, "D1.1:512 ",
+         Default_Differs + "512)\nquarl: Input ends inside logical record #1: 511 of 512 bytes\n"},
+        {9, 512, 412, -1, "D1.1:512 ",
+         "quarl: Input ends inside logical record #1: 100 of 512 bytes\n" + Default_Differs +
+             "512)\n"},
+    };
+    for (const auto &c : cases) {
+        VolumeBuilder volume;
+        volume.data({.length = c.length, .b1000 = DataOnly{.exponent = c.exponent}}).cut(c.cut);
+        if (c.length == 128)
+            volume.raw(std::string(8, ' ')); // 136 bytes of a data record are always read
+        const Captured shown = frame(volume.volume());
+        EXPECT_EQ(shown.status, c.status);
+        EXPECT_TRUE(shown.out.starts_with(c.out)) << shown.out;
+        EXPECT_TRUE(shown.err.starts_with(c.err)) << shown.err;
+    }
+}
+
+TEST(Framing, DataRecordsAreHeldWhole)
+{
+    for (const int begin : {64, 511, 512, -1, 0}) {
+        std::string bytes = data_record_bytes({.b1000 = DataOnly{}, .payload = "0123456789"}, 3);
+        bytes.replace(44, 2, {static_cast<char>(begin >> 8), static_cast<char>(begin)});
+        const auto handle = reading(VolumeBuilder(512)
+                                        .blockette(400, std::string(2000, 'x')) // leaves its traces
+                                        .raw(bytes)
+                                        .volume());
+        Record item;
+        int type = 0;
+        capture([&] {
+            EXPECT_EQ(read_blk(handle.get(), &item, &type), 1);
+            EXPECT_EQ(read_blk(handle.get(), &item, &type), 1);
+        });
+        ASSERT_EQ(type, Data_Record);
+        const auto *header = static_cast<const blk_dh_t *>(item.get());
+        EXPECT_EQ(std::string(header->raw, 8 + 504), "000000D " + bytes.substr(8));
+        EXPECT_EQ(header->data, begin < 0 || begin >= 512 ? nullptr : header->raw + begin);
+        EXPECT_EQ(std::string(header->raw + 512, 1496), std::string(1496, '\0'));
+    }
+}
+
+} // namespace

@@ -1,0 +1,177 @@
+// Messages, standard output that cannot be written, and the parameter file.
+#include "platform/elog.h"
+#include "platform/pf.h"
+#include "support/capture.h"
+#include "support/files.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+
+namespace
+{
+
+TEST(Elog, Messages)
+{
+    const struct {
+        const char *text;
+        int flag, error;
+        const char *reason, *shown;
+    } cases[] = {
+        {"text", 0, EIO, "", "quarl: text\n"},
+        {"text\n", 0, 0, "", "quarl: text\n"},
+        {"text\n\n", 1, ENOENT, "", "quarl: text: No such file or directory\n"},
+        {"text", 1, 0, "", "quarl: text\n"},
+        {"text\n", 1, EIO, "corrupt", "quarl: text: corrupt\n"},
+        {"text", 1, 0, "corrupt", "quarl: text: corrupt\n"},
+        {"\n\n*** text\n  more\n", 0, 0, "", "\n\nquarl: *** text\n  more\n"},
+        {"", 0, 0, "", "quarl: \n"},
+        {"\n", 1, ENOENT, "", "\nquarl: : No such file or directory\n"},
+    };
+    for (const char *program : {"quarl", "/usr/bin/quarl", "../quarl"})
+        for (const auto &c : cases) {
+            Program_Name = program;
+            elog_set_reason(c.reason);
+            errno = c.error;
+            const Captured shown = capture([&] {
+                errno = c.error;
+                elog_complain<"%s">(c.flag, std::string_view(c.text));
+                EXPECT_EQ(errno, c.error);
+            });
+            EXPECT_EQ(shown.err, c.shown);
+            EXPECT_EQ(elog_take_reason(), ""); // used up
+        }
+}
+
+TEST(Elog, KeepsTheOrderOfBothStreams)
+{
+    const Captured shown = capture([] {
+        dup2(STDOUT_FILENO, STDERR_FILENO);
+        print<"one ">(Stdout);
+        elog_log<"two">(0);
+        print<"three ">(Stdout);
+        print<"<listing> ">(Stderr);
+        elog_die<"four">(0);
+    });
+    EXPECT_EQ(shown.out, "one quarl: two\nthree <listing> quarl: four\n");
+    EXPECT_EQ(shown.status, 1);
+}
+
+TEST(Out, EndsTheRunWhenItCannotBeWritten)
+{
+    const auto onto = [](int fd) {
+        return capture([&] {
+            dup2(fd, STDOUT_FILENO);
+            close(fd);
+            print<"text">(Stdout);
+            elog_clear_register(1);
+        });
+    };
+    const Captured full = onto(open("/dev/full", O_WRONLY));
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.err, "quarl: Can't write standard output: No space left on device\n");
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    std::signal(SIGPIPE, SIG_IGN);
+    const Captured closed = onto(ends[1]);
+    EXPECT_EQ(closed.status, 1);
+    EXPECT_EQ(closed.err, "");
+}
+
+TEST(Out, WaitsForAReaderThatIsSlow)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+    std::string received;
+    Out out(ends[1]);
+    const std::string sent(1000000, 'x');
+    if (const pid_t writer = fork(); writer == 0) {
+        out.write(sent);
+        out.flush();
+        _exit(0);
+    }
+    close(ends[1]);
+    char block[4096];
+    for (ssize_t n = 0; (n = read(ends[0], block, sizeof block)) != 0;)
+        if (n > 0)
+            received.append(block, static_cast<std::size_t>(n));
+    EXPECT_EQ(received, sent);
+}
+
+TEST(Pf, ReadsTablesOfTexts)
+{
+    const struct {
+        std::string text;
+        int result;
+        std::string message; ///< behind the program's name
+    } cases[] = {
+        {"", 0, ""},
+        {"# nothing\n\n", 0, ""},
+        {"[data_type_aliases]\n", 0, ""},
+        {"[data_type_aliases]\nSTEIM2 = \"Steim2\" # what\n\"a b\" = 'c\\d'\n", 0, ""},
+        {"[data_type_aliases]\nSTEIM2 = 2\n", -1, "origin:2:10: the value of 'STEIM2' is not text"},
+        {"\n  key = 'text'\n", -1, "origin:2:9: 'key' is not a table"},
+        {"[a]\nx = 'y'\n[a]\n", -1, "origin:3:"},
+        {"[data_type_aliases\n", -1, "origin:1:"},
+        {"[a]\nx = 'y\n", -1, "origin:2:"},
+        {std::string("[a]\nx = '\0'\n", 12), -1, "origin:2:"},
+    };
+    for (const auto &c : cases) {
+        Pf pf;
+        const Captured shown =
+            capture([&] { EXPECT_EQ(pfparse(c.text, "origin", &pf), c.result) << c.text; });
+        EXPECT_EQ(shown.err.empty(), c.result == 0) << shown.err;
+        EXPECT_TRUE(shown.err.starts_with(c.message.empty() ? "" : "quarl: " + c.message))
+            << shown.err;
+        if (const auto *aliases = pfget_arr(pf, "data_type_aliases");
+            aliases && !aliases->empty()) {
+            EXPECT_EQ(*getarr(*aliases, "STEIM2"), "Steim2");
+            EXPECT_EQ(*getarr(*aliases, "a b"), "c\\d");
+        }
+        EXPECT_EQ(pfget_arr(pf, "other"), nullptr);
+    }
+}
+
+TEST(Pf, IsTheFirstOneOfTheSearchPath)
+{
+    const auto root =
+        std::filesystem::temp_directory_path() / ("pf_test." + std::to_string(getpid()));
+    for (const char *directory : {"a", "b", "c", "d/named.pf"})
+        std::filesystem::create_directories(root / directory);
+    std::filesystem::current_path(root / "c");
+    write_file("../a/named.pf", "[from]\nx = 'a'\n");
+    write_file("../b/named.pf", "[from]\nx = 'b'\n");
+    write_file("named.pf", "[from]\nx = 'c'\n");
+    const std::string at = root.string();
+    const struct {
+        std::string path, found;
+    } cases[] = {
+        {at + "/b", "b"},
+        {at + "/a:" + at + "/b", "a"},
+        {at + "/none::" + at + "/b:" + at + "/a", "b"},
+        {"", "c"},
+        {at + "/none", "-"}, // and nothing else
+        {":", "-"},
+        {at + "/d", "-"}, // a directory cannot be read
+    };
+    for (const auto &c : cases) {
+        setenv("QUARL_PFPATH", c.path.c_str(), 1);
+        Pf pf;
+        int result = 0;
+        const Captured shown = capture([&] { result = pfread("named", &pf); });
+        const auto *from = pfget_arr(pf, "from");
+        EXPECT_EQ(from ? *getarr(*from, "x") : "-", c.found) << c.path;
+        EXPECT_EQ(result, c.found == "-" ? -1 : 0) << c.path;
+        EXPECT_EQ(shown.err,
+                  c.path.ends_with("/d") ? "quarl: " + at + "/d/named.pf: Is a directory\n" : "");
+    }
+    std::filesystem::current_path("/");
+    std::filesystem::remove_all(root);
+}
+
+} // namespace
