@@ -37,12 +37,12 @@ int msdhdr_unpack(MsdHeader *header)
     for (std::size_t last = 0; at > last && at + 4 <= header->available;) {
         const char *blockette = record + at;
         if (read_u16(blockette, swapped) == 1000) {
-            const int exponent = blockette[6];
+            const int exponent = static_cast<unsigned char>(blockette[6]);
             if (at + Blockette_1000_Size > header->available || exponent < Min_Exponent ||
                 exponent > Max_Exponent)
                 return -1;
-            header->encoding = blockette[4];
-            header->word_order = blockette[5];
+            header->encoding = static_cast<unsigned char>(blockette[4]);
+            header->word_order = static_cast<unsigned char>(blockette[5]);
             header->record_length = 1 << exponent;
             return 0;
         }

@@ -44,7 +44,7 @@ std::vector<std::string> search_path()
 std::optional<std::string> find_file(const std::string &file)
 {
     for (const std::string &directory : search_path())
-        if (std::string path = directory + "/" + file; access(path.c_str(), F_OK) == 0)
+        if (std::string path = formatted<"%s/%s">(directory, file); access(path.c_str(), F_OK) == 0)
             return path;
     return std::nullopt;
 }
