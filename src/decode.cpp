@@ -57,22 +57,32 @@ int find_format(std::string_view name)
     return row == seed_formats.end() ? 0 : static_cast<int>(row - seed_formats.begin());
 }
 
+constexpr int Not_Asked = -1;
+
 /// The last name asked for: data records ask for the same one again and again.
 struct LastName {
-    std::string name;
-    int index = -1;
+    std::string name; ///< a format's name as it stands, before aliases
+    int index = Not_Asked;
 };
 
 LastName Last_Name;
 
-/// Rows of seed_formats by row of seedname; -1 until asked for.
-std::array<int, nseedname> Encoding_Index = {-1, -1, -1, -1, -1, -1, -1};
+constexpr int Encodings = 256;
 
-int encoding_index(const Xlat &row)
+/// Rows of seed_formats by encoding format code.
+auto Encoding_Index = [] {
+    std::array<int, Encodings> indices{};
+    indices.fill(Not_Asked);
+    return indices;
+}();
+
+int encoding_index(int encoding)
 {
-    int &index = Encoding_Index[&row - seedname.data()];
-    if (index < 0)
-        index = find_format(row.name);
+    int &index = Encoding_Index[encoding];
+    if (index == Not_Asked) {
+        const char *name = xlatnum(encoding, seedname.data(), nseedname);
+        index = name ? find_format(name) : 0;
+    }
     return index;
 }
 
@@ -91,19 +101,13 @@ B1000 parse_b1000(const char *record, std::size_t available)
 {
     constexpr int Preset_Length = 256;
     MsdHeader unpacked{record, available, Preset_Length, 0, 0};
-    B1000 found;
     if (msdhdr_unpack(&unpacked) != 0)
-        return found;
-    found.usable = true;
-    found.encoding = unpacked.encoding;
-    found.word_order = unpacked.word_order;
-    found.record_length = unpacked.record_length;
-    if (const Xlat *row = xlatrow(unpacked.encoding, seedname.data(), nseedname)) {
-        found.name = row->name;
-        found.index = encoding_index(*row);
-    }
-    return found;
+        return {};
+    return {true, encoding_index(unpacked.encoding), unpacked.encoding, unpacked.word_order,
+            unpacked.record_length};
 }
+
+const char *encoding_name(int encoding) { return xlatnum(encoding, seedname.data(), nseedname); }
 
 void b030_problem(const blk_dh_t &header, std::string_view dictionary_name,
                   std::string_view b1000_name)

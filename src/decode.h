@@ -26,11 +26,13 @@ int sd_data_type(std::string_view name);
 struct B1000 {
     bool usable = false; ///< there is one; the other members mean something
     int index = 0;       ///< row of seed_formats; 0 when the encoding has no name
-    const char *name = nullptr;
     int encoding = 0;
     int word_order = 0;
     int record_length = 0; ///< bytes
 };
+
+/// The data format name of an encoding format code of Blockette 1000, or null.
+const char *encoding_name(int encoding);
 
 /// Reads the Blockette 1000 of a data record of which `available` bytes, from its byte 0 on, may be
 /// read.

@@ -126,25 +126,36 @@ inline bool copy_bytes(SeedInput *in, char *dest, int n)
     return true;
 }
 
-int bytes_left(const SeedInput *in) { return std::max(in->recsiz - (in->cur - in->start), 0); }
+void show_sequence_number(int number)
+{
+    if (Verbose_Flag > 1)
+        print<"\nSeed Block Sequence #%d\n">(Stdout, number);
+}
 
-/// Reads the sequence number field; text behind the number is complained about.
+/// Reads a sequence number field that is not plain digits; text behind the number is complained
+/// about.
+int read_odd_sequence_number(std::string_view field)
+{
+    std::size_t used = 0;
+    const int number = leading_int(field, &used);
+    show_sequence_number(number);
+    if (!blank(field.substr(used)))
+        elog_complain<"Bad logical block header sequence number = '%s'">(0, field);
+    return number;
+}
+
+/// Reads the sequence number field: nearly always six digits.
 int read_sequence_number(const char (&digits)[Sequence_Size])
 {
     int number = 0;
-    bool plain = true; // nearly always six digits
+    bool plain = true;
     for (const char c : digits) {
         plain &= is_digit(c);
         number = number * 10 + (c - '0');
     }
-    const std::string_view field = plain ? "" : up_to_nul({digits, Sequence_Size});
-    std::size_t used = 0;
     if (!plain)
-        number = leading_int(field, &used);
-    if (Verbose_Flag > 1)
-        print<"\nSeed Block Sequence #%d\n">(Stdout, number);
-    if (!blank(field.substr(used)))
-        elog_complain<"Bad logical block header sequence number = '%s'">(0, field);
+        return read_odd_sequence_number(up_to_nul({digits, Sequence_Size}));
+    show_sequence_number(number);
     return number;
 }
 
@@ -226,12 +237,10 @@ int advanceLogicalRecord(SeedInput *in)
 
 int read_fixed_header(SeedInput *in, char *dest, int n)
 {
-    if (bytes_left(in) < n && advanceLogicalRecord(in) != 0)
-        return 0;
-    return copy_bytes(in, dest, n);
+    return reach_item(in, n) && copy_bytes(in, dest, n);
 }
 
-int read_remainder(SeedInput *in, char *dest, int n)
+int read_remainder_slowly(SeedInput *in, char *dest, int n)
 {
     while (n > 0) {
         const int part = std::min(n, bytes_left(in));

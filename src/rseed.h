@@ -3,7 +3,9 @@
 
 #include "platform/gz_cat.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,14 +49,36 @@ int moredata(SeedInput *in);
 /// Moves to the next logical record and reads its header. 0; -1 when there is none.
 int advanceLogicalRecord(SeedInput *in);
 
-/// Copies `n` bytes that lie in one logical record, the next one when the current has too few left.
-/// 1; 0 when the input ended. A record that the input cuts short is read with zeros, and the user
-/// told once.
-int read_fixed_header(SeedInput *in, char *dest, int n);
+/// Bytes left in the current logical record.
+inline int bytes_left(const SeedInput *in)
+{
+    return std::max(in->recsiz - (in->cur - in->start), 0);
+}
+
+/// Moves to the next logical record when fewer than `n` bytes are left in the current one; they are
+/// padding. 1; 0 when the input ended.
+inline int reach_item(SeedInput *in, int n)
+{
+    return bytes_left(in) >= n || advanceLogicalRecord(in) == 0;
+}
+
+/// read_remainder for bytes that do not all stand in the buffer and in one logical record.
+int read_remainder_slowly(SeedInput *in, char *dest, int n);
 
 /// Copies `n` bytes that may run over logical records, whose headers are skipped. 1; 0 when the
-/// input ended.
-int read_remainder(SeedInput *in, char *dest, int n);
+/// input ended. A record that the input cuts short is read with zeros, and the user told once.
+inline int read_remainder(SeedInput *in, char *dest, int n)
+{
+    if (n < 0 || n > bytes_left(in) || n > in->pbytes - in->cur)
+        return read_remainder_slowly(in, dest, n);
+    std::memcpy(dest, in->buffer + in->cur, n);
+    in->cur += n;
+    return 1;
+}
+
+/// Copies `n` bytes that lie in one logical record, the next one when the current has too few left.
+/// 1; 0 when the input ended.
+int read_fixed_header(SeedInput *in, char *dest, int n);
 
 /// Sets the logical record length to 2 to the power `exponent` (at least 2; exponents above 30
 /// count as 30).

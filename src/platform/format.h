@@ -212,9 +212,9 @@ inline constexpr auto Digit_Pairs = [] {
     return pairs;
 }();
 
-inline void put_pair(char *to, std::uint64_t value) { std::memcpy(to, &Digit_Pairs[2 * value], 2); }
+inline void put_pair(char *to, std::uint32_t value) { std::memcpy(to, &Digit_Pairs[2 * value], 2); }
 
-template <int Digits> char *put_fixed_digits(char *to, std::uint64_t value)
+template <int Digits> char *put_fixed_digits(char *to, std::uint32_t value)
 {
     int at = Digits;
     for (; at >= 2; value /= 100)
@@ -229,7 +229,7 @@ template <Conversion C> char *put_integer(char *to, std::uint64_t magnitude, boo
     constexpr bool hex = C.kind == 'x';
     if constexpr (constexpr int Digits = fixed_digits(C); Digits > 0)
         if (!negative && magnitude < power_of_ten(Digits))
-            return put_fixed_digits<Digits>(to, magnitude);
+            return put_fixed_digits<Digits>(to, static_cast<std::uint32_t>(magnitude));
     const int digits = hex ? hexadecimal_digits(magnitude) : decimal_digits(magnitude);
     const int pad = C.width - digits - (negative || C.plus);
     if constexpr (!C.zero && !C.left)
@@ -355,6 +355,27 @@ bool fits(std::size_t size, std::index_sequence<I...> /*pieces*/, const Args &..
     return (fixed_size<F, I>(args...) + ...) <= size;
 }
 
+template <Literal F, std::size_t I, class... Args>
+char *put_fitting_piece(char *to, const Args &...args)
+{
+    static constexpr Conversion C = Parsed<F>::conversions[I];
+    constexpr std::size_t Which = Parsed<F>::argument(I);
+    std::memcpy(to, F.text.data() + C.text_at, C.text_size);
+    to += C.text_size;
+    if constexpr (Which < sizeof...(Args))
+        to = put_fixed_digits<fixed_digits(C)>(
+            to, static_cast<std::uint32_t>(std::get<Which>(std::tie(args...))));
+    return to;
+}
+
+/// put_whole for values of which `fits` is true.
+template <Literal F, std::size_t... I, class... Args>
+char *put_fitting(char *to, std::index_sequence<I...> /*pieces*/, const Args &...args)
+{
+    ((to = put_fitting_piece<F, I>(to, args...)), ...);
+    return to;
+}
+
 template <Literal F, class... Args> std::string to_string(const Args &...args)
 {
     std::string text(whole_room<F>(Indices<F>(), args...), '\0');
@@ -392,7 +413,7 @@ template <Literal F, std::size_t N, class... Args> void put_text(char (&to)[N], 
 {
     static_assert((std::integral<Args> && ...));
     if (format::fits<F>(N - 1, format::Indices<F>(), args...)) {
-        *format::put_whole<F>(to, format::Indices<F>(), args...) = '\0';
+        *format::put_fitting<F>(to, format::Indices<F>(), args...) = '\0';
         return;
     }
     const std::string text = formatted<F>(args...);

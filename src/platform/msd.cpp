@@ -21,12 +21,6 @@ constexpr int Max_Exponent = 30;
 
 } // namespace
 
-bool year_is_swapped(const char *year)
-{
-    const std::uint16_t value = read_u16(year, false);
-    return value < 1970 || value > 2030;
-}
-
 int msdhdr_unpack(MsdHeader *header)
 {
     const char *record = header->record;
@@ -52,14 +46,8 @@ int msdhdr_unpack(MsdHeader *header)
     return -1;
 }
 
-const Xlat *xlatrow(int code, const Xlat *table, int n)
-{
-    const Xlat *row = std::find_if(table, table + n, [&](const Xlat &x) { return x.num == code; });
-    return row == table + n ? nullptr : row;
-}
-
 const char *xlatnum(int code, const Xlat *table, int n)
 {
-    const Xlat *row = xlatrow(code, table, n);
-    return row ? row->name : nullptr;
+    const Xlat *row = std::find_if(table, table + n, [&](const Xlat &x) { return x.num == code; });
+    return row == table + n ? nullptr : row->name;
 }

@@ -35,7 +35,12 @@ inline void swap4(const void *from, void *to, int count)
 
 /// The byte order test of data record headers: a 2-byte year that reads 1970 to 2030 in host order
 /// is in host order, anything else is swapped.
-bool year_is_swapped(const char *year);
+inline bool year_is_swapped(const char *year)
+{
+    std::uint16_t value = 0;
+    std::memcpy(&value, year, sizeof value);
+    return value < 1970 || value > 2030;
+}
 
 /// What msdhdr_unpack works on and fills in.
 struct MsdHeader {
@@ -56,8 +61,5 @@ struct Xlat {
     int num;
 };
 
-/// The first row of `table` whose `num` is `code`, or null.
-const Xlat *xlatrow(int code, const Xlat *table, int n);
-
-/// The name of that row, or null.
+/// The name of the first row of `table` whose `num` is `code`, or null.
 const char *xlatnum(int code, const Xlat *table, int n);

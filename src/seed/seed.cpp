@@ -86,7 +86,7 @@ void apply_b1000(blk_dh_t *header)
     const int dictionary = sd_data_type(header->format);
     header->type = b1000.index != 0 ? b1000.index : dictionary;
     if (b1000.index != 0 && dictionary != 0 && dictionary != b1000.index)
-        b030_problem(*header, header->format, b1000.name);
+        b030_problem(*header, header->format, std::string_view(encoding_name(b1000.encoding)));
     if (b1000.usable && b1000.record_length != header->length) {
         elog_complain<"different record sizes in 030 blockette (%d) and 1000 blockette (%d)">(
             0, header->length, b1000.record_length);
@@ -116,7 +116,7 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
 {
     SeedInput *in = handle->logical.get();
     count_record(handle);
-    if (!read_remainder(in, Item.write(Prefix, Data_Header - Prefix), Data_Header - Prefix)) {
+    if (!read_remainder(in, Item.write(0, Data_Header), Data_Header)) {
         elog_complain<"Unexpected end of file reading data header File #%d\n">(1, Tapefile);
         return 0;
     }
@@ -178,12 +178,6 @@ int frame_control(read_handle_t *handle, Record *record, int *type)
 
 } // namespace
 
-int word_comp(int value)
-{
-    constexpr int Sign_Bit = 0x8000;
-    return value & Sign_Bit ? static_cast<std::int16_t>(value & 0xFFFF) : value;
-}
-
 Record parse_blk(std::string_view bytes, int type)
 {
     Bad_blkflag = 0;
@@ -210,9 +204,11 @@ Record parse_blk(std::string_view bytes, int type)
 int read_blk(read_handle_t *handle, Record *record, int *type)
 {
     SeedInput *in = handle->logical.get();
-    while (read_fixed_header(in, Item.write(0, Prefix), Prefix)) {
+    while (reach_item(in, Prefix)) {
         if (is_ok_msd_quality(in->type_code))
             return frame_data(handle, record, type);
+        if (!read_fixed_header(in, Item.write(0, Prefix), Prefix))
+            break;
         if (!blank(up_to_nul({Item.area(), Prefix})))
             return frame_control(handle, record, type);
         if (advanceLogicalRecord(in) != 0) // the rest of the record is padding

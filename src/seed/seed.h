@@ -4,6 +4,7 @@
 #include "records.h"
 #include "seed/handle.h"
 
+#include <cstdint>
 #include <string_view>
 
 /// Frames the next item of the input file and parses it into `*record`: a control blockette of
@@ -18,4 +19,8 @@ int read_blk(read_handle_t *handle, Record *record, int *type);
 Record parse_blk(std::string_view bytes, int type);
 
 /// The low 16 bits as a signed number when bit 15 is set, else `value` unchanged.
-int word_comp(int value);
+constexpr int word_comp(int value)
+{
+    constexpr int Sign_Bit = 0x8000;
+    return value & Sign_Bit ? static_cast<std::int16_t>(value & 0xFFFF) : value;
+}
