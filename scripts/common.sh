@@ -73,12 +73,12 @@ need_postgresql_server() {
 build_packages=(g++ make cmake libarchive-dev zlib1g-dev liblzma-dev libsoci-dev
     libsoci-sqlite3-4.0 libsoci-postgresql4.0 libtomlplusplus-dev)
 
-# Configures (unless done already with the same options) and builds a preset.
+# build_preset PRESET TARGET [OPTION]...: configures a preset with cmake's options and builds a target of it.
 build_preset() {
-    local preset=$1
-    shift
-    cmake --preset "$preset" "$@" >"/tmp/quarl-cmake.$$" ||
-        { cat "/tmp/quarl-cmake.$$"; die "cmake --preset $preset failed"; }
-    rm -f "/tmp/quarl-cmake.$$"
-    cmake --build --preset "$preset" -j "$jobs" -- --no-print-directory -s
+    local preset=$1 target=$2 log
+    shift 2
+    log=$(mktemp)
+    cmake --preset "$preset" "$@" >"$log" 2>&1 || { cat "$log"; rm -f "$log"; return 1; }
+    rm -f "$log"
+    cmake --build --preset "$preset" --target "$target" -j "$jobs" -- --no-print-directory -s
 }

@@ -59,9 +59,7 @@ inline std::string_view scan_text(Cursor *str, int len) { return trimmed(str->fi
 template <int Len, std::size_t N> void scan_str(Cursor *str, char (&to)[N])
 {
     static_assert(Len < N);
-    const std::string_view text = scan_text(str, Len);
-    std::memcpy(to, text.data(), text.size());
-    to[text.size()] = '\0';
+    to[scan_text(str, Len).copy(to, Len)] = '\0';
 }
 
 /// A text closed by "~" into `dest`, of which `maxchars` bytes are used, terminator included:

@@ -31,9 +31,10 @@ int msdhdr_unpack(MsdHeader *header)
     for (std::size_t last = 0; at > last && at + 4 <= header->available;) {
         const char *blockette = record + at;
         if (read_u16(blockette, swapped) == 1000) {
+            if (at + Blockette_1000_Size > header->available)
+                return -1;
             const int exponent = static_cast<unsigned char>(blockette[6]);
-            if (at + Blockette_1000_Size > header->available || exponent < Min_Exponent ||
-                exponent > Max_Exponent)
+            if (exponent < Min_Exponent || exponent > Max_Exponent)
                 return -1;
             header->encoding = static_cast<unsigned char>(blockette[4]);
             header->word_order = static_cast<unsigned char>(blockette[5]);

@@ -152,7 +152,7 @@ TEST(DataFormat, NamesAliasesAndEncodings)
         const std::string record = parse_recipe(formatted<"data b1000=%d,1,9">(encoding)).volume();
         const B1000 found = parse_b1000(record.data(), 136);
         EXPECT_TRUE(found.usable);
-        EXPECT_EQ(found.name != nullptr, indices.contains(encoding));
+        EXPECT_EQ(encoding_name(found.encoding) != nullptr, indices.contains(encoding));
         EXPECT_EQ(found.index, indices[encoding]) << encoding;
     }
 }

@@ -23,20 +23,16 @@ TEST(Elog, Messages)
         const char *reason, *shown;
     } cases[] = {
         {"text", 0, EIO, "", "quarl: text\n"},
-        {"text\n", 0, 0, "", "quarl: text\n"},
         {"text\n\n", 1, ENOENT, "", "quarl: text: No such file or directory\n"},
         {"text", 1, 0, "", "quarl: text\n"},
         {"text\n", 1, EIO, "corrupt", "quarl: text: corrupt\n"},
-        {"text", 1, 0, "corrupt", "quarl: text: corrupt\n"},
         {"\n\n*** text\n  more\n", 0, 0, "", "\n\nquarl: *** text\n  more\n"},
-        {"", 0, 0, "", "quarl: \n"},
         {"\n", 1, ENOENT, "", "\nquarl: : No such file or directory\n"},
     };
-    for (const char *program : {"quarl", "/usr/bin/quarl", "../quarl"})
+    for (const char *program : {"../quarl", "quarl"})
         for (const auto &c : cases) {
             Program_Name = program;
             elog_set_reason(c.reason);
-            errno = c.error;
             const Captured shown = capture([&] {
                 errno = c.error;
                 elog_complain<"%s">(c.flag, std::string_view(c.text));
@@ -111,13 +107,10 @@ TEST(Pf, ReadsTablesOfTexts)
         std::string message; ///< behind the program's name
     } cases[] = {
         {"", 0, ""},
-        {"# nothing\n\n", 0, ""},
-        {"[data_type_aliases]\n", 0, ""},
         {"[data_type_aliases]\nSTEIM2 = \"Steim2\" # what\n\"a b\" = 'c\\d'\n", 0, ""},
         {"[data_type_aliases]\nSTEIM2 = 2\n", -1, "origin:2:10: the value of 'STEIM2' is not text"},
         {"\n  key = 'text'\n", -1, "origin:2:9: 'key' is not a table"},
         {"[a]\nx = 'y'\n[a]\n", -1, "origin:3:"},
-        {"[data_type_aliases\n", -1, "origin:1:"},
         {"[a]\nx = 'y\n", -1, "origin:2:"},
         {std::string("[a]\nx = '\0'\n", 12), -1, "origin:2:"},
     };
@@ -155,9 +148,8 @@ TEST(Pf, IsTheFirstOneOfTheSearchPath)
         {at + "/a:" + at + "/b", "a"},
         {at + "/none::" + at + "/b:" + at + "/a", "b"},
         {"", "c"},
-        {at + "/none", "-"}, // and nothing else
-        {":", "-"},
-        {at + "/d", "-"}, // a directory cannot be read
+        {":" + at + "/none", "-"}, // and nothing else
+        {at + "/d", "-"},          // a directory cannot be read
     };
     for (const auto &c : cases) {
         setenv("QUARL_PFPATH", c.path.c_str(), 1);

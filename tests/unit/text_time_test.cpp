@@ -13,45 +13,18 @@
 namespace
 {
 
-TEST(Text, WhiteSpaceIsThatOfTheCLocale)
-{
-    for (int c = 0; c < 256; ++c) {
-        const char text[] = {static_cast<char>(c)};
-        const bool space = c == ' ' || (c >= 9 && c <= 13);
-        EXPECT_EQ(blank({text, 1}), space) << c;
-        EXPECT_EQ(trimmed({text, 1}).empty(), space) << c;
-    }
-    EXPECT_TRUE(blank(""));
-    EXPECT_FALSE(blank(" \t x "));
-    EXPECT_EQ(trimmed(" \v a b\n "), "a b");
-}
-
 TEST(Text, LeadingIntIsStrtol)
 {
     std::vector<std::string> texts = {"",
-                                      " ",
-                                      "-",
-                                      "+",
-                                      "+-1",
-                                      "- 1",
-                                      "--1",
-                                      "x1",
+                                      "\v\f\r\n\t 1",
                                       "0x1F",
-                                      "007",
-                                      " \t-12AB",
-                                      "+12 3",
-                                      "2147483647",
                                       "2147483648",
-                                      "-2147483648",
                                       "-2147483649",
-                                      "4294967296",
                                       "4294967297",
                                       "9223372036854775807",
                                       "9223372036854775808",
                                       "-9223372036854775808",
-                                      "-9223372036854775809",
-                                      "99999999999999999999999",
-                                      "-99999999999999999999999x"};
+                                      "-9223372036854775809"};
     std::mt19937 random(2);
     for (int i = 0; i < 20000; ++i) {
         std::string text;
@@ -66,17 +39,6 @@ TEST(Text, LeadingIntIsStrtol)
         EXPECT_EQ(leading_int(text, &used), expected) << text;
         EXPECT_EQ(used, static_cast<std::size_t>(end - text.c_str())) << text;
     }
-    // Digits beyond the view are not part of it.
-    EXPECT_EQ(to_int(std::string_view("1234").substr(0, 2)), 12);
-}
-
-TEST(Text, CopyTextFillsTheWholeArray)
-{
-    char to[4] = {'x', 'x', 'x', 'x'};
-    copy_text(to, "a");
-    EXPECT_EQ(std::string_view(to, 4), std::string_view("a\0\0\0", 4));
-    copy_text(to, "abcdef");
-    EXPECT_STREQ(to, "abc");
 }
 
 TEST(Time, KnownDates)
@@ -88,11 +50,9 @@ TEST(Time, KnownDates)
         {1970, 1, 0, 0, 0.0, 0.0},
         {1969, 365, 23, 59, 59.5, -0.5},
         {2000, 366, 23, 59, 60.0, 978307200.0}, // second 60 is the next minute
-        {2001, 1, 0, 0, 0.0, 978307200.0},
-        {2001, 0, 0, 0, 0.0, 978220800.0}, // day 0 is the day before
+        {2001, 0, 0, 0, 0.0, 978220800.0},      // day 0 is the day before
         {2024, 60, 12, 0, 0.25, 1709208000.25},
-        {1900, 60, 0, 0, 0.0, -2203891200.0}, // 1 March: no leap year
-        {1, 1, 0, 0, 0.0, -62135596800.0},
+        {1900, 60, 0, 0, 0.0, -2203891200.0},      // 1 March: no leap year
         {0, 366, 0, 0, 0.0, -62135683200.0},       // year 0 is a leap year
         {-4713, 328, 12, 0, 0.0, -210866760000.0}, // day 0 of the Julian day count
         {1970, -30, -1, -1, -1.0, -2682061.0},
@@ -122,16 +82,10 @@ TEST(SeedTime, ReadsTheLengthsThatItKnows)
         {"2005,123", {2005, 123}},
         {"2005,123,12", {2005, 123, 12}},
         {"2005,123,12:30", {2005, 123, 12, 30}},
-        {"2005,123,12:30:15", {2005, 123, 12, 30, 15.0}},
-        {"2005,123,12:30:15.5", {2005, 123, 12, 30, 15.5}},
         {"2005,123,12:30:15.0001", {2005, 123, 12, 30, 15.0001}},
-        {"05,123,12:30:15.5", {5, 123, 12, 30, 15.5}},
-        {"2005,1", {2005, 1}},   // any other length: as far as it goes
         {"2005,1,2", {2005, 1}}, // 8 characters hold year and day, whatever follows
-        {"2005,1,2:3:", {2005, 1, 2}},
         {"2005,1,2:3:4.5", {2005, 1, 2, 3}},
         {"2005 123 12:30:00.0000", {2005}},
-        {"(null)", {}},
         {"", {}},
     };
     for (const auto &c : cases)

@@ -1,0 +1,80 @@
+# What is installed where, and the Debian packages: `quarl`, the program, and `libquarl-dev`, the
+# library under it.
+include(CMakePackageConfigHelpers)
+
+set(dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libquarl-dev)
+set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
+
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
+install(TARGETS quarl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES etc/quarl.pf DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
+install(FILES doc/quarl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
+install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES completion/quarl.bash RENAME quarl
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+# Below /usr, Debian's zsh looks into a folder of its own; elsewhere zsh has one name for it.
+set(zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh)
+install(CODE "
+  set(directory site-functions)
+  if(CMAKE_INSTALL_PREFIX MATCHES \"/usr/?$\")
+    set(directory vendor-completions)
+  endif()
+  file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_quarl\"
+       DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")")
+
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
+install(TARGETS quarl_lib EXPORT quarl_targets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+set_target_properties(quarl_lib PROPERTIES EXPORT_NAME quarl)
+install(EXPORT quarl_targets NAMESPACE quarl:: FILE quarl-config.cmake DESTINATION ${config_dir})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/quarl-config-version.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/quarl-config-version.cmake DESTINATION ${config_dir})
+install(DIRECTORY src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quarl
+        FILES_MATCHING PATTERN "*.h" PATTERN "inflate*.h" EXCLUDE PATTERN "db_session.h" EXCLUDE)
+# The prefix is taken from where the file lies, so that an installed tree can be moved.
+file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(cmake/quarl.pc.in ${CMAKE_BINARY_DIR}/quarl.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/quarl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES LICENSE DESTINATION ${dev_docdir} RENAME copyright)
+install(FILES examples/list_channels.cpp examples/CMakeLists.txt
+        DESTINATION ${dev_docdir}/examples)
+
+# Installing and packaging take what was built, and build nothing themselves: tests do both.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME quarl)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+# Whatever the umask of who makes the package.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+    GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "the quarl developers")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME quarl)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION science)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "lists what SEED volumes hold, exact to the byte
+quarl reads a volume in the FDSN Standard for the Exchange of Earthquake Data and lists every
+control-header blockette and data record in it, with counts, bytes and shares at the end.")
+# What the program is linked with is found by dpkg-shlibdeps. The rest is loaded when it is needed:
+# zlib and liblzma are on every Debian system; libarchive reads the rarer compressions; SOCI's
+# backends bring SOCI and the databases' client libraries along.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "zlib1g, liblzma5")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS
+    "libarchive13, libsoci-sqlite3-4.0, libsoci-postgresql4.0")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libquarl-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "libarchive13, zlib1g, liblzma5")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "reads SEED volumes: static library and headers
+The library under quarl: framing and parsing of SEED volumes, for C++20 programs. Found by CMake's
+find_package(quarl) and by pkg-config.")
+include(CPack)

@@ -1,0 +1,124 @@
+// Writes the seeds of the fuzz targets: make_corpus GOLDEN_FOLDER CORPUS_FOLDER
+#include "support/blockette_text.h"
+#include "support/compressed.h"
+#include "support/files.h"
+#include "support/recipe.h"
+#include "support/sample.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// One seed; `choice` is the byte in front of it that some targets read as options.
+void put(const fs::path &path, std::string_view bytes, int choice = -1)
+{
+    fs::create_directories(path.parent_path());
+    std::string all(choice < 0 ? 0 : 1, static_cast<char>(choice));
+    write_file(path, all += bytes);
+}
+
+/// The golden cases' volumes, as far as they are small, and the sample's station headers.
+void volumes(const fs::path &golden, const fs::path &folder)
+{
+    constexpr std::size_t Largest = 6144;
+    int choice = 0;
+    for (const auto &entry : fs::directory_iterator(golden)) {
+        const fs::path recipe = entry.path() / "volume.txt";
+        if (!fs::exists(recipe))
+            continue;
+        std::string volume = parse_recipe(read_file(recipe)).volume();
+        if (volume.size() <= Largest)
+            put(folder / entry.path().filename(), volume, choice++ % 16);
+    }
+    const std::string sample = sample_volume();
+    put(folder / "sample", sample.substr(0, 16384), 0);
+    put(folder / "sample.gz", compressed(sample, "gzip"), 2);
+    put(folder / "data", sample.substr(sample.size() - 2048), 1);
+}
+
+/// Every blockette of the sample and some of the extremes, in front of each the row of its type.
+void blockettes(const fs::path &folder)
+{
+    const std::string nines = "9999", many(3000, '1');
+    const std::string texts[] = {
+        b010(2.4, 12, "2020,001,00:00:00.0000~", "", "2020", "Org", "Label"),
+        b011({{"QRL1", 3}, {"QRL2", 4}}),
+        b012({{"2020,001", "2020,002", 5}, {"", "", 0}}),
+        b030("Steim2", 1, 50, {"F1 P4 W4 D C2 R1 P8 W4 D C2", "P0 W4 N15 S2,0,1"}),
+        b031(1, 'S', "Clock locked", 0),
+        b032(1, "Bulletin", "2024", "Publisher"),
+        b033(1, "Network"),
+        b034(1, "M/S", "Velocity"),
+        b050({.lat = -89.5, .lon = 179.5, .elev = 12}),
+        b051("2021,152", "", 1, 0),
+        b052({.subchannel = 2, .comment = "in the vault"}),
+        b053({.zeros = {{0, 0}, {1e-30, -1}}, .poles = {{-0.03, 0.03, 1, 1}}}),
+        b054({.numerators = {{1, 0}, {2, 0.5}}, .denominators = {{1e10, 0}}}),
+        b055(2, 1, 2, {{0.01, 1, 0, 0, 0}, {0.1, 0.998, 0.001, -1.5, 0.1}}),
+        b057(2, 80, 4, 0, 0.1, 0.1),
+        b058(0, 6.29e8, 1),
+        b059("2023,100", "2023,101", 1, 0),
+        b061({.name = "FIR", .coefficients = {-0.0021, 0.0148}}),
+        b062({.coefficients = {{80000, 4}, {0.125, 0.0005}}}),
+        b070('E', "2020,001", "2020,002"),
+        b071({.time = "2024,060,23:59:41.25", .magnitudes = {{3.1, "ML", 1}}}),
+        b072({.time = "2024,061", .amplitude = 42, .period = 0.25, .snr = 12.5}),
+        b073({{.time = "2024,061", .seq = 7}, {.time = "2024,062", .seq = 8}}),
+        b074({.first = {"2024,061", 1, 1}, .last = {"2024,062", 2, 2}, .repeats = {{"2024", 1}}})};
+    for (int row = 0; row < std::ssize(texts); ++row) {
+        const std::string number = std::to_string(row);
+        put(folder / number, "0000099" + texts[row], row);
+        put(folder / (number + "-long"), "0009999" + texts[row].substr(0, 9) + nines + many, row);
+    }
+}
+
+void data_records(const fs::path &folder)
+{
+    const DataOnly steim = {11, 1, 9};
+    const DataRecord records[] = {
+        {.length = 128, .b1000 = steim},
+        {.length = 128, .little = true, .b1000 = steim, .timing_quality = 90, .actual_rate = 20},
+        {.time_correction = -70000, .length = 128, .b1000 = DataOnly{3, 0, 30}},
+        {.length = 128, .b1000 = steim, .num_blockettes = 200, .first_blockette = 127},
+        {.station = "\1 Q", .rate_factor = -32768, .rate_multiplier = 0, .length = 128}};
+    for (int i = 0; i < std::ssize(records); ++i)
+        put(folder / std::to_string(i), data_record_bytes(records[i], i));
+}
+
+void parameter_files(const fs::path &folder)
+{
+    put(folder / "aliases", "[data_type_aliases]\n\"STEIM 2\" = 'Steim2'\na.b = \"\\u0041\\n\"\n");
+    put(folder / "values", "a = 1\n[b]\nc = [1, 2.5e3, {d = true}]\ne = 1979-05-27T07:32:00Z\n");
+    put(folder / "texts", "[t]\nx = '''a\n''b'''\ny = \"\"\"\\\n  z\"\"\"\n[[u]]\n");
+}
+
+void compressed_files(const fs::path &folder)
+{
+    const std::string bytes = sample_volume().substr(0, 3000);
+    for (const char *filter : Filters)
+        put(folder / filter, compressed(bytes, filter), 0);
+    put(folder / "two", compressed("one", "gzip") + compressed("two", "gzip") + "trailing", 129);
+    put(folder / "bomb", compressed(std::string(8U << 20, ' '), "xz"), 0);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc != 3) {
+        std::fputs("usage: make_corpus GOLDEN_FOLDER CORPUS_FOLDER\n", stderr);
+        return 2;
+    }
+    const fs::path corpus = argv[2];
+    volumes(argv[1], corpus / "whole_run");
+    blockettes(corpus / "blockette");
+    data_records(corpus / "data_record");
+    parameter_files(corpus / "parameter_file");
+    compressed_files(corpus / "compressed");
+    return 0;
+}

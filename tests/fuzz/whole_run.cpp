@@ -1,0 +1,16 @@
+// A volume from the first byte to the statistics; the first byte of the input picks the options.
+#include "fuzz/harness.h"
+#include "sdd.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    if (size == 0)
+        return 0;
+    Verbose_Flag = 1 + (*data & 1);
+    Simplify = *data >> 1 & 1;
+    File_Flag = *data >> 2 & 1;
+    const bool listing_off = *data >> 3 & 1;
+    const MemoryFile volume(as_text(data + 1, size - 1));
+    run_one([&] { sdd(volume.path(), listing_off); });
+    return 0;
+}
