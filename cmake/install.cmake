@@ -47,11 +47,10 @@ install(FILES examples/list_channels.cpp examples/CMakeLists.txt
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quarl)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package's description begins with its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-# Whatever the umask of who makes the package.
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
-    GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/cmake/package_permissions.cmake)
 set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -62,7 +61,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME quarl)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION science)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "lists what SEED volumes hold, exact to the byte
 quarl reads a volume in the FDSN Standard for the Exchange of Earthquake Data and lists every
-control-header blockette and data record in it, with counts, bytes and shares at the end.")
+control-header blockette and data record in it, with counts, bytes and shares at the end.
+Volumes may be compressed, and may come from standard input or a tape.")
 # What the program is linked with is found by dpkg-shlibdeps. The rest is loaded when it is needed:
 # zlib and liblzma are on every Debian system; libarchive reads the rarer compressions; SOCI's
 # backends bring SOCI and the databases' client libraries along.

@@ -1,4 +1,5 @@
 #include "platform/elog.h"
+#include "platform/text.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -12,8 +13,6 @@ namespace
 {
 
 std::string Reason; ///< a library's words for the next flagged message
-
-std::string_view base_name(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 /// The words of a flagged message: the library's, else those of `error`, else none.
 std::string system_error_text(int error)

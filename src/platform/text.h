@@ -38,6 +38,12 @@ int leading_int(std::string_view text, std::size_t *used);
 /// leading_int without the count; 0 when there is no number.
 int to_int(std::string_view text);
 
+/// What follows the last slash of a path.
+inline std::string_view base_name(std::string_view path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
 /// Copies as much of `from` as fits into `to` and terminates it.
 template <std::size_t N> void copy_text(char (&to)[N], std::string_view from)
 {

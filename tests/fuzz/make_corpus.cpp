@@ -37,7 +37,6 @@ void volumes(const fs::path &golden, const fs::path &folder)
     }
     const std::string sample = sample_volume();
     put(folder / "sample", sample.substr(0, 16384), 0);
-    put(folder / "sample.gz", compressed(sample, "gzip"), 2);
     put(folder / "data", sample.substr(sample.size() - 2048), 1);
 }
 

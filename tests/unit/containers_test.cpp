@@ -1,5 +1,6 @@
 // Lists, arrays, sorted sets and the dictionaries made of them.
 #include "platform/containers.h"
+#include "platform/text.h"
 #include "seed/handle.h"
 #include "support/capture.h"
 
@@ -30,9 +31,9 @@ TEST(Tbl, HoldsWhatWasStoredLast)
 rec_len_t channel(const char *stn, const char *chan, const char *loc, double start, double end)
 {
     rec_len_t element;
-    std::strcpy(element.stn, stn);
-    std::strcpy(element.chan_id, chan);
-    std::strcpy(element.loc_id, loc);
+    copy_text(element.stn, stn);
+    copy_text(element.chan_id, chan);
+    copy_text(element.loc_id, loc);
     element.start = start;
     element.end = end;
     return element;
@@ -77,7 +78,8 @@ TEST(Stbl, IsTheListGoneThroughWithTheComparison)
                 channel("ABC", random() % 4 ? "BHZ" : "BHN", "", start, time(6));
             ASSERT_EQ(set.add(element), list.add(element)) << round;
         }
-        for (double at = -2; at < 27; at += 0.5)
+        for (int half = -4; half < 54; ++half) {
+            const double at = half / 2.0;
             for (const char *chan : {"BHZ", "BHN", "BHE"}) {
                 const rec_len_t key = channel("ABC", chan, "", at, 0);
                 const rec_len_t *expected = list.find(key);
@@ -87,6 +89,7 @@ TEST(Stbl, IsTheListGoneThroughWithTheComparison)
                     ASSERT_EQ(found->start, expected->start) << round << " " << at;
                 }
             }
+        }
     }
 }
 
@@ -95,7 +98,7 @@ TEST(Dictionaries, FormatsAreComplainedAboutWhenTheyComeTwice)
     FmtList formats;
     const auto update = [&](int id, const char *name) {
         blk_030_t b030;
-        std::strcpy(b030.name, name);
+        copy_text(b030.name, name);
         b030.format_id = id;
         return capture([&] { update_fmt_list(formats, b030); }).err;
     };
@@ -107,6 +110,13 @@ TEST(Dictionaries, FormatsAreComplainedAboutWhenTheyComeTwice)
     EXPECT_EQ(*gettbl(formats, 7), "Steim2");
 }
 
+TEST(Dictionaries, StationsAreOrderedByCodeThenSpan)
+{
+    EXPECT_LT(order_cmp({"A", 9, 10}, {"B", 0, 10}), 0);
+    EXPECT_EQ(order_cmp({"A", 9, 10}, {"A", 0, 10}), 0);
+    EXPECT_GT(order_cmp({"A", 10, 11}, {"A", 0, 10}), 0);
+}
+
 TEST(Dictionaries, ChannelsAreFoundInTheirSpan)
 {
     RecList channels;
@@ -114,10 +124,10 @@ TEST(Dictionaries, ChannelsAreFoundInTheirSpan)
     settbl(formats, 1, std::string("Steim"));
     blk_052_t b052;
     const auto update = [&](const char *start, const char *end, int exponent, int format) {
-        std::strcpy(b052.loc_id, "");
-        std::strcpy(b052.chan_id, "BHZ");
-        std::strcpy(b052.start_date, start);
-        std::strcpy(b052.end_date, end);
+        copy_text(b052.loc_id, "");
+        copy_text(b052.chan_id, "BHZ");
+        copy_text(b052.start_date, start);
+        copy_text(b052.end_date, end);
         b052.record_length = exponent;
         b052.format_id = format;
         char stn[Station_Size] = "ABC";
@@ -139,15 +149,15 @@ TEST(Dictionaries, ChannelsAreFoundInTheirSpan)
                  {259200, 0, 77, "before"}, {1e9, 1, 1 << 30, "Steim"}};
     for (const auto &c : cases) {
         blk_dh_t header;
-        std::strcpy(header.stn_id, "ABC");
-        std::strcpy(header.chan_id, "BHZ");
-        std::strcpy(header.format, "before");
+        copy_text(header.stn_id, "ABC");
+        copy_text(header.chan_id, "BHZ");
+        copy_text(header.format, "before");
         header.length = 77;
         header.epoch = c.epoch;
         EXPECT_EQ(lookup_rec_list(channels, &header), c.found) << c.epoch;
         EXPECT_EQ(header.length, c.length) << c.epoch;
         EXPECT_STREQ(header.format, c.format) << c.epoch;
-        std::strcpy(header.loc_id, "00");
+        copy_text(header.loc_id, "00");
         EXPECT_EQ(lookup_rec_list(channels, &header), 0) << c.epoch;
     }
     Tapefile = 0;

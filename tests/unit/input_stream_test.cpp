@@ -228,9 +228,6 @@ TEST(Framing, ControlBlockettes)
          "400? 34 ", unknown + "400\n"},
         {"cut short", "000001V 0340012001~", "34 ",
          "quarl: Input ends inside logical record #1: 19 of 512 bytes\n"},
-        {"blank records",
-         VolumeBuilder(512).blockette(34, "001~~").pad(3).blockette(34, "002~~").volume(), "34 34 ",
-         ""},
         {"too small", control("03400100010340012002~~"), "34 34 ",
          "quarl: Blockette type 34 size = 10: too small! (file #0)\n"},
         {"no length", control("034abcd0340012001~~"), "34 34 ",
@@ -238,8 +235,6 @@ TEST(Framing, ControlBlockettes)
          "quarl: Could not convert 'abcd' to an integer\nquarl: Error at BLK034 : \n"
          "B034   0 Id#  0 Unit:'' Desc:'' <Units Abbreviation>\n"},
         {"no type", control("abc0010xyz0340012001~~"), "0? 34 ", log + "0\n" + unknown + "0\n"},
-        {"outside the catalogue", control("9990010xyz0340012001~~"), "999? 34 ",
-         log + "999\n" + unknown + "999\n"},
         {"sizes below the prefix", control("405000640500052020000"), "405? 405? 202? ",
          unknown + "405\nquarl: Blockette type 405 size = 5: too small! (file #0)\n" + unknown +
              "405\n" + unknown + "202\n"},

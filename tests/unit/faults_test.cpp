@@ -1,0 +1,226 @@
+// What surrounds the tool fails: its output, its input, its files, memory, the database.
+#include "platform/db.h"
+#include "platform/gz_cat.h"
+#include "sdd.h"
+#include "seed/seed.h"
+#include "support/blockette_text.h"
+#include "support/capture.h"
+#include "support/files.h"
+#include "support/process.h"
+#include "support/sanitized.h"
+#include "support/volume.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+class Faults : public testing::Test
+{
+protected:
+    Faults()
+    {
+        setenv("QUARL_PFPATH", QUARL_SOURCE_DIR "/etc", 1);
+        fs::create_directory(folder_);
+    }
+    ~Faults() override { fs::remove_all(folder_); }
+
+    [[nodiscard]] std::string path(const std::string &name) const { return folder_ / name; }
+
+    /// Writes a volume of `count` data records of 4096 bytes.
+    std::string volume(int count, const std::string &name = "volume.seed") const
+    {
+        VolumeBuilder volume;
+        for (int i = 0; i < count; ++i)
+            volume.data({.samples = i, .length = 4096});
+        write_file(path(name), volume.volume());
+        return path(name);
+    }
+
+    /// Runs a line of the shell in which $0 is the tool and $1 the volume.
+    [[nodiscard]] Outcome shell(const std::string &line, const std::string &volume) const
+    {
+        return run("/bin/sh", {"-c", line, QUARL_PROGRAM, volume}, STDIN_FILENO);
+    }
+
+    const fs::path folder_ = fs::temp_directory_path() / ("faults." + std::to_string(getpid()));
+};
+
+TEST_F(Faults, StandardDescriptors)
+{
+    const std::string file = volume(3);
+    const std::string good = shell("exec \"$0\" \"$1\"", file).out;
+    ASSERT_NE(good.find("Total Data"), std::string::npos);
+    const std::string unwritten = "quarl: Can't write standard output: ";
+    const struct {
+        const char *line, *status, *out;
+        std::string err;
+    } cases[] = {
+        {">/dev/full", "1", "", unwritten + "No space left on device\n"},
+        {">&-", "1", "", unwritten + "Bad file descriptor\n"},
+        {">&- 2>&-", "1", "", ""},
+        {"2>&-", "0", good.c_str(), ""},
+        {"2>/dev/full", "0", good.c_str(), ""},
+        {"<&-", "0", good.c_str(), ""},
+    };
+    for (const auto &[line, status, out, err] : cases) {
+        const Outcome seen = shell("exec \"$0\" \"$1\" " + std::string(line), file);
+        EXPECT_EQ(seen.status, status) << line;
+        EXPECT_EQ(seen.out, out) << line;
+        EXPECT_EQ(seen.err, err) << line;
+    }
+    EXPECT_EQ(shell("exec \"$0\" <&-", file).err, "quarl: input read error: Bad file descriptor\n");
+}
+
+TEST_F(Faults, ReaderThatHasGone)
+{
+    const std::string file = volume(3);
+    const int quiet = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const std::string before : {"", "trap '' PIPE; "}) {
+        Pipe out;
+        Pipe err;
+        out.close_read();
+        const pid_t tool =
+            start("/bin/sh", {"-c", before + "exec \"$0\" \"$1\"", QUARL_PROGRAM, file},
+                  {quiet, out.write_end, err.write_end});
+        err.close_write();
+        EXPECT_EQ(receive(err.read_end, 1), "");
+        EXPECT_EQ(wait_for(tool), "signal " + std::to_string(SIGPIPE)) << before;
+    }
+    close(quiet);
+}
+
+TEST_F(Faults, ConnectionResetInMidVolume)
+{
+    const std::string file = volume(20);
+    std::array<int, 2> ends;
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    write_all(ends[0], read_file(file));
+    write_all(ends[1], "?");
+    close(ends[0]); // with a byte unread: the other end is reset
+    const Outcome cut = run(QUARL_PROGRAM, {}, ends[1]);
+    close(ends[1]);
+    EXPECT_EQ(cut.out, shell("exec \"$0\" \"$1\"", file).out);
+    EXPECT_EQ(cut.err, "quarl: input read error: Connection reset by peer\n");
+    EXPECT_EQ(cut.status, "0");
+}
+
+/// Reads a file that somebody cuts to `size` bytes after the first read.
+struct Shrinking : Inflater {
+    Shrinking(const std::string &path, off_t later)
+        : file(open(path.c_str(), O_RDWR | O_CLOEXEC)), size(later)
+    {
+    }
+    Shrinking(const Shrinking &) = delete;
+    Shrinking &operator=(const Shrinking &) = delete;
+    ~Shrinking() override { close(file); }
+
+    ssize_t read(char *to, std::size_t room) override
+    {
+        const ssize_t count = ::read(file, to, std::min<std::size_t>(room, 70000));
+        return ftruncate(file, size) == 0 ? count : -1;
+    }
+
+    int file;
+    off_t size;
+};
+
+TEST_F(Faults, FileThatShrinks)
+{
+    const std::string file = volume(40);
+    const std::string cut = volume(40, "cut");
+    fs::resize_file(cut, 80000);
+    const auto listed = [](const std::function<std::unique_ptr<Stream>()> &stream) {
+        return capture([&] {
+            const auto handle = seed_read("/dev/null");
+            handle->logical->stream = stream();
+            Record record;
+            int type = 0;
+            int count = 0;
+            while (read_blk(handle.get(), &record, &type))
+                ++count;
+            print<"%d records\n">(Stdout, count);
+        });
+    };
+    const Captured shrunk = listed([&] {
+        return std::make_unique<Stream>(-1, false, std::make_unique<Shrinking>(file, 80000));
+    });
+    const Captured whole = listed([&] { return gz_cat(cut.c_str()); });
+    EXPECT_EQ(shrunk.out, "20 records\n");
+    EXPECT_EQ(shrunk.out + shrunk.err, whole.out + whole.err);
+}
+
+TEST_F(Faults, UnreadableParameterFile)
+{
+    fs::create_directory(path("quarl.pf"));
+    setenv("QUARL_PFPATH", folder_.c_str(), 1);
+    const Outcome seen = run(QUARL_PROGRAM, {volume(1)}, STDIN_FILENO);
+    EXPECT_EQ(seen.err, "quarl: " + path("quarl.pf") +
+                            ": Is a directory\nquarl: Couldn't read parameter file quarl.pf.\n");
+    EXPECT_EQ(seen.out, "");
+    EXPECT_EQ(seen.status, "1");
+}
+
+TEST_F(Faults, NoMemoryForAList)
+{
+    if (sanitized())
+        GTEST_SKIP() << "a sanitizer cannot live within a limit of memory";
+    const std::string text = "0549999" + b054({}).substr(0, 9) + "9999";
+    rlimit before = {};
+    getrlimit(RLIMIT_AS, &before);
+    const Captured seen = capture([&] {
+        const rlimit none = {1, before.rlim_max};
+        setrlimit(RLIMIT_AS, &none);
+        std::vector<std::unique_ptr<char[]>> hogs; // leave no room for a list, but for words
+        hogs.reserve(4000);
+        while (char *hog = new (std::nothrow) char[60000])
+            hogs.emplace_back(hog);
+        parse_blk(text, 54);
+    });
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_EQ(seen.status, 1);
+    const std::regex words("quarl: Out of memory in parse_054 at line [0-9]+ of 'response.cpp'\n"
+                           "\tCan't malloc 9999 bytes for blk->numer_coef: "
+                           "Cannot allocate memory\n");
+    EXPECT_TRUE(std::regex_match(seen.err, words)) << seen.err;
+}
+
+TEST_F(Faults, DatabaseThatGoesAway)
+{
+    const std::string two = volume(2);
+    const std::string file = path("db");
+    const std::pair<std::string, std::function<void()>> cases[] = {
+        {"No such file or directory", [&] { fs::remove(file); }},
+        {"database disk image is malformed", [&] { fs::resize_file(file, 100); }}};
+    const std::string unknown = "quarl: No data format for 'QRL', 'BHZ' at time"
+                                " 2024,001,00:00:00.0000 (file #0)\n";
+    for (const auto &[words, happen] : cases) {
+        sqlite3 *made = nullptr;
+        sqlite3_open(file.c_str(), &made);
+        sqlite3_exec(made, "create table seedformat (sta, chan, seedstart, seedend, seedformat)",
+                     nullptr, nullptr, nullptr);
+        sqlite3_close(made);
+        const Captured seen = capture([&] {
+            ASSERT_EQ(VXdbopen(file.c_str(), "r+", &Db), 0);
+            happen();
+            sdd(two, 0);
+        });
+        EXPECT_NE(seen.out.find("    2             8192 Data blockettes"), std::string::npos);
+        EXPECT_EQ(seen.err, "quarl: Can't read database table 'seedformat': " + words + "\n" +
+                                unknown + unknown);
+    }
+}
+
+} // namespace
