@@ -1,6 +1,6 @@
 // Writes the sample volume: make_sample OUTPUT
-#include "support/files.h"
-#include "support/sample.h"
+#include "compose/files.h"
+#include "compose/sample.h"
 
 #include <cstdio>
 #include <exception>

@@ -55,13 +55,6 @@ inline int bytes_left(const SeedInput *in)
     return std::max(in->recsiz - (in->cur - in->start), 0);
 }
 
-/// Moves to the next logical record when fewer than `n` bytes are left in the current one; they are
-/// padding. 1; 0 when the input ended.
-inline int reach_item(SeedInput *in, int n)
-{
-    return bytes_left(in) >= n || advanceLogicalRecord(in) == 0;
-}
-
 /// read_remainder for bytes that do not all stand in the buffer and in one logical record.
 int read_remainder_slowly(SeedInput *in, char *dest, int n);
 
@@ -76,9 +69,21 @@ inline int read_remainder(SeedInput *in, char *dest, int n)
     return 1;
 }
 
-/// Copies `n` bytes that lie in one logical record, the next one when the current has too few left.
-/// 1; 0 when the input ended.
-int read_fixed_header(SeedInput *in, char *dest, int n);
+/// read_fixed_header for bytes that do not all stand in the buffer.
+int read_fixed_header_slowly(SeedInput *in, char *dest, int n);
+
+/// Copies `n` bytes that lie in one logical record, the next one when the current has too few left
+/// (they are padding). 1; 0 when the input ended.
+inline int read_fixed_header(SeedInput *in, char *dest, int n)
+{
+    if (bytes_left(in) < n && advanceLogicalRecord(in) != 0)
+        return 0;
+    if (n > in->pbytes - in->cur)
+        return read_fixed_header_slowly(in, dest, n);
+    std::memcpy(dest, in->buffer + in->cur, n);
+    in->cur += n;
+    return 1;
+}
 
 /// Sets the logical record length to 2 to the power `exponent` (at least 2; exponents above 30
 /// count as 30).

@@ -116,7 +116,8 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
 {
     SeedInput *in = handle->logical.get();
     count_record(handle);
-    if (!read_remainder(in, Item.write(0, Data_Header), Data_Header)) {
+    constexpr int Rest = Data_Header - Prefix;
+    if (!read_remainder(in, Item.write(Prefix, Rest), Rest)) {
         elog_complain<"Unexpected end of file reading data header File #%d\n">(1, Tapefile);
         return 0;
     }
@@ -204,11 +205,9 @@ Record parse_blk(std::string_view bytes, int type)
 int read_blk(read_handle_t *handle, Record *record, int *type)
 {
     SeedInput *in = handle->logical.get();
-    while (reach_item(in, Prefix)) {
+    while (read_fixed_header(in, Item.write(0, Prefix), Prefix)) {
         if (is_ok_msd_quality(in->type_code))
             return frame_data(handle, record, type);
-        if (!read_fixed_header(in, Item.write(0, Prefix), Prefix))
-            break;
         if (!blank(up_to_nul({Item.area(), Prefix})))
             return frame_control(handle, record, type);
         if (advanceLogicalRecord(in) != 0) // the rest of the record is padding

@@ -1,9 +1,9 @@
 // Writes the seeds of the fuzz targets: make_corpus GOLDEN_FOLDER CORPUS_FOLDER
-#include "support/blockette_text.h"
+#include "compose/blockette_text.h"
+#include "compose/files.h"
+#include "compose/sample.h"
 #include "support/compressed.h"
-#include "support/files.h"
 #include "support/recipe.h"
-#include "support/sample.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -1,6 +1,6 @@
 // Runs a fuzz target over every file of the folders that are named; for builds without libFuzzer.
+#include "compose/files.h"
 #include "fuzz/harness.h"
-#include "support/files.h"
 
 #include <cstdio>
 #include <fcntl.h>

@@ -13,8 +13,8 @@
 //               can be found
 //
 // The tool runs in an empty folder of its own, where the volume's name is volume.seed.
+#include "compose/files.h"
 #include "support/compressed.h"
-#include "support/files.h"
 #include "support/process.h"
 #include "support/recipe.h"
 

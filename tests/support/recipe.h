@@ -17,7 +17,7 @@
 // \s is a blank, \n a newline, \\ a backslash, \xHH a byte and \{60x} sixty times x.
 #pragma once
 
-#include "support/volume.h"
+#include "compose/volume.h"
 
 #include <string_view>
 

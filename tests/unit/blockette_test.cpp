@@ -1,9 +1,9 @@
 // Parsers and listing together: the text of a blockette in, all that is shown of it out.
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
+#include "compose/blockette_text.h"
 #include "pbrief.h"
 #include "seed/seed.h"
-#include "support/blockette_text.h"
 #include "support/capture.h"
 
 #include <gtest/gtest.h>

@@ -1,13 +1,13 @@
 // Thousands of damaged volumes, the same ones in every run: no crash, no hang, no runaway memory,
 // and what was listed in front of the damage stays as it was.
+#include "compose/files.h"
+#include "compose/sample.h"
 #include "count.h"
 #include "pbrief.h"
 #include "sdd.h"
 #include "seed/seed.h"
 #include "support/capture.h"
-#include "support/files.h"
 #include "support/recipe.h"
-#include "support/sample.h"
 #include "support/sanitized.h"
 
 #include <algorithm>

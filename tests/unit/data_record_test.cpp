@@ -1,10 +1,10 @@
 // Data records: the fixed header, its completion, Blockette 1000 and format identification.
+#include "compose/files.h"
 #include "decode.h"
 #include "fixup_dh.h"
 #include "platform/msd.h"
 #include "seed/seed.h"
 #include "support/capture.h"
-#include "support/files.h"
 #include "support/recipe.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
+#include "compose/files.h"
 #include "platform/db.h"
 #include "platform/elog.h"
-#include "support/files.h"
 
 #include <array>
 #include <atomic>

@@ -1,14 +1,14 @@
 // What surrounds the tool fails: its output, its input, its files, memory, the database.
+#include "compose/blockette_text.h"
+#include "compose/files.h"
+#include "compose/volume.h"
 #include "platform/db.h"
 #include "platform/gz_cat.h"
 #include "sdd.h"
 #include "seed/seed.h"
-#include "support/blockette_text.h"
 #include "support/capture.h"
-#include "support/files.h"
 #include "support/process.h"
 #include "support/sanitized.h"
-#include "support/volume.h"
 
 #include <csignal>
 #include <cstdlib>

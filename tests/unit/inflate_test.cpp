@@ -1,9 +1,9 @@
+#include "compose/files.h"
+#include "compose/sample.h"
 #include "platform/elog.h"
 #include "platform/inflate.h"
 #include "support/compressed.h"
-#include "support/files.h"
 #include "support/process.h"
-#include "support/sample.h"
 
 #include <array>
 #include <cerrno>

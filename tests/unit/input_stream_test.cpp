@@ -1,8 +1,8 @@
 // The input stream, its logical records, and the framing of items.
+#include "compose/volume.h"
 #include "rseed.h"
 #include "seed/seed.h"
 #include "support/capture.h"
-#include "support/volume.h"
 
 #include <gtest/gtest.h>
 

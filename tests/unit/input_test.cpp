@@ -1,10 +1,10 @@
+#include "compose/files.h"
+#include "compose/volume.h"
 #include "platform/text.h"
 #include "sdd.h"
 #include "seed/seed.h"
 #include "support/capture.h"
-#include "support/files.h"
 #include "support/process.h"
-#include "support/volume.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // Messages, standard output that cannot be written, and the parameter file.
+#include "compose/files.h"
 #include "platform/elog.h"
 #include "platform/pf.h"
 #include "support/capture.h"
-#include "support/files.h"
 
 #include <gtest/gtest.h>
 

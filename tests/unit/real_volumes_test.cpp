@@ -1,8 +1,8 @@
 // Volumes of real data centres, when they lie beside the project.
+#include "compose/files.h"
 #include "records.h"
 #include "sdd.h"
 #include "support/capture.h"
-#include "support/files.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "support/files.h"
-#include "support/sample.h"
+#include "compose/files.h"
+#include "compose/sample.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "support/sample.h"
+#include "compose/sample.h"
 
-#include "support/blockette_text.h"
-#include "support/volume.h"
+#include "compose/blockette_text.h"
+#include "compose/volume.h"
 
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "support/blockette_text.h"
+#include "compose/blockette_text.h"
 
 #include <cstdio>
 

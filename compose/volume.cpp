@@ -1,4 +1,4 @@
-#include "support/volume.h"
+#include "compose/volume.h"
 
 #include <algorithm>
 #include <cstdint>

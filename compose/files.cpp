@@ -1,4 +1,4 @@
-#include "support/files.h"
+#include "compose/files.h"
 
 #include <cerrno>
 #include <cstdio>
