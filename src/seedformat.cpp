@@ -38,11 +38,20 @@ struct Step {
 
 constexpr int No_Row = -1;
 
+/// The steps of one channel, and the one that answered last: most look-ups touch nothing else,
+/// however many rows the channel has.
+struct Channel {
+    std::vector<Step> steps;
+    double from = 0.0;
+    double until = 0.0;
+    int row = No_Row;
+};
+
 struct Table {
     Dbptr view = dbinvalid();
     int n = 0; ///< rows in the view
     std::vector<Row> rows;
-    std::unordered_map<Codes, std::vector<Step>, CodesHash> channels;
+    std::unordered_map<Codes, Channel, CodesHash> channels;
     int cached = No_Row; ///< row that answered last, or the last row after a failure
 };
 
@@ -112,7 +121,7 @@ void index_rows(Table *table)
         of_channel.push_back({std::nextafter(end, Infinity), i, false});
     }
     for (auto &[codes, of_channel] : events)
-        table->channels[codes] = make_steps(of_channel);
+        table->channels[codes].steps = make_steps(of_channel);
 }
 
 /// Reads the table; an empty one is asked again at the next record.
@@ -126,15 +135,27 @@ void load(Table *table)
     index_rows(table);
 }
 
-int first_row(const Table &table, const Codes &codes, double epoch)
+/// Finds the step that holds at `epoch`.
+void answer(Channel *channel, double epoch)
 {
-    const auto channel = table.channels.find(codes);
-    if (channel == table.channels.end())
-        return No_Row;
-    const auto &steps = channel->second;
+    constexpr double Infinity = std::numeric_limits<double>::infinity();
+    const auto &steps = channel->steps;
     const auto next = std::upper_bound(steps.begin(), steps.end(), epoch,
                                        [](double time, const Step &s) { return time < s.from; });
-    return next == steps.begin() ? No_Row : std::prev(next)->row;
+    channel->until = next == steps.end() ? Infinity : next->from;
+    channel->from = next == steps.begin() ? -Infinity : std::prev(next)->from;
+    channel->row = next == steps.begin() ? No_Row : std::prev(next)->row;
+}
+
+int first_row(Table *table, const Codes &codes, double epoch)
+{
+    const auto found = table->channels.find(codes);
+    if (found == table->channels.end())
+        return No_Row;
+    Channel &channel = found->second;
+    if (!(epoch >= channel.from && epoch < channel.until))
+        answer(&channel, epoch);
+    return channel.row;
 }
 
 } // namespace
@@ -147,7 +168,7 @@ std::string_view lookup_seedformat(const char (&stn)[Station_Size],
         load(&table);
     if (table.cached != No_Row && table.rows[table.cached].applies(stn, chan, epoch))
         return table.rows[table.cached].seedformat;
-    const int row = first_row(table, pack(stn, chan, {}), epoch);
+    const int row = first_row(&table, pack(stn, chan, {}), epoch);
     table.cached = row != No_Row ? row : table.n - 1;
     return row != No_Row ? table.rows[row].seedformat : "";
 }

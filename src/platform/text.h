@@ -47,7 +47,6 @@ inline std::string_view base_name(std::string_view path)
 /// Copies as much of `from` as fits into `to` and terminates it.
 template <std::size_t N> void copy_text(char (&to)[N], std::string_view from)
 {
-    const std::size_t size = from.size() < N ? from.size() : N - 1;
-    std::memcpy(to, from.data(), size);
+    const std::size_t size = from.copy(to, N - 1);
     std::memset(to + size, 0, N - size);
 }

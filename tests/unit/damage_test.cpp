@@ -178,13 +178,13 @@ void damage(const std::string &name, const std::string &bytes, int count)
     munmap(at_work, sizeof(int));
 }
 
-TEST(Damage, Sample) { damage("sample", sample_volume(), 4000); }
+TEST(Damage, Sample) { damage("sample", sample_volume(), 2000); }
 
 TEST(Damage, GoldenVolumes)
 {
     for (const auto &entry : fs::directory_iterator(QUARL_SOURCE_DIR "/tests/golden"))
         if (const fs::path recipe = entry.path() / "volume.txt"; fs::exists(recipe))
-            damage(entry.path(), parse_recipe(read_file(recipe)).volume(), 250);
+            damage(entry.path(), parse_recipe(read_file(recipe)).volume(), 300);
 }
 
 TEST(Damage, DataRecordsAlone)

@@ -201,12 +201,16 @@ TEST_F(Faults, DatabaseThatGoesAway)
 {
     const std::string two = volume(2);
     const std::string file = path("db");
-    const std::pair<std::string, std::function<void()>> cases[] = {
+    struct Case {
+        std::string words;
+        std::function<void()> happen;
+    };
+    const Case cases[] = {
         {"No such file or directory", [&] { fs::remove(file); }},
         {"database disk image is malformed", [&] { fs::resize_file(file, 100); }}};
     const std::string unknown = "quarl: No data format for 'QRL', 'BHZ' at time"
                                 " 2024,001,00:00:00.0000 (file #0)\n";
-    for (const auto &[words, happen] : cases) {
+    for (const Case &each : cases) {
         sqlite3 *made = nullptr;
         sqlite3_open(file.c_str(), &made);
         sqlite3_exec(made, "create table seedformat (sta, chan, seedstart, seedend, seedformat)",
@@ -214,11 +218,11 @@ TEST_F(Faults, DatabaseThatGoesAway)
         sqlite3_close(made);
         const Captured seen = capture([&] {
             ASSERT_EQ(VXdbopen(file.c_str(), "r+", &Db), 0);
-            happen();
+            each.happen();
             sdd(two, 0);
         });
         EXPECT_NE(seen.out.find("    2             8192 Data blockettes"), std::string::npos);
-        EXPECT_EQ(seen.err, "quarl: Can't read database table 'seedformat': " + words + "\n" +
+        EXPECT_EQ(seen.err, "quarl: Can't read database table 'seedformat': " + each.words + "\n" +
                                 unknown + unknown);
     }
 }
