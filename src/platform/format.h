@@ -212,7 +212,7 @@ inline constexpr auto Digit_Pairs = [] {
     return pairs;
 }();
 
-inline void put_pair(char *to, std::uint32_t value) { std::memcpy(to, &Digit_Pairs[2 * value], 2); }
+inline void put_pair(char *to, std::size_t value) { std::memcpy(to, &Digit_Pairs[2 * value], 2); }
 
 template <int Digits> char *put_fixed_digits(char *to, std::uint32_t value)
 {

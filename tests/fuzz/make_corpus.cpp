@@ -43,7 +43,7 @@ void volumes(const fs::path &golden, const fs::path &folder)
 /// Every blockette of the sample and some of the extremes, in front of each the row of its type.
 void blockettes(const fs::path &folder)
 {
-    const std::string nines = "9999", many(3000, '1');
+    const std::string many = "9999" + std::string(3000, '1');
     const std::string texts[] = {
         b010(2.4, 12, "2020,001,00:00:00.0000~", "", "2020", "Org", "Label"),
         b011({{"QRL1", 3}, {"QRL2", 4}}),
@@ -72,7 +72,9 @@ void blockettes(const fs::path &folder)
     for (int row = 0; row < std::ssize(texts); ++row) {
         const std::string number = std::to_string(row);
         put(folder / number, "0000099" + texts[row], row);
-        put(folder / (number + "-long"), "0009999" + texts[row].substr(0, 9) + nines + many, row);
+        std::string extreme = "0009999" + texts[row].substr(0, 9);
+        extreme += many;
+        put(folder / (number + "-long"), extreme, row);
     }
 }
 

@@ -137,8 +137,9 @@ long peak_memory()
 }
 
 /// In a process of its own: damages one volume `count` times, and tells through `at_work` which
-/// damage it is at. Exits with 1 when the listing differs too early, 2 after too much memory.
-[[noreturn]] void work(const std::string &bytes, int count, volatile int *at_work) noexcept
+/// damage it is at. Exits with 1 when the listing differs too early, 2 after too much memory, 3
+/// when something was thrown.
+[[noreturn]] void work(const std::string &bytes, int count, volatile int *at_work)
 {
     VolumeFile file;
     const Listing whole = listing_of(file.path_of(bytes));
@@ -168,8 +169,13 @@ void damage(const std::string &name, const std::string &bytes, int count)
     if (bytes.empty())
         return;
     const pid_t child = fork();
-    if (child == 0)
-        work(bytes, count, at_work);
+    if (child == 0) {
+        try {
+            work(bytes, count, at_work);
+        } catch (const std::exception &) {
+            _exit(3);
+        }
+    }
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0) << name << ", damage " << *at_work << ": "

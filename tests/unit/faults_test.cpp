@@ -210,6 +210,7 @@ TEST_F(Faults, DatabaseThatGoesAway)
         {"database disk image is malformed", [&] { fs::resize_file(file, 100); }}};
     const std::string unknown = "quarl: No data format for 'QRL', 'BHZ' at time"
                                 " 2024,001,00:00:00.0000 (file #0)\n";
+    const std::string twice = "\n" + unknown + unknown;
     for (const Case &each : cases) {
         sqlite3 *made = nullptr;
         sqlite3_open(file.c_str(), &made);
@@ -222,8 +223,8 @@ TEST_F(Faults, DatabaseThatGoesAway)
             sdd(two, 0);
         });
         EXPECT_NE(seen.out.find("    2             8192 Data blockettes"), std::string::npos);
-        EXPECT_EQ(seen.err, "quarl: Can't read database table 'seedformat': " + each.words + "\n" +
-                                unknown + unknown);
+        std::string expected = "quarl: Can't read database table 'seedformat': ";
+        EXPECT_EQ(seen.err, (expected += each.words) += twice);
     }
 }
 
