@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace
@@ -17,6 +18,15 @@ namespace
     print<"\nUsage: %s [-d database] [-f fileno] [-sv] [seed]\n">(Stderr, Program_Name);
     banner(Program_Name.c_str(), nullptr);
     end_process(1);
+}
+
+/// Fills a standard descriptor that was closed with one that fails: the volume or a database's
+/// socket must not come to stand where the listing goes.
+void keep_standard_descriptors()
+{
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(fd, F_GETFD) < 0)
+            (void)open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 void open_database(const char *name)
@@ -63,6 +73,7 @@ bool read_options(int argc, char *argv[])
 int main(int argc, char *argv[])
 {
     std::signal(SIGPIPE, SIG_DFL); // a closed pipe ends the run quietly
+    keep_standard_descriptors();
     elog_init(argc, argv);
     if (pfread("quarl", &Parameters) != 0)
         elog_die<"Couldn't read parameter file quarl.pf.\n">(0);
