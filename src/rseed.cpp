@@ -34,11 +34,10 @@ constexpr int Slides = 3;
 
 bool can_read(const SeedInput *in) { return !in->eof && in->read_error == 0; }
 
-/// One read into the free part of the buffer. What has been listed so far is written out first: the
-/// read may wait.
+/// One read into the free part of the buffer. What is held is written out first: the read may wait.
 void read_once(SeedInput *in)
 {
-    Stdout.flush();
+    elog_clear_register(1);
     errno = 0;
     const ssize_t count =
         in->stream->read(in->buffer + in->pbytes, SeedInput::sZphysical - in->pbytes);

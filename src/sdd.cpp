@@ -16,7 +16,7 @@ namespace
 void position_tape(const std::string &path)
 {
     [[maybe_unused]] const std::string command = formatted<"mt -f %s asf %d">(path, File_No);
-    Stdout.flush();
+    elog_clear_register(1);
     (void)!std::system("cmd");
     Tapefile = File_No;
 }

@@ -1,8 +1,9 @@
 #include "platform/elog.h"
 #include "platform/text.h"
 
-#include <cerrno>
+#include <climits>
 #include <cstdlib>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -13,6 +14,26 @@ namespace
 {
 
 std::string Reason; ///< a library's words for the next flagged message
+
+/// Where messages are held, and whether beyond the next one.
+struct Register {
+    Out *stream = &Stderr;
+    bool holds = false;
+};
+
+Register Messages;
+
+/// Messages of up to this size leave unbroken, even into a pipe that several programs write to.
+constexpr std::size_t Usual_Message = 512;
+constexpr std::size_t Held_At_Most = PIPE_BUF - Usual_Message;
+
+bool same_file(int a, int b)
+{
+    struct stat first = {};
+    struct stat second = {};
+    return fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
 
 /// The words of a flagged message: the library's, else those of `error`, else none.
 std::string system_error_text(int error)
@@ -29,6 +50,10 @@ void elog_init(int argc, char *argv[])
 {
     if (argc > 0)
         Program_Name = argv[0];
+    if (same_file(STDOUT_FILENO, STDERR_FILENO))
+        Messages = {&Stdout, true};
+    else
+        Messages = {&Stderr, isatty(STDERR_FILENO) == 0};
 }
 
 void elog_set_reason(std::string_view words) { Reason = words; }
@@ -37,34 +62,50 @@ std::string elog_take_reason() { return std::exchange(Reason, {}); }
 
 void end_process(int status)
 {
-    Stdout.flush();
-    Stderr.flush();
+    elog_clear_register(1);
     Process_End(status);
     std::abort();
 }
 
-void elog_write(bool system_error, std::string_view text)
+void end_without_output()
 {
-    const int error = errno;
-    Stdout.flush();
-    const std::size_t newlines = std::min(text.find_first_not_of('\n'), text.size());
-    std::string_view body = text.substr(newlines);
-    body = body.substr(0, body.find_last_not_of('\n') + 1);
-    Stderr.write(text.substr(0, newlines));
-    Stderr.write(base_name(Program_Name));
-    Stderr.write(": ");
-    Stderr.write(body);
-    if (const std::string words = system_error ? system_error_text(error) : ""; !words.empty()) {
-        Stderr.write(": ");
-        Stderr.write(words);
-    }
-    Stderr.write("\n");
-    Stderr.flush();
-    errno = error;
+    Messages.stream = &Stderr;
+    if (errno != EPIPE)
+        elog_complain<"Can't write standard output">(1);
+    end_process(1);
 }
 
 void elog_clear_register(int print)
 {
-    if (print)
-        Stdout.flush();
+    if (!print)
+        return;
+    Stdout.flush();
+    Stderr.flush();
+}
+
+Out &elog_stream() { return *Messages.stream; }
+
+Out &elog_begin(std::size_t newlines)
+{
+    if (!Messages.holds || Messages.stream->size() > Held_At_Most)
+        elog_clear_register(1);
+    Out &stream = *Messages.stream;
+    for (; newlines > 0; --newlines)
+        stream.write("\n");
+    stream.write(base_name(Program_Name));
+    stream.write(": ");
+    return stream;
+}
+
+void elog_end(bool system_error, int error)
+{
+    Out &stream = *Messages.stream;
+    stream.drop_trailing('\n');
+    if (const std::string words = system_error ? system_error_text(error) : ""; !words.empty()) {
+        stream.write(": ");
+        stream.write(words);
+    }
+    stream.write("\n");
+    if (!Messages.holds)
+        stream.flush();
 }

@@ -1,14 +1,22 @@
 // Error log: fatal messages, complaints and diagnostics on standard error.
+//
+// Messages are held as the listing is, since one write each would take longer than all other work
+// on a data record. Nobody can tell: what is held is written before every read and at every end,
+// the listing before the messages; where both streams are one file they are held together, in
+// order; and a terminal gets each message at once.
 #pragma once
 
 #include "platform/format.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <string>
 #include <string_view>
 
 extern std::string Program_Name; ///< argv[0]; messages show its base name
 
-/// Takes the program's name from the arguments.
+/// Takes the program's name from the arguments, and from then on holds messages, in the way that
+/// suits the two output descriptors; before, each is written at once.
 void elog_init(int argc, char *argv[]);
 
 /// What a flagged message appends instead of the text of `errno`: a library's own words. Used up by
@@ -17,34 +25,68 @@ void elog_set_reason(std::string_view words);
 /// Takes those words back, to be set again when the message is due.
 std::string elog_take_reason();
 
-/// Ends the process: standard output is flushed first. Tests and fuzz targets replace the end by a
+/// Ends the process: what is held is written first. Tests and fuzz targets replace the end by a
 /// throw.
 [[noreturn]] void end_process(int status);
 /// The function that `end_process` calls last; must not return.
 extern void (*Process_End)(int status);
 
-/// Writes held output, then "<program>: <text>" and a newline to standard error in one write.
-/// Leading newlines of `text` stay in front; a true `system_error` appends ": " and the reason.
-void elog_write(bool system_error, std::string_view text);
+/// Ends the process after a failed write of standard output: with the reason from `errno`, but
+/// quietly when the reader of a pipe has gone.
+[[noreturn]] void end_without_output();
 
-/// Writes out whatever the program still holds; every message has already been shown.
+/// Writes out whatever is held: the listing first, then the messages.
 void elog_clear_register(int print);
 
-/// A diagnostic. A non-zero `flag` appends the system error text.
-template <Literal Format, class... Args> void elog_log(int flag, const Args &...args)
+/// Where messages are held: for a listing that belongs to one. Ask `elog_clear_register` to write
+/// it.
+Out &elog_stream();
+
+/// Begins a message: `newlines`, then "<program>: ". The text follows on the stream returned.
+Out &elog_begin(std::size_t newlines);
+/// Ends it: newlines at the end of the text give way to one, behind ": " and the reason when
+/// `system_error` is true and `error`, or a library, has one.
+void elog_end(bool system_error, int error);
+
+namespace elog
 {
-    elog_write(flag != 0, formatted<Format>(args...));
+
+template <Literal Format> consteval std::size_t leading_newlines()
+{
+    const auto &text = Format.text;
+    return static_cast<std::size_t>(
+        std::find_if(text.begin(), text.end(), [](char c) { return c != '\n'; }) - text.begin());
 }
 
-/// An error that the run survives. A non-zero `flag` appends the system error text.
+template <Literal Format> consteval auto body()
+{
+    constexpr std::size_t Skipped = leading_newlines<Format>();
+    char text[Format.size + 1 - Skipped];
+    std::copy(Format.text.begin() + Skipped, Format.text.end(), text);
+    return Literal(text);
+}
+
+} // namespace elog
+
+/// A diagnostic: the program's name stands behind leading newlines of `Format`. A non-zero `flag`
+/// appends the system error text. `errno` is kept.
+template <Literal Format, class... Args> void elog_log(int flag, const Args &...args)
+{
+    const int error = errno;
+    print<elog::body<Format>()>(elog_begin(elog::leading_newlines<Format>()), args...);
+    elog_end(flag != 0, error);
+    errno = error;
+}
+
+/// An error that the run survives; otherwise as elog_log.
 template <Literal Format, class... Args> void elog_complain(int flag, const Args &...args)
 {
-    elog_write(flag != 0, formatted<Format>(args...));
+    elog_log<Format>(flag, args...);
 }
 
 /// A fatal error: writes the message and ends the process with status 1.
 template <Literal Format, class... Args> [[noreturn]] void elog_die(int flag, const Args &...args)
 {
-    elog_write(flag != 0, formatted<Format>(args...));
+    elog_log<Format>(flag, args...);
     end_process(1);
 }

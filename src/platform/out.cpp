@@ -59,7 +59,5 @@ void Out::flush()
     used_ = 0;
     if (write_all(fd_, buffer_.data(), size) || fd_ == STDERR_FILENO)
         return;
-    if (errno != EPIPE)
-        elog_complain<"Can't write standard output">(1);
-    end_process(1);
+    end_without_output();
 }

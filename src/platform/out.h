@@ -34,7 +34,14 @@ public:
     void flush();
     /// Drops what is held; for an end of the process that must not write any more.
     void discard() { used_ = 0; }
-    [[nodiscard]] bool empty() const { return used_ == 0; }
+    /// Takes back held bytes at the end that are `c`.
+    void drop_trailing(char c)
+    {
+        while (used_ > 0 && buffer_[used_ - 1] == c)
+            --used_;
+    }
+    /// Bytes held.
+    [[nodiscard]] std::size_t size() const { return used_; }
 
 private:
     int fd_;
@@ -43,4 +50,4 @@ private:
 };
 
 extern Out Stdout; ///< the listing and the statistics
-extern Out Stderr; ///< listings of blockettes with a bad field; messages go through elog
+extern Out Stderr; ///< usage and banner; messages go through elog

@@ -59,8 +59,8 @@ ItemBuffer Item;
 void report_bad_item(const record_t *record, int type, std::string_view text)
 {
     elog_complain<"Error at BLK%03d : %s\n">(0, type, up_to_nul(text));
-    pbrief_blk(Stderr, record, type);
-    Stderr.flush();
+    pbrief_blk(elog_stream(), record, type);
+    elog_clear_register(1);
 }
 
 void number_record(read_handle_t *handle, blk_dh_t *header)

@@ -6,11 +6,14 @@
 #include "support/capture.h"
 #include "support/process.h"
 
+#include <array>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <thread>
@@ -147,25 +150,89 @@ TEST_F(Input, HandledRecordsAreShownBeforeItWaits)
     const std::string bytes = records(140);
     setenv("QUARL_PFPATH", QUARL_SOURCE_DIR "/etc", 1);
     write_file(path_, bytes);
-    const std::string listing = run(QUARL_PROGRAM, {path_}, STDIN_FILENO).out;
+    const Outcome whole = run(QUARL_PROGRAM, {path_}, STDIN_FILENO);
     Pipe in;
     Pipe out;
-    const int quiet = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    const pid_t tool = start(QUARL_PROGRAM, {}, {in.read_end, out.write_end, quiet});
+    Pipe err;
+    const pid_t tool = start(QUARL_PROGRAM, {}, {in.read_end, out.write_end, err.write_end});
     out.close_write();
+    err.close_write();
     write_all(in.write_end, bytes.substr(0, Ahead));
-    std::size_t shown = 0;
+    std::size_t listed = 0;
+    std::size_t told = 0;
+    const auto next_line = [](int fd, const std::string &all, std::size_t *at) {
+        const std::size_t size = all.find('\n', *at) + 1 - *at;
+        EXPECT_EQ(receive(fd, size), all.substr(*at, size));
+        *at += size;
+    };
     for (std::size_t at = Ahead; at < bytes.size(); at += 512) {
         write_all(in.write_end, bytes.substr(at, 512));
-        const std::size_t end = listing.find('\n', shown) + 1;
-        const std::string line = receive(out.read_end, end - shown);
-        EXPECT_EQ(line, listing.substr(shown, end - shown));
-        shown += line.size();
+        next_line(out.read_end, whole.out, &listed);
+        next_line(err.read_end, whole.err, &told);
     }
     in.close_write();
-    EXPECT_EQ(receive(out.read_end, listing.size()), listing.substr(shown));
+    EXPECT_EQ(receive(out.read_end, whole.out.size()), whole.out.substr(listed));
+    EXPECT_EQ(receive(err.read_end, whole.err.size()), whole.err.substr(told));
     EXPECT_EQ(wait_for(tool), "0");
-    close(quiet);
+}
+
+/// The lines of `text`, each with its newline.
+std::vector<std::string> lines(const std::string &text)
+{
+    std::vector<std::string> all;
+    for (std::size_t at = 0, end = 0; at < text.size(); at = end) {
+        end = text.find('\n', at) + 1;
+        all.push_back(text.substr(at, end - at));
+    }
+    return all;
+}
+
+TEST_F(Input, BothStreamsInOneFileKeepTheReadingOrder)
+{
+    setenv("QUARL_PFPATH", QUARL_SOURCE_DIR "/etc", 1);
+    write_file(path_, records(300)); // of which each is complained about
+    const Outcome apart = run(QUARL_PROGRAM, {path_}, STDIN_FILENO);
+    const std::vector<std::string> messages = lines(apart.err);
+    std::string expected;
+    std::size_t i = 0;
+    for (const std::string &line : lines(apart.out)) {
+        if (i < messages.size())
+            expected += messages[i++];
+        expected += line;
+    }
+    ASSERT_EQ(i, 300U);
+    const std::string both = path_ + ".both";
+    for (const std::string onto :
+         {">\"$2\" 2>&1", "2>\"$2\" >\"$2\"", ">>\"$2\" 2>>\"$2\"", "2>&1 | cat >\"$2\""}) {
+        std::filesystem::remove(both);
+        run("/bin/sh", {"-c", "\"$0\" \"$1\" " + onto, QUARL_PROGRAM, path_, both}, STDIN_FILENO);
+        EXPECT_EQ(read_file(both), expected) << onto;
+    }
+    std::filesystem::remove(both);
+}
+
+TEST_F(Input, MessagesLeaveWhole)
+{
+    setenv("QUARL_PFPATH", QUARL_SOURCE_DIR "/etc", 1);
+    write_file(path_, records(300));
+    std::array<int, 2> packets; // of which each is one write
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, packets.data()), 0);
+    const pid_t tool =
+        start(QUARL_PROGRAM, {"-s", path_}, {STDIN_FILENO, STDERR_FILENO, packets[1]});
+    close(packets[1]);
+    std::string packet(Out::Capacity, ' ');
+    std::string all;
+    int writes = 0;
+    for (ssize_t n = 0; (n = recv(packets[0], packet.data(), packet.size(), 0)) > 0; ++writes) {
+        EXPECT_LE(n, PIPE_BUF);
+        EXPECT_EQ(packet.substr(0, 7), "quarl: ");
+        EXPECT_EQ(packet[static_cast<std::size_t>(n) - 1], '\n');
+        all.append(packet, 0, static_cast<std::size_t>(n));
+    }
+    close(packets[0]);
+    EXPECT_EQ(wait_for(tool), "0");
+    EXPECT_EQ(all, run(QUARL_PROGRAM, {"-s", path_}, STDIN_FILENO).err);
+    EXPECT_LT(writes, 10);
 }
 
 } // namespace

@@ -18,16 +18,17 @@ namespace
 TEST(Elog, Messages)
 {
     const struct {
-        const char *text;
-        int flag, error;
+        void (*write)();
+        int error;
         const char *reason, *shown;
     } cases[] = {
-        {"text", 0, EIO, "", "quarl: text\n"},
-        {"text\n\n", 1, ENOENT, "", "quarl: text: No such file or directory\n"},
-        {"text", 1, 0, "", "quarl: text\n"},
-        {"text\n", 1, EIO, "corrupt", "quarl: text: corrupt\n"},
-        {"\n\n*** text\n  more\n", 0, 0, "", "\n\nquarl: *** text\n  more\n"},
-        {"\n", 1, ENOENT, "", "\nquarl: : No such file or directory\n"},
+        {[] { elog_complain<"text">(0); }, EIO, "", "quarl: text\n"},
+        {[] { elog_log<"text\n\n">(1); }, ENOENT, "", "quarl: text: No such file or directory\n"},
+        {[] { elog_complain<"text">(1); }, 0, "", "quarl: text\n"},
+        {[] { elog_complain<"a %s\n">(1, std::string_view("b\n")); }, EIO, "corrupt",
+         "quarl: a b: corrupt\n"},
+        {[] { elog_log<"\n\n*** %d\n  more\n">(0, 7); }, 0, "", "\n\nquarl: *** 7\n  more\n"},
+        {[] { elog_log<"\n">(1); }, ENOENT, "", "\nquarl: : No such file or directory\n"},
     };
     for (const char *program : {"../quarl", "quarl"})
         for (const auto &c : cases) {
@@ -35,7 +36,7 @@ TEST(Elog, Messages)
             elog_set_reason(c.reason);
             const Captured shown = capture([&] {
                 errno = c.error;
-                elog_complain<"%s">(c.flag, std::string_view(c.text));
+                c.write();
                 EXPECT_EQ(errno, c.error);
             });
             EXPECT_EQ(shown.err, c.shown);
