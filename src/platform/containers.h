@@ -149,6 +149,6 @@ private:
     };
 
     std::deque<Element> elements_; ///< addresses stay
-    mutable std::array<Answer, 256> answers_{};
+    mutable std::array<Answer, 1024> answers_{};
     std::unordered_map<Code, Steps, Hash> by_code_;
 };

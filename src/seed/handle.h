@@ -22,7 +22,7 @@ struct CodesHash {
     {
         constexpr std::uint64_t Odd = 0x9E3779B97F4A7C15;
         const std::uint64_t hash = (codes.words[0] * Odd ^ codes.words[1]) * Odd;
-        return hash ^ hash >> 32;
+        return hash ^ hash >> 47;
     }
 };
 
