@@ -330,29 +330,34 @@ char *put_whole(char *to, std::index_sequence<I...> /*pieces*/, const Args &...a
     return to;
 }
 
-/// Characters of piece I when its conversion has fixed digits and the value fits them; Too_Many
-/// otherwise.
-inline constexpr std::size_t Too_Many = 1 << 20;
-
-template <Literal F, std::size_t I, class... Args> std::size_t fixed_size(const Args &...args)
+/// Characters of the text when every value has the digits that its conversion fixes; none when some
+/// conversion does not.
+template <Literal F> constexpr std::size_t fixed_size()
 {
-    static constexpr Conversion C = Parsed<F>::conversions[I];
-    if constexpr (C.kind == '\0' || C.kind == '%') {
-        return C.text_size + (C.kind == '%');
-    } else {
-        const auto value = std::get<Parsed<F>::argument(I)>(std::tie(args...));
-        constexpr int Digits = fixed_digits(C);
-        const bool fits =
-            Digits > 0 && value >= 0 && static_cast<std::uint64_t>(value) < power_of_ten(Digits);
-        return fits ? C.text_size + Digits : Too_Many;
+    std::size_t size = 0;
+    for (const Conversion &c : Parsed<F>::conversions) {
+        if (c.kind != '\0' && fixed_digits(c) == 0)
+            return 0;
+        size += c.text_size + static_cast<std::size_t>(fixed_digits(c));
     }
+    return size;
 }
 
-/// True when the text surely has at most `size` characters.
-template <Literal F, std::size_t... I, class... Args>
-bool fits(std::size_t size, std::index_sequence<I...> /*pieces*/, const Args &...args)
+template <Literal F, std::size_t I, class... Args> bool piece_fits(const Args &...args)
 {
-    return (fixed_size<F, I>(args...) + ...) <= size;
+    static constexpr Conversion C = Parsed<F>::conversions[I];
+    if constexpr (C.kind == '\0')
+        return true;
+    else
+        return static_cast<std::uint64_t>(std::get<I>(std::tie(args...))) <
+               power_of_ten(fixed_digits(C));
+}
+
+/// True when all values have the digits that their conversions fix.
+template <Literal F, std::size_t... I, class... Args>
+bool fits(std::index_sequence<I...> /*pieces*/, const Args &...args)
+{
+    return (piece_fits<F, I>(args...) && ...);
 }
 
 template <Literal F, std::size_t I, class... Args>
@@ -412,10 +417,12 @@ template <Literal F, class... Args> void print(Out &stream, const Args &...args)
 template <Literal F, std::size_t N, class... Args> void put_text(char (&to)[N], const Args &...args)
 {
     static_assert((std::integral<Args> && ...));
-    if (format::fits<F>(N - 1, format::Indices<F>(), args...)) {
-        *format::put_fitting<F>(to, format::Indices<F>(), args...) = '\0';
-        return;
-    }
+    constexpr std::size_t Fixed = format::fixed_size<F>();
+    if constexpr (Fixed > 0 && Fixed < N)
+        if (format::fits<F>(format::Indices<F>(), args...)) {
+            *format::put_fitting<F>(to, format::Indices<F>(), args...) = '\0';
+            return;
+        }
     const std::string text = formatted<F>(args...);
     const std::size_t size = text.copy(to, N - 1);
     to[size] = '\0';

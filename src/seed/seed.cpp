@@ -22,8 +22,8 @@ constexpr int Area_Size = 10000; ///< largest item
 constexpr int Data_Header =
     128; ///< bytes of a data record that are read before its length is known
 
-/// The bytes of the current item behind a fixed logical record header, so that a data record is
-/// held whole. The area is zero beyond the item.
+/// The bytes of an item behind a fixed logical record header, so that a data record is held whole.
+/// The area is zero beyond the item.
 class ItemBuffer
 {
 public:
@@ -80,9 +80,9 @@ void count_record(read_handle_t *handle)
 }
 
 /// Lets an embedded Blockette 1000 decide over the format and length that the dictionary gave.
-void apply_b1000(blk_dh_t *header)
+void apply_b1000(blk_dh_t *header, const char *record)
 {
-    const B1000 b1000 = parse_b1000(Item.record(), Record_Header + Data_Header);
+    const B1000 b1000 = parse_b1000(record, Record_Header + Data_Header);
     const int dictionary = sd_data_type(header->format);
     header->type = b1000.index != 0 ? b1000.index : dictionary;
     if (b1000.index != 0 && dictionary != 0 && dictionary != b1000.index)
@@ -94,40 +94,68 @@ void apply_b1000(blk_dh_t *header)
     }
 }
 
-/// Reads a data record's bytes behind its header and points the header at them.
-bool read_data(SeedInput *in, blk_dh_t *header)
+/// Reads what follows the prefix of a data record up to the end of its header. Returns the record
+/// from its byte 0 on: where the input's buffer holds it, else in the item's. Null when the input
+/// ends.
+const char *read_data_header(SeedInput *in)
 {
-    if (header->length > Area_Size)
-        elog_die<"Data blockette size = %d: too large for internal buffer.\n">(0, header->length);
-    in->recsiz = header->length;
-    const int rest = header->length - Record_Header - Data_Header;
+    constexpr int Rest = Data_Header - Prefix;
+    if (in->cur == in->start + Record_Header + Prefix && Rest <= bytes_left(in) &&
+        Rest <= in->pbytes - in->cur) {
+        in->cur += Rest;
+        return in->buffer + in->start;
+    }
+    if (read_remainder(in, Item.write(Prefix, Rest), Rest))
+        return Item.record();
+    elog_complain<"Unexpected end of file reading data header File #%d\n">(1, Tapefile);
+    return nullptr;
+}
+
+/// Reads a data record's bytes behind its header. A record that the input's buffer holds stays
+/// there, since copying it would take a tenth of the time of a listing; another is gathered in the
+/// item's. Returns where it is, with the fixed record header in front; null when the input ends.
+const char *read_data(SeedInput *in, const char *record, int length)
+{
+    if (length > Area_Size)
+        elog_die<"Data blockette size = %d: too large for internal buffer.\n">(0, length);
+    in->recsiz = length;
+    const int rest = length - Record_Header - Data_Header;
+    if (record != Item.record()) {
+        if (rest <= in->pbytes - in->cur) {
+            in->cur += std::max(rest, 0);
+            std::memcpy(in->buffer + in->start, Item.record(), Record_Header);
+            return record;
+        }
+        std::memcpy(Item.write(0, Data_Header), record + Record_Header, Data_Header);
+    }
     if (rest > 0 && !read_remainder(in, Item.write(Data_Header, rest), rest)) {
         elog_complain<"Unexpected end of file reading data record File #%d.\n">(1, Tapefile);
-        return false;
+        return nullptr;
     }
-    Item.end_item(std::max(header->length - Record_Header, Data_Header));
-    header->raw = Item.record();
-    if (header->beg_data >= 0 && header->beg_data < header->length)
-        header->data = Item.record() + header->beg_data;
-    return true;
+    Item.end_item(std::max(length - Record_Header, Data_Header));
+    return Item.record();
 }
 
 int frame_data(read_handle_t *handle, Record *record, int *type)
 {
     SeedInput *in = handle->logical.get();
     count_record(handle);
-    constexpr int Rest = Data_Header - Prefix;
-    if (!read_remainder(in, Item.write(Prefix, Rest), Rest)) {
-        elog_complain<"Unexpected end of file reading data header File #%d\n">(1, Tapefile);
+    const char *bytes = read_data_header(in);
+    if (!bytes)
         return 0;
-    }
     *type = Data_Record;
-    *record = parse_blk(Item.text().substr(0, Data_Header), Data_Record);
+    *record = parse_blk({bytes + Record_Header, Data_Header}, Data_Record);
     auto *header = static_cast<blk_dh_t *>(record->get());
     number_record(handle, header);
     fixup_dh(header, handle);
-    apply_b1000(header);
-    return read_data(in, header) ? 1 : 0;
+    apply_b1000(header, bytes);
+    bytes = read_data(in, bytes, header->length);
+    if (!bytes)
+        return 0;
+    header->raw = bytes;
+    if (header->beg_data >= 0 && header->beg_data < header->length)
+        header->data = bytes + header->beg_data;
+    return 1;
 }
 
 void feed_dictionaries(read_handle_t *handle, const record_t *record, int type)

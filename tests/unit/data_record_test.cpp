@@ -3,12 +3,14 @@
 #include "decode.h"
 #include "fixup_dh.h"
 #include "platform/msd.h"
+#include "platform/text.h"
 #include "seed/seed.h"
 #include "support/capture.h"
 #include "support/recipe.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <random>
 #include <unistd.h>
 
 namespace
@@ -51,6 +53,26 @@ TEST(DataRecord, HeaderInBothByteOrders)
                   read);
     EXPECT_STREQ(header_of("time=65535,65535,255:255:255.65535")->start_time,
                  "-001,-01,-1:-1:-1.-001");
+}
+
+TEST(DataRecord, CodesAreTrimmedTexts)
+{
+    constexpr std::string_view Odd("AZ  ~!\x7f\x80\xff\t\n\x01\x1f\0", 14);
+    std::mt19937 random(7);
+    std::string codes(40, ' ');
+    for (int round = 0; round < 200000; ++round) {
+        for (char &c : codes) // half of the rounds: blanks and letters only
+            c = Odd[random() % (round % 2 == 0 ? 4 : Odd.size())];
+        const auto text = [&](std::size_t at, std::size_t size) {
+            return trimmed(up_to_nul(std::string_view(codes).substr(at, size)));
+        };
+        blk_dh_t header;
+        parse_dh(&header, codes);
+        ASSERT_EQ(header.stn_id, text(0, 5));
+        ASSERT_EQ(header.loc_id, text(5, 2));
+        ASSERT_EQ(header.chan_id, text(7, 3));
+        ASSERT_EQ(header.network_code, text(10, 2));
+    }
 }
 
 TEST(DataRecord, RatesAndTimes)

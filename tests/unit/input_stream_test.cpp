@@ -271,26 +271,36 @@ TEST(Framing, DataRecordsAreNumberedWithinTheirSequenceNumber)
     EXPECT_TRUE(frame(handle.get()).out.starts_with("D5.2 D5.3 D5.4 "));
 }
 
+/// Reads `count` items and checks that the last is a data record with these bytes.
+void expect_whole(read_handle_t *handle, int count, const std::string &bytes, int begin)
+{
+    Record item;
+    int type = 0;
+    const Captured shown = capture([&] {
+        for (int i = 0; i < count; ++i)
+            EXPECT_EQ(read_blk(handle, &item, &type), 1);
+    });
+    ASSERT_EQ(type, Data_Record) << shown.err;
+    const auto *header = static_cast<const blk_dh_t *>(item.get());
+    EXPECT_EQ(std::string(header->raw, 512), "000000D " + bytes.substr(8));
+    EXPECT_EQ(header->data, begin < 0 || begin >= 512 ? nullptr : header->raw + begin);
+}
+
 TEST(Framing, DataRecordsAreHeldWhole)
 {
+    const std::string small =
+        data_record_bytes({.length = 128, .b1000 = DataOnly{.exponent = 7}}, 2);
     for (const int begin : {64, 511, 512, -1, 0}) {
         std::string bytes = data_record_bytes({.b1000 = DataOnly{}, .payload = "0123456789"}, 3);
         bytes.replace(44, 2, {static_cast<char>(begin >> 8), static_cast<char>(begin)});
-        const auto handle = reading(VolumeBuilder(512)
-                                        .blockette(400, std::string(2000, 'x')) // leaves its traces
-                                        .raw(bytes)
-                                        .volume());
-        Record item;
-        int type = 0;
-        capture([&] {
-            EXPECT_EQ(read_blk(handle.get(), &item, &type), 1);
-            EXPECT_EQ(read_blk(handle.get(), &item, &type), 1);
-        });
-        ASSERT_EQ(type, Data_Record);
-        const auto *header = static_cast<const blk_dh_t *>(item.get());
-        EXPECT_EQ(std::string(header->raw, 8 + 504), "000000D " + bytes.substr(8));
-        EXPECT_EQ(header->data, begin < 0 || begin >= 512 ? nullptr : header->raw + begin);
-        EXPECT_EQ(std::string(header->raw + 512, 1496), std::string(1496, '\0'));
+        VolumeBuilder in_place(512);
+        in_place.blockette(400, std::string(2000, 'x')).raw(bytes);
+        expect_whole(reading(in_place.volume()).get(), 2, bytes, begin);
+        // Behind a record of 128 bytes, a header runs over two logical records.
+        VolumeBuilder gathered(512);
+        gathered.blockette(400, std::string(2000, 'x')).raw(small);
+        gathered.raw(bytes.substr(0, 128)).raw("000004D ").raw(bytes.substr(128));
+        expect_whole(reading(gathered.volume()).get(), 3, bytes, begin);
     }
 }
 
