@@ -2,6 +2,7 @@
 #include "platform/db.h"
 #include "platform/elog.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -10,10 +11,14 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <numeric>
+#include <poll.h>
 #include <set>
 #include <sqlite3.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -344,6 +349,94 @@ TEST_F(PostgresTest, EmptyTableIsAskedAgain)
     EXPECT_EQ(rows_of(db), "");
     sql(Insert);
     EXPECT_EQ(rows_of(db), Row);
+}
+
+/// Stands between a client and a server's socket until so many bytes of answers have passed; then
+/// it closes both connections, as the end of the server would.
+class Relay
+{
+public:
+    Relay(const std::string &server, const std::string &own) : listener_(socket(AF_UNIX, Kind, 0))
+    {
+        const sockaddr_un address = address_of(own);
+        if (bind(listener_, as_address(&address), sizeof address) != 0 || listen(listener_, 1) != 0)
+            throw std::system_error(errno, std::generic_category(), own);
+        thread_ = std::thread([this, server] { relay(address_of(server)); });
+    }
+    Relay(const Relay &) = delete;
+    Relay &operator=(const Relay &) = delete;
+    ~Relay()
+    {
+        bytes_left = 0;
+        shutdown(listener_, SHUT_RDWR);
+        thread_.join();
+        close(listener_);
+    }
+
+    std::atomic<long> bytes_left = 1'000'000;
+
+private:
+    static constexpr int Kind = SOCK_STREAM | SOCK_CLOEXEC;
+
+    static sockaddr_un address_of(const std::string &path)
+    {
+        sockaddr_un address = {AF_UNIX, ""};
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        return address;
+    }
+    static const sockaddr *as_address(const sockaddr_un *address)
+    {
+        return reinterpret_cast<const sockaddr *>(address);
+    }
+
+    void relay(const sockaddr_un &server)
+    {
+        const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        const int upstream = socket(AF_UNIX, Kind, 0);
+        if (connect(upstream, as_address(&server), sizeof server) == 0)
+            for (long got = 0; bytes_left > 0 && got >= 0 && pass(client, upstream) >= 0;)
+                bytes_left -= got = pass(upstream, client);
+        close(upstream);
+        close(client);
+    }
+
+    /// Passes on what is there within 20 ms: the number of bytes, or -1 at the end.
+    static long pass(int from, int to)
+    {
+        pollfd ready = {from, POLLIN, 0};
+        if (poll(&ready, 1, 20) <= 0)
+            return 0;
+        std::array<char, 4096> bytes;
+        const ssize_t count = recv(from, bytes.data(), bytes.size(), 0);
+        if (count <= 0)
+            return -1;
+        return send(to, bytes.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL);
+    }
+
+    int listener_;
+    std::thread thread_;
+};
+
+TEST_F(PostgresTest, ServerThatGoesAway)
+{
+    sql(Fresh + Create +
+        "insert into seedformat select 'A' || i, 'BHZ', 's', 'e', 'f' from"
+        " generate_series(1, 5000) i;");
+    const std::string server = url_.substr(url_.find("host=") + 5) + "/.s.PGSQL.5432";
+    for (const long passing : {1, 50'000, 1'000'000}) { // nothing, some rows, all
+        fs::remove(path(".s.PGSQL.5432"));
+        Relay relay(server, path(".s.PGSQL.5432"));
+        Dbptr db = dbinvalid();
+        ASSERT_EQ(VXdbopen(("postgresql://quarl@/postgres?host=" + directory_).c_str(), "r", &db),
+                  0);
+        relay.bytes_left = passing;
+        testing::internal::CaptureStderr();
+        const auto count = std::ranges::count(rows_of(db), '\n');
+        const std::string shown = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(count, passing == 1'000'000 ? 5000 : 0);
+        EXPECT_EQ(shown, count != 0 ? "" : Unread + "server closed the connection unexpectedly\n");
+        EXPECT_EQ(rows_of(db).empty(), count == 0); // and is not asked again
+    }
 }
 
 TEST_F(DbTest, ServerThatIsNotThere)
