@@ -1,6 +1,8 @@
-// Writes big volumes to measure with: in constant memory, and the same bytes at every run.
+// Writes volumes to measure with, the same bytes at every run; all but the worst in constant
+// memory.
 #include "big_data.h"
 #include "big_headers.h"
+#include "worst_volumes.h"
 
 #include <algorithm>
 #include <bit>
@@ -210,6 +212,8 @@ void make(std::FILE *to, std::string_view kind, std::int64_t size)
         write_mini(to, size, kind == "mini-512" ? 512 : 4096);
     else if (kind == "dataless")
         write_dataless(to, size);
+    else if (kind.starts_with("worst-"))
+        write(to, worst_volume(kind.substr(kind.find('-') + 1), size));
     else
         throw std::invalid_argument("bad kind '" + std::string(kind) + "'");
 }
@@ -220,7 +224,8 @@ int main(int argc, char *argv[])
 try {
     if (argc < 3 || argc > 4)
         throw std::invalid_argument(
-            "usage: make_big full-4096|full-512|mini-512|mini-4096|dataless SIZE[K|M|G] [OUTPUT]");
+            "usage: make_big full-4096|full-512|mini-512|mini-4096|dataless|worst-WHAT SIZE[K|M|G] "
+            "[OUTPUT]");
     const std::string output = argc == 4 ? argv[3] : "-";
     const File file(output == "-" ? stdout : std::fopen(output.c_str(), "wb"));
     if (!file)
