@@ -27,9 +27,9 @@ constexpr std::uint64_t Seed = 20260704;
 #if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__)
 constexpr int Usual_Rounds = 20'000;
 #elif defined(__has_feature)
-constexpr int Usual_Rounds = __has_feature(address_sanitizer) ? 20'000 : 150'000;
+constexpr int Usual_Rounds = __has_feature(address_sanitizer) ? 20'000 : 1'500'000;
 #else
-constexpr int Usual_Rounds = 150'000;
+constexpr int Usual_Rounds = 1'500'000;
 #endif
 
 /// Cases per generator; QUARL_NUMBER_ROUNDS asks for more.
