@@ -103,7 +103,8 @@ private:
                " 'Steim2 Integer Compression Format' from numbers;";
     }
 
-    std::string path_ = std::filesystem::temp_directory_path() / "quarl-bench-XXXXXX";
+    std::string path_ =
+        std::filesystem::temp_directory_path() / ("quarl-bench-" + std::string(6, 'X'));
 };
 
 /// Seconds of `count` look-ups, all channels in turn, time advancing through all epochs as it does

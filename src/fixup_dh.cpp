@@ -26,9 +26,9 @@ constexpr double Ticks_Per_Second = 10000.0;
 constexpr std::size_t Header_Size = 40; ///< bytes of the fixed header behind the record's first 8
 
 /// Reads a code of Len characters into `to`, which is zero, without surrounding blanks; returns
-/// what follows. Eight bytes may be read. Nearly all codes are ASCII with blanks at the end at most:
-/// these are trimmed in a register, all characters at once, since one by one would cost a data
-/// record 20 ns.
+/// what follows. Eight bytes may be read. Nearly all codes are ASCII with blanks at the end at
+/// most: these are trimmed in a register, all characters at once, since one by one would cost a
+/// data record 20 ns.
 template <int Len, std::size_t N> const char *read_code(const char *from, char (&to)[N])
 {
     constexpr std::size_t Stored = std::min<std::size_t>(N, 8);

@@ -234,6 +234,7 @@ std::string select_rows(const Backend &backend, const Session &session, TextRows
 /// Reads the table; what goes wrong is complained about and not tried again.
 void read_table(Database *database)
 {
+    elog_clear_register(1); // a server may take its time
     Session opened_now;
     if (!database->session)
         opened_now = database->backend.open(database->source);

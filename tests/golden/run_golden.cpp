@@ -74,7 +74,7 @@ class Scratch
 public:
     Scratch()
     {
-        std::string name = fs::temp_directory_path() / "golden.XXXXXX";
+        std::string name = fs::temp_directory_path() / ("golden." + std::string(6, 'X'));
         if (!mkdtemp(name.data()))
             fail("mkdtemp");
         path_ = name;

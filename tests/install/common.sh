@@ -4,7 +4,7 @@ set -euo pipefail
 export LC_ALL=C.UTF-8
 source_dir=$1
 build_dir=$2
-scratch=$(mktemp -d "${TMPDIR:-/tmp}/quarl-install.XXXXXX")
+scratch=$(mktemp -d --suffix=.quarl-install)
 trap 'chmod -R u+w "$scratch"; rm -rf "$scratch"' EXIT
 trap 'echo "FAILED at line $LINENO: $BASH_COMMAND" >&2' ERR
 unset QUARL_PFPATH DESTDIR

@@ -129,7 +129,7 @@ protected:
         return std::accumulate(found.begin(), found.end(), std::string());
     }
 
-    std::string directory_ = testing::TempDir() + "quarl_db.XXXXXX";
+    std::string directory_ = testing::TempDir() + "quarl_db." + std::string(6, 'X');
 };
 
 bool mapped(const char *library)
