@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 
 namespace
@@ -71,8 +72,8 @@ bool read_options(int argc, char *argv[])
 } // namespace
 
 int main(int argc, char *argv[])
-{
-    std::signal(SIGPIPE, SIG_DFL); // a closed pipe ends the run quietly
+try {
+    std::signal(SIGPIPE, SIG_IGN); // the write that fails ends the run
     keep_standard_descriptors();
     elog_init(argc, argv);
     if (pfread("quarl", &Parameters) != 0)
@@ -85,4 +86,6 @@ int main(int argc, char *argv[])
     Tbl_033 = newtbl<std::string>(10);
     Tbl_034 = newtbl<std::string>(10);
     end_process(sdd(path, listing_off));
+} catch (const std::bad_alloc &) {
+    elog_die<"Out of memory\n">(0);
 }

@@ -78,14 +78,6 @@ void report_read_error(SeedInput *in)
     elog_complain<"input read error\n">(1);
 }
 
-void tell_cut(SeedInput *in)
-{
-    if (std::exchange(in->told_cut, true))
-        return;
-    elog_complain<"Input ends inside logical record #%d: %d of %d bytes\n">(
-        0, in->recno, std::max(in->pbytes - in->start, 0), in->recsiz);
-}
-
 /// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. False (the
 /// input has run out) for bytes beyond the capacity of the buffer.
 bool take_slowly(SeedInput *in, int from, char *dest, int n)
@@ -120,8 +112,7 @@ inline bool copy_bytes(SeedInput *in, char *dest, int n)
         return false;
     }
     in->cur += n;
-    if (in->cur > in->pbytes)
-        tell_cut(in);
+    tell_if_cut(in);
     return true;
 }
 
@@ -171,8 +162,7 @@ bool enter_record(SeedInput *in)
     in->cur += sizeof header;
     if (in->recsiz == 0)
         in->recsiz = Default_Record_Length;
-    if (in->cur > in->pbytes)
-        tell_cut(in);
+    tell_if_cut(in);
     return true;
 }
 
@@ -199,8 +189,8 @@ void clrSeedInput(SeedInput *in)
 {
     ++in->fileno;
     in->buffer = in->store.data();
-    in->pbytes = in->eof = in->nreads = in->recno = 0;
-    in->totbytes = 0;
+    in->pbytes = in->eof = in->nreads = 0;
+    in->totbytes = in->recno = 0;
     in->start = in->cur = in->recsiz = in->seq_num = 0;
     in->type_code = in->cont_code = '#';
     in->told_cut = false;
@@ -219,6 +209,15 @@ int moredata(SeedInput *in)
     if (in->read_error != 0)
         report_read_error(in);
     return -1;
+}
+
+void tell_if_cut(SeedInput *in)
+{
+    const int present = std::max(in->pbytes - in->start, 0);
+    if (in->cur <= in->pbytes || present >= in->recsiz || std::exchange(in->told_cut, true))
+        return;
+    elog_complain<"Input ends inside logical record #%d: %d of %d bytes\n">(0, in->recno, present,
+                                                                            in->recsiz);
 }
 
 int advanceLogicalRecord(SeedInput *in)

@@ -23,7 +23,7 @@ struct SeedInput {
     int eof = 0;               ///< the input has ended
     int nreads = 0;            ///< reads that returned data in this file
     std::int64_t totbytes = 0; ///< bytes read in this file
-    int recno = 0;             ///< logical records entered in this file
+    std::int64_t recno = 0;    ///< logical records entered in this file
     int start = 0;             ///< buffer offset of the current logical record
     int cur = 0;               ///< buffer offset of the next unread byte
     int recsiz = 0;            ///< current logical record length in bytes; 0 when not known yet
@@ -54,6 +54,10 @@ inline int bytes_left(const SeedInput *in)
 {
     return std::max(in->recsiz - (in->cur - in->start), 0);
 }
+
+/// Tells the user, once per file, when bytes were read beyond an input that ends inside the current
+/// record.
+void tell_if_cut(SeedInput *in);
 
 /// read_remainder for bytes that do not all stand in the buffer and in one logical record.
 int read_remainder_slowly(SeedInput *in, char *dest, int n);

@@ -6,6 +6,7 @@
 #include "records.h"
 #include "seed/seed.h"
 
+#include <csignal>
 #include <cstdlib>
 
 namespace
@@ -17,7 +18,9 @@ void position_tape(const std::string &path)
 {
     [[maybe_unused]] const std::string command = formatted<"mt -f %s asf %d">(path, File_No);
     elog_clear_register(1);
+    std::signal(SIGPIPE, SIG_DFL); // as any command expects it
     (void)!std::system("cmd");
+    std::signal(SIGPIPE, SIG_IGN);
     Tapefile = File_No;
 }
 
@@ -72,11 +75,8 @@ int sdd(const std::string &path, int listing_off)
     const auto handle = seed_read(path);
     if (File_Flag && File_No)
         position_tape(path);
-    long blockettes = 0;
-    do {
-        blockettes = read_file(handle.get(), listing_off);
+    while (read_file(handle.get(), listing_off) > 0 && !File_Flag)
         ++Tapefile;
-    } while (blockettes > 0 && !File_Flag);
     elog_clear_register(1);
     return 0;
 }

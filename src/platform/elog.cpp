@@ -2,13 +2,20 @@
 #include "platform/text.h"
 
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
 std::string Program_Name = "quarl";
-void (*Process_End)(int status) = [](int status) { std::exit(status); };
+void (*Process_End)(int status) = [](int status) {
+    if (status == Reader_Gone) {
+        std::signal(SIGPIPE, SIG_DFL);
+        std::raise(SIGPIPE);
+    }
+    std::exit(status);
+};
 
 namespace
 {
@@ -23,7 +30,8 @@ struct Register {
 
 Register Messages;
 
-/// Messages of up to this size leave unbroken, even into a pipe that several programs write to.
+/// Messages of up to this size leave unbroken, even into a pipe that several programs write to; but
+/// not where the listing goes there too.
 constexpr std::size_t Usual_Message = 512;
 constexpr std::size_t Held_At_Most = PIPE_BUF - Usual_Message;
 
@@ -33,15 +41,6 @@ bool same_file(int a, int b)
     struct stat second = {};
     return fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev &&
            first.st_ino == second.st_ino;
-}
-
-/// The words of a flagged message: the library's, else those of `error`, else none.
-std::string system_error_text(int error)
-{
-    std::string words = elog_take_reason();
-    if (words.empty() && error != 0)
-        words = strerror(error);
-    return words;
 }
 
 } // namespace
@@ -69,10 +68,13 @@ void end_process(int status)
 
 void end_without_output()
 {
+    const int error = errno;
     Messages.stream = &Stderr;
-    if (errno != EPIPE)
-        elog_complain<"Can't write standard output">(1);
-    end_process(1);
+    (void)elog_take_reason();
+    errno = error;
+    if (error == EPIPE)
+        end_process(Reader_Gone);
+    elog_die<"Can't write standard output">(1);
 }
 
 void elog_clear_register(int print)
@@ -101,8 +103,12 @@ void elog_end(bool system_error, int error)
 {
     Out &stream = *Messages.stream;
     stream.drop_trailing('\n');
-    if (const std::string words = system_error ? system_error_text(error) : ""; !words.empty()) {
-        stream.write(": ");
+    if (system_error) {
+        const std::string reason = elog_take_reason();
+        std::string_view words = reason;
+        if (words.empty() && error != 0)
+            words = strerror(error); // no copy: there may be no memory
+        stream.write(words.empty() ? "" : ": ");
         stream.write(words);
     }
     stream.write("\n");

@@ -2,21 +2,23 @@
 //
 // Messages are held as the listing is, since one write each would take longer than all other work
 // on a data record. Nobody can tell: what is held is written before every read and at every end,
-// the listing before the messages; where both streams are one file they are held together, in
-// order; and a terminal gets each message at once.
+// the listing before the messages. Where both streams are one file they are held together, in
+// order. A terminal that gets the messages alone gets each at once.
 #pragma once
 
 #include "platform/format.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <string>
 #include <string_view>
 
 extern std::string Program_Name; ///< argv[0]; messages show its base name
 
 /// Takes the program's name from the arguments, and from then on holds messages, in the way that
-/// suits the two output descriptors; before, each is written at once.
+/// suits the two output descriptors; the program ends through `end_process` then, or asks
+/// `elog_clear_register`. Before, each message is written at once.
 void elog_init(int argc, char *argv[]);
 
 /// What a flagged message appends instead of the text of `errno`: a library's own words. Used up by
@@ -31,8 +33,11 @@ std::string elog_take_reason();
 /// The function that `end_process` calls last; must not return.
 extern void (*Process_End)(int status);
 
-/// Ends the process after a failed write of standard output: with the reason from `errno`, but
-/// quietly when the reader of a pipe has gone.
+/// The status of a process whose reader has gone, as shells show it: it ends by SIGPIPE, quietly.
+/// The signal itself is ignored, so that messages are not lost with the listing.
+inline constexpr int Reader_Gone = 128 + SIGPIPE;
+
+/// Ends the process after a write that failed, with the reason from `errno`.
 [[noreturn]] void end_without_output();
 
 /// Writes out whatever is held: the listing first, then the messages.

@@ -57,7 +57,7 @@ void Out::flush()
 {
     const std::size_t size = used_;
     used_ = 0;
-    if (write_all(fd_, buffer_.data(), size) || fd_ == STDERR_FILENO)
+    if (write_all(fd_, buffer_.data(), size) || (fd_ == STDERR_FILENO && errno != EPIPE))
         return;
     end_without_output();
 }

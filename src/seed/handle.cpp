@@ -62,7 +62,7 @@ void update_fmt_list(FmtList &fmt_list, const blk_030_t &b030)
 }
 
 void update_order_list(OrderList &order_list, const blk_050_t &b050)
-{
+try {
     order_t element;
     copy_text(element.stn, b050.station);
     element.start = start_epoch(b050.start_date);
@@ -70,11 +70,13 @@ void update_order_list(OrderList &order_list, const blk_050_t &b050)
     element.long_order = b050.long_order;
     element.word_order = b050.word_order;
     order_list.add(element);
+} catch (const std::bad_alloc &) {
+    out_of_memory(Where(), 1, "order_elem");
 }
 
 void update_rec_list(RecList &rec_list, const char (&stn)[Station_Size], const FmtList &fmt_list,
                      const blk_052_t &b052)
-{
+try {
     rec_len_t element;
     copy_text(element.stn, stn);
     copy_text(element.chan_id, b052.chan_id);
@@ -88,6 +90,8 @@ void update_rec_list(RecList &rec_list, const char (&stn)[Station_Size], const F
         elog_complain<"No data format for format id %d sta=%s chan=%s loc=%s File #%d\n">(
             0, b052.format_id, stn, b052.chan_id, b052.loc_id, Tapefile);
     rec_list.add(element);
+} catch (const std::bad_alloc &) {
+    out_of_memory(Where(), 1, "rec_elem");
 }
 
 int lookup_rec_list(const RecList &rec_list, blk_dh_t *header)

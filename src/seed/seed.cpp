@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace
 {
@@ -95,17 +96,23 @@ void apply_b1000(blk_dh_t *header, const char *record)
 }
 
 /// Reads what follows the prefix of a data record up to the end of its header. Returns the record
-/// from its byte 0 on: where the input's buffer holds it, else in the item's. Null when the input
-/// ends.
+/// behind the fixed record header: where the input's buffer holds it, else in the item's. Null when
+/// the input ends.
 const char *read_data_header(SeedInput *in)
 {
     constexpr int Rest = Data_Header - Prefix;
     if (in->cur == in->start + Record_Header + Prefix && Rest <= bytes_left(in) &&
         Rest <= in->pbytes - in->cur) {
         in->cur += Rest;
-        return in->buffer + in->start;
+        char *record = in->buffer + in->start;
+        std::memcpy(record, Item.record(), Record_Header);
+        return record;
     }
-    if (read_remainder(in, Item.write(Prefix, Rest), Rest))
+    // Whether the input cuts the record short is known with the record's length.
+    const bool told = std::exchange(in->told_cut, true);
+    const int whole = read_remainder(in, Item.write(Prefix, Rest), Rest);
+    in->told_cut = told;
+    if (whole)
         return Item.record();
     elog_complain<"Unexpected end of file reading data header File #%d\n">(1, Tapefile);
     return nullptr;
@@ -113,7 +120,7 @@ const char *read_data_header(SeedInput *in)
 
 /// Reads a data record's bytes behind its header. A record that the input's buffer holds stays
 /// there, since copying it would take a tenth of the time of a listing; another is gathered in the
-/// item's. Returns where it is, with the fixed record header in front; null when the input ends.
+/// item's. Returns where it is; null when the input ends.
 const char *read_data(SeedInput *in, const char *record, int length)
 {
     if (length > Area_Size)
@@ -123,11 +130,11 @@ const char *read_data(SeedInput *in, const char *record, int length)
     if (record != Item.record()) {
         if (rest <= in->pbytes - in->cur) {
             in->cur += std::max(rest, 0);
-            std::memcpy(in->buffer + in->start, Item.record(), Record_Header);
             return record;
         }
         std::memcpy(Item.write(0, Data_Header), record + Record_Header, Data_Header);
     }
+    tell_if_cut(in);
     if (rest > 0 && !read_remainder(in, Item.write(Data_Header, rest), rest)) {
         elog_complain<"Unexpected end of file reading data record File #%d.\n">(1, Tapefile);
         return nullptr;

@@ -4,12 +4,15 @@
 #include "compose/volume.h"
 #include "platform/db.h"
 #include "platform/gz_cat.h"
+#include "platform/text.h"
 #include "sdd.h"
 #include "seed/seed.h"
 #include "support/capture.h"
 #include "support/process.h"
 #include "support/sanitized.h"
 
+#include <algorithm>
+#include <bit>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -39,12 +42,15 @@ protected:
 
     [[nodiscard]] std::string path(const std::string &name) const { return folder_ / name; }
 
-    /// Writes a volume of `count` data records of 4096 bytes.
-    std::string volume(int count, const std::string &name = "volume.seed") const
+    /// Writes a volume of `count` data records.
+    std::string volume(int count, const std::string &name = "volume.seed", int length = 4096) const
     {
-        VolumeBuilder volume;
+        VolumeBuilder volume(length);
         for (int i = 0; i < count; ++i)
-            volume.data({.samples = i, .length = 4096});
+            volume.data(
+                {.samples = i,
+                 .length = length,
+                 .b1000 = DataOnly{.exponent = std::countr_zero(static_cast<unsigned>(length))}});
         write_file(path(name), volume.volume());
         return path(name);
     }
@@ -86,18 +92,25 @@ TEST_F(Faults, StandardDescriptors)
 
 TEST_F(Faults, ReaderThatHasGone)
 {
-    const std::string file = volume(3);
+    const std::string file = volume(3, "volume", 512); // each record is complained about
+    const std::string messages = shell("exec \"$0\" -s \"$1\"", file).err;
+    ASSERT_EQ(std::ranges::count(messages, '\n'), 3);
     const int quiet = open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const std::string before : {"", "trap '' PIPE; "}) {
         Pipe out;
         Pipe err;
         out.close_read();
         const pid_t tool =
-            start("/bin/sh", {"-c", before + "exec \"$0\" \"$1\"", QUARL_PROGRAM, file},
+            start("/bin/sh", {"-c", before + "exec \"$0\" -s \"$1\"", QUARL_PROGRAM, file},
                   {quiet, out.write_end, err.write_end});
         err.close_write();
+        EXPECT_EQ(receive(err.read_end, messages.size()), messages);
         EXPECT_EQ(receive(err.read_end, 1), "");
         EXPECT_EQ(wait_for(tool), "signal " + std::to_string(SIGPIPE)) << before;
+        Pipe gone;
+        gone.close_read();
+        const pid_t again = start(QUARL_PROGRAM, {file}, {quiet, quiet, gone.write_end});
+        EXPECT_EQ(wait_for(again), "signal " + std::to_string(SIGPIPE));
     }
     close(quiet);
 }
@@ -173,28 +186,69 @@ TEST_F(Faults, UnreadableParameterFile)
     EXPECT_EQ(seen.status, "1");
 }
 
-TEST_F(Faults, NoMemoryForAList)
+/// Runs `f` without memory for a list, but for words.
+Captured without_memory(const std::function<void()> &f)
 {
-    if (sanitized())
-        GTEST_SKIP() << "a sanitizer cannot live within a limit of memory";
-    const std::string text = "0549999" + b054({}).substr(0, 9) + "9999";
     rlimit before = {};
     getrlimit(RLIMIT_AS, &before);
-    const Captured seen = capture([&] {
+    Captured seen = capture([&] {
         const rlimit none = {1, before.rlim_max};
         setrlimit(RLIMIT_AS, &none);
-        std::vector<std::unique_ptr<char[]>> hogs; // leave no room for a list, but for words
+        std::vector<std::unique_ptr<char[]>> hogs;
         hogs.reserve(4000);
         while (char *hog = new (std::nothrow) char[60000])
             hogs.emplace_back(hog);
-        parse_blk(text, 54);
+        f();
     });
     setrlimit(RLIMIT_AS, &before);
-    EXPECT_EQ(seen.status, 1);
-    const std::regex words("quarl: Out of memory in parse_054 at line [0-9]+ of 'response.cpp'\n"
-                           "\tCan't malloc 9999 bytes for blk->numer_coef: "
-                           "Cannot allocate memory\n");
-    EXPECT_TRUE(std::regex_match(seen.err, words)) << seen.err;
+    return seen;
+}
+
+TEST_F(Faults, NoMemory)
+{
+    if (sanitized())
+        GTEST_SKIP() << "a sanitizer cannot live within a limit of memory";
+    const auto add_forever = [](auto add) {
+        for (int i = 0; i < 100'000'000; ++i)
+            add(formatted<"%05d">(i % 100'000), formatted<"%03d">(i / 100'000));
+    };
+    const struct {
+        const char *words;
+        std::function<void()> happen;
+    } cases[] = {
+        {"parse_054 at line [0-9]+ of 'response.cpp'\n\tCan't malloc 9999 bytes for "
+         "blk->numer_coef",
+         [text = "0549999" + b054({}).substr(0, 9) + "9999"] { parse_blk(text, 54); }},
+        {"update_rec_list at line [0-9]+ of 'handle.cpp'\n\tCan't malloc 1 bytes for rec_elem",
+         [&] {
+             RecList list;
+             const FmtList formats = {"f", "f"};
+             add_forever([&](const std::string &station, const std::string &channel) {
+                 char stn[Station_Size] = "";
+                 blk_052_t b052;
+                 copy_text(stn, station);
+                 copy_text(b052.chan_id, channel);
+                 b052.format_id = 1;
+                 update_rec_list(list, stn, formats, b052);
+             });
+         }},
+        {"update_order_list at line [0-9]+ of 'handle.cpp'\n\tCan't malloc 1 bytes for order_elem",
+         [&] {
+             OrderList list;
+             add_forever([&](const std::string &station, const std::string &channel) {
+                 blk_050_t b050;
+                 copy_text(b050.station, station + channel);
+                 update_order_list(list, b050);
+             });
+         }},
+    };
+    for (const auto &[words, happen] : cases) {
+        const Captured seen = without_memory(happen);
+        EXPECT_EQ(seen.status, 1);
+        const std::regex all("quarl: Out of memory in " + std::string(words) +
+                             ": Cannot allocate memory\n");
+        EXPECT_TRUE(std::regex_match(seen.err, all)) << seen.err;
+    }
 }
 
 TEST_F(Faults, DatabaseThatGoesAway)

@@ -40,6 +40,7 @@ std::unique_ptr<read_handle_t> reading(std::string bytes, std::size_t chunk = 10
     script->reason = reason;
     auto handle = seed_read("/dev/null");
     handle->logical->stream = std::make_unique<Stream>(-1, false, std::move(script));
+    Tapefile = 0;
     return handle;
 }
 
@@ -286,22 +287,54 @@ void expect_whole(read_handle_t *handle, int count, const std::string &bytes, in
     EXPECT_EQ(header->data, begin < 0 || begin >= 512 ? nullptr : header->raw + begin);
 }
 
+std::string in_place(const std::string &record)
+{
+    return VolumeBuilder(512).blockette(400, std::string(2000, 'x')).raw(record).volume();
+}
+
+/// Behind a data record of 128 bytes, the header of the next runs over two logical records.
+std::string gathered(const std::string &record)
+{
+    return VolumeBuilder(512)
+        .blockette(400, std::string(2000, 'x'))
+        .raw(data_record_bytes({.length = 128, .b1000 = DataOnly{.exponent = 7}}, 2))
+        .raw(record.substr(0, 128))
+        .raw("000004D ")
+        .raw(record.substr(128))
+        .volume();
+}
+
 TEST(Framing, DataRecordsAreHeldWhole)
 {
-    const std::string small =
-        data_record_bytes({.length = 128, .b1000 = DataOnly{.exponent = 7}}, 2);
     for (const int begin : {64, 511, 512, -1, 0}) {
         std::string bytes = data_record_bytes({.b1000 = DataOnly{}, .payload = "0123456789"}, 3);
         bytes.replace(44, 2, {static_cast<char>(begin >> 8), static_cast<char>(begin)});
-        VolumeBuilder in_place(512);
-        in_place.blockette(400, std::string(2000, 'x')).raw(bytes);
-        expect_whole(reading(in_place.volume()).get(), 2, bytes, begin);
-        // Behind a record of 128 bytes, a header runs over two logical records.
-        VolumeBuilder gathered(512);
-        gathered.blockette(400, std::string(2000, 'x')).raw(small);
-        gathered.raw(bytes.substr(0, 128)).raw("000004D ").raw(bytes.substr(128));
-        expect_whole(reading(gathered.volume()).get(), 3, bytes, begin);
+        expect_whole(reading(in_place(bytes)).get(), 2, bytes, begin);
+        expect_whole(reading(gathered(bytes)).get(), 3, bytes, begin);
     }
+}
+
+TEST(Framing, NumbersOfRecordsAreNoBlockettes)
+{
+    for (int first = 0; first < 8; ++first) {
+        std::string bytes = data_record_bytes({.length = 4096, .first_blockette = first}, 3);
+        const std::string planted("\x03\xe8\0\0\0\0\x07\0", 8); // a Blockette 1000, 128 bytes
+        bytes.replace(first, 8 - first, planted, 0, 8 - first);
+        bytes[6] = 'D';
+        const std::string out = frame(in_place(bytes)).out;
+        EXPECT_EQ(frame(gathered(bytes)).out, out.substr(0, 5) + "D2.1 " + out.substr(5));
+    }
+}
+
+TEST(Framing, OnlyACutRecordIsSaidToBeCut)
+{
+    const std::string small =
+        data_record_bytes({.length = 128, .b1000 = DataOnly{.exponent = 7}}, 2);
+    EXPECT_EQ(frame(small).err.find("Input ends"), std::string::npos);
+    EXPECT_EQ(frame("000001V 0100000" + std::string(51, ' ')).err.find("Input ends"),
+              std::string::npos);
+    EXPECT_NE(frame(small.substr(0, 127)).err.find("#1: 127 of 128 bytes"), std::string::npos);
+    EXPECT_NE(frame(small.substr(0, 20)).err.find("#1: 20 of 4096 bytes"), std::string::npos);
 }
 
 } // namespace
