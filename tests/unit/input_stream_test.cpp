@@ -318,11 +318,10 @@ TEST(Framing, NumbersOfRecordsAreNoBlockettes)
 {
     for (int first = 0; first < 8; ++first) {
         std::string bytes = data_record_bytes({.length = 4096, .first_blockette = first}, 3);
-        const std::string planted("\x03\xe8\0\0\0\0\x07\0", 8); // a Blockette 1000, 128 bytes
-        bytes.replace(first, 8 - first, planted, 0, 8 - first);
+        bytes.replace(first, 8, {"\x03\xe8\0\0\0\0\x07\0", 8}); // a Blockette 1000, 128 bytes
         bytes[6] = 'D';
-        const std::string out = frame(in_place(bytes)).out;
-        EXPECT_EQ(frame(gathered(bytes)).out, out.substr(0, 5) + "D2.1 " + out.substr(5));
+        const std::string err = frame(in_place(bytes)).err;
+        EXPECT_EQ(err.find("different record sizes"), std::string::npos) << first << err;
     }
 }
 
