@@ -18,9 +18,9 @@ void position_tape(const std::string &path)
 {
     [[maybe_unused]] const std::string command = formatted<"mt -f %s asf %d">(path, File_No);
     elog_clear_register(1);
-    std::signal(SIGPIPE, SIG_DFL); // as any command expects it
+    const auto own = std::signal(SIGPIPE, SIG_DFL); // as any command expects it
     (void)!std::system("cmd");
-    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGPIPE, own);
     Tapefile = File_No;
 }
 
