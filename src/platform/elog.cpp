@@ -87,13 +87,11 @@ void elog_clear_register(int print)
 
 Out &elog_stream() { return *Messages.stream; }
 
-Out &elog_begin(std::size_t newlines)
+Out &elog_begin()
 {
     if (!Messages.holds || Messages.stream->size() > Held_At_Most)
         elog_clear_register(1);
     Out &stream = *Messages.stream;
-    for (; newlines > 0; --newlines)
-        stream.write("\n");
     stream.write(base_name(Program_Name));
     stream.write(": ");
     return stream;

@@ -8,7 +8,6 @@
 
 #include "platform/format.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <string>
@@ -47,38 +46,18 @@ void elog_clear_register(int print);
 /// it.
 Out &elog_stream();
 
-/// Begins a message: `newlines`, then "<program>: ". The text follows on the stream returned.
-Out &elog_begin(std::size_t newlines);
+/// Begins a message with "<program>: ". The text follows on the stream returned.
+Out &elog_begin();
 /// Ends it: newlines at the end of the text give way to one, behind ": " and the reason when
 /// `system_error` is true and `error`, or a library, has one.
 void elog_end(bool system_error, int error);
 
-namespace elog
-{
-
-template <Literal Format> consteval std::size_t leading_newlines()
-{
-    const auto &text = Format.text;
-    return static_cast<std::size_t>(
-        std::find_if(text.begin(), text.end(), [](char c) { return c != '\n'; }) - text.begin());
-}
-
-template <Literal Format> consteval auto body()
-{
-    constexpr std::size_t Skipped = leading_newlines<Format>();
-    char text[Format.size + 1 - Skipped];
-    std::copy(Format.text.begin() + Skipped, Format.text.end(), text);
-    return Literal(text);
-}
-
-} // namespace elog
-
-/// A diagnostic: the program's name stands behind leading newlines of `Format`. A non-zero `flag`
-/// appends the system error text. `errno` is kept.
+/// A diagnostic: the program's name, then the text as it stands, from a newline that begins it on.
+/// A non-zero `flag` appends the system error text. `errno` is kept.
 template <Literal Format, class... Args> void elog_log(int flag, const Args &...args)
 {
     const int error = errno;
-    print<elog::body<Format>()>(elog_begin(elog::leading_newlines<Format>()), args...);
+    print<Format>(elog_begin(), args...);
     elog_end(flag != 0, error);
     errno = error;
 }

@@ -186,7 +186,7 @@ TEST(DataFormat, DisagreementIsToldOncePerChannel)
             b030_problem(*header_of(std::string("sta=ONCE ") + location), "one", "two");
     });
     const auto told = [](const std::string &channel) {
-        return "\nquarl: *** Serious inconsistency in seed volume.\n    For the channel " +
+        return "quarl: \n*** Serious inconsistency in seed volume.\n    For the channel " +
                channel +
                ", the 030 blockettes indicate the datatype\n        one\n    but the blockette "
                "1000 embedded in the "

@@ -27,8 +27,8 @@ TEST(Elog, Messages)
         {[] { elog_complain<"text">(1); }, 0, "", "quarl: text\n"},
         {[] { elog_complain<"a %s\n">(1, std::string_view("b\n")); }, EIO, "corrupt",
          "quarl: a b: corrupt\n"},
-        {[] { elog_log<"\n\n*** %d\n  more\n">(0, 7); }, 0, "", "\n\nquarl: *** 7\n  more\n"},
-        {[] { elog_log<"\n">(1); }, ENOENT, "", "\nquarl: : No such file or directory\n"},
+        {[] { elog_log<"\n\n*** %d\n  more\n">(0, 7); }, 0, "", "quarl: \n\n*** 7\n  more\n"},
+        {[] { elog_log<"\n">(1); }, ENOENT, "", "quarl: : No such file or directory\n"},
     };
     for (const char *program : {"../quarl", "quarl"})
         for (const auto &c : cases) {
