@@ -2,6 +2,7 @@
 
 #include "platform/allocate.h"
 #include "platform/elog.h"
+#include "platform/msd.h"
 #include "platform/text.h"
 #include "records.h"
 
@@ -102,6 +103,24 @@ inline bool take(SeedInput *in, int from, char *dest, int n)
     return true;
 }
 
+/// Bytes that belong to no record: what a text tool or a blocked device puts behind a volume.
+bool is_fill(std::string_view bytes)
+{
+    return bytes.find_first_not_of(std::string_view(" \n\0", 3)) == std::string_view::npos;
+}
+
+/// Tells the user, once per file, when the input ends inside the record at `start`.
+void tell_cut(SeedInput *in, int start)
+{
+    const int present = in->pbytes - start;
+    if (present <= 0 || present >= in->recsiz || in->told_cut ||
+        is_fill({in->buffer + start, static_cast<std::size_t>(present)}))
+        return;
+    in->told_cut = true;
+    elog_complain<"Input ends inside logical record #%d: %d of %d bytes\n">(0, in->recno, present,
+                                                                            in->recsiz);
+}
+
 /// Copies `n` unread bytes.
 inline bool copy_bytes(SeedInput *in, char *dest, int n)
 {
@@ -112,7 +131,6 @@ inline bool copy_bytes(SeedInput *in, char *dest, int n)
         return false;
     }
     in->cur += n;
-    tell_if_cut(in);
     return true;
 }
 
@@ -162,7 +180,6 @@ bool enter_record(SeedInput *in)
     in->cur += sizeof header;
     if (in->recsiz == 0)
         in->recsiz = Default_Record_Length;
-    tell_if_cut(in);
     return true;
 }
 
@@ -193,7 +210,7 @@ void clrSeedInput(SeedInput *in)
     in->totbytes = in->recno = 0;
     in->start = in->cur = in->recsiz = in->seq_num = 0;
     in->type_code = in->cont_code = '#';
-    in->told_cut = false;
+    in->told_cut = in->length_open = false;
     in->read_error = 0;
 }
 
@@ -213,18 +230,17 @@ int moredata(SeedInput *in)
 
 void tell_if_cut(SeedInput *in)
 {
-    const int present = std::max(in->pbytes - in->start, 0);
-    if (in->cur <= in->pbytes || present >= in->recsiz || std::exchange(in->told_cut, true))
-        return;
-    elog_complain<"Input ends inside logical record #%d: %d of %d bytes\n">(0, in->recno, present,
-                                                                            in->recsiz);
+    if (in->cur > in->pbytes && !in->length_open)
+        tell_cut(in, in->start);
 }
 
 int advanceLogicalRecord(SeedInput *in)
 {
+    const int left = in->start;
     in->start = saturated_sum(in->start, in->recsiz);
     in->cur = in->start;
     if (in->eof && in->pbytes <= in->start) {
+        tell_cut(in, left); // what is missing may be fill that nobody asked for
         errno = 0;
         return -1;
     }
@@ -233,7 +249,14 @@ int advanceLogicalRecord(SeedInput *in)
     return enter_record(in) ? 0 : -1;
 }
 
-int read_fixed_header_slowly(SeedInput *in, char *dest, int n) { return copy_bytes(in, dest, n); }
+int read_fixed_header_slowly(SeedInput *in, char *dest, int n)
+{
+    if (!copy_bytes(in, dest, n))
+        return 0;
+    if (!is_ok_msd_quality(in->type_code)) // a data record's length is not known yet
+        tell_if_cut(in);
+    return 1;
+}
 
 int read_remainder_slowly(SeedInput *in, char *dest, int n)
 {
@@ -241,6 +264,7 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n)
         const int part = std::min(n, bytes_left(in));
         if (part > 0 && !copy_bytes(in, dest, part))
             return 0;
+        tell_if_cut(in);
         dest += part;
         n -= part;
         if (n > 0 && advanceLogicalRecord(in) != 0)

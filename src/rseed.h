@@ -31,6 +31,7 @@ struct SeedInput {
     char type_code = '#';      ///< its type code; '#' before the first record
     char cont_code = '#';      ///< its continuation code
     bool told_cut = false;     ///< the user knows that the input ends inside a record
+    bool length_open = false;  ///< the record's length is about to turn out, a cut is told then
     int read_error = 0;        ///< a read failed with this errno (-1: reason only); held back ...
     std::string read_reason;   ///< ... with these words until the bytes before it are used up
 };
@@ -46,7 +47,9 @@ void clrSeedInput(SeedInput *in);
 /// left.
 int moredata(SeedInput *in);
 
-/// Moves to the next logical record and reads its header. 0; -1 when there is none.
+/// Moves to the next logical record and reads its header. 0; -1 when there is none. The user is
+/// told when the input cuts the record that is left, unless there is nothing of it but blanks, NULs
+/// and line feeds.
 int advanceLogicalRecord(SeedInput *in);
 
 /// Bytes left in the current logical record.
@@ -56,7 +59,7 @@ inline int bytes_left(const SeedInput *in)
 }
 
 /// Tells the user, once per file, when bytes were read beyond an input that ends inside the current
-/// record.
+/// record. A cut that nothing was read beyond is told when the record is left.
 void tell_if_cut(SeedInput *in);
 
 /// read_remainder for bytes that do not all stand in the buffer and in one logical record.

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <utility>
 
 namespace
 {
@@ -108,10 +107,9 @@ const char *read_data_header(SeedInput *in)
         std::memcpy(record, Item.record(), Record_Header);
         return record;
     }
-    // Whether the input cuts the record short is known with the record's length.
-    const bool told = std::exchange(in->told_cut, true);
+    in->length_open = true;
     const int whole = read_remainder(in, Item.write(Prefix, Rest), Rest);
-    in->told_cut = told;
+    in->length_open = false;
     if (whole)
         return Item.record();
     elog_complain<"Unexpected end of file reading data header File #%d\n">(1, Tapefile);

@@ -329,11 +329,49 @@ TEST(Framing, OnlyACutRecordIsSaidToBeCut)
 {
     const std::string small =
         data_record_bytes({.length = 128, .b1000 = DataOnly{.exponent = 7}}, 2);
-    EXPECT_EQ(frame(small).err.find("Input ends"), std::string::npos);
-    EXPECT_EQ(frame("000001V 0100000" + std::string(51, ' ')).err.find("Input ends"),
-              std::string::npos);
-    EXPECT_NE(frame(small.substr(0, 127)).err.find("#1: 127 of 128 bytes"), std::string::npos);
-    EXPECT_NE(frame(small.substr(0, 20)).err.find("#1: 20 of 4096 bytes"), std::string::npos);
+    const std::string two = VolumeBuilder(512).blockette(400, std::string(600, 'x')).volume();
+    const std::string large = VolumeBuilder(4096)
+                                  .blockette(10, " 2.4122024,061~~~~~")
+                                  .blockette(400, std::string(9000, 'x'))
+                                  .blockette(400, std::string(9000, 'x'))
+                                  .volume();
+    ASSERT_EQ(large.size(), 5 * 4096);
+    const std::string nuls(100, '\0');
+    const struct {
+        std::string bytes;
+        const char *cut; // "" for none
+    } cases[] = {
+        {small, ""},
+        {small.substr(0, 127), "1: 127 of 128"},
+        {small.substr(0, 20), "1: 20 of 4096"},
+        {small.substr(0, 10), "1: 10 of 4096"},
+        {"000001V 0100000" + std::string(51, ' '), ""},
+        {two, ""},
+        {two.substr(0, 1000), "2: 488 of 512"}, // of padding
+        {two.substr(0, 512), ""},
+        {two.substr(0, 517), "2: 5 of 512"},
+        {two + "\n", ""},
+        {two + nuls, ""},
+        {two + nuls + std::string(800, ' ') + "\n", ""},
+        {two + nuls + "1", "3: 101 of 512"},
+        {two + std::string(520, '\0'), ""},
+        {large, ""},
+        {large.substr(0, 18432), "5: 2048 of 4096"},
+        {large.substr(0, 16389), "5: 5 of 4096"},
+        {large + "\n", ""},
+    };
+    for (const auto &[bytes, cut] : cases)
+        for (const std::size_t chunk : {13, 1000000}) {
+            const std::string told =
+                "Input ends inside logical record #" + std::string(cut) + " bytes\n";
+            const std::string err = frame(bytes, chunk).err;
+            const std::size_t at = err.find("Input ends");
+            EXPECT_EQ(at == std::string::npos ? "" : err.substr(at, told.size()), *cut ? told : "")
+                << bytes.size();
+            EXPECT_EQ(at, err.rfind("Input ends"));
+        }
+    EXPECT_EQ(frame(reading(two.substr(0, 1000), 13, EIO).get()).err,
+              frame(two).err + "quarl: input read error: Input/output error\n");
 }
 
 } // namespace
