@@ -101,6 +101,8 @@ int pfparse(std::string_view text, std::string_view origin, Pf *pf)
     if (!result)
         return complain_at(origin, result.error().source(), result.error().description());
     for (const auto &[key, value] : result.table()) {
+        if (value.is_string())
+            continue;
         const auto *table = value.as_table();
         if (!table)
             return complain_at(origin, value.source(),

@@ -18,7 +18,8 @@ struct Pf {
 [[nodiscard]] int pfread(std::string_view name, Pf *pf);
 
 /// Reads a parameter file from memory; `origin` names it in messages. 0 on success; -1 with the
-/// reason, line and column logged when the text is not TOML, or holds anything but tables of texts.
+/// reason, line and column logged when the text is not TOML, or holds anything but texts, which are
+/// passed over, and tables of texts.
 [[nodiscard]] int pfparse(std::string_view text, std::string_view origin, Pf *pf);
 
 /// The table `key`, or null. It lives as long as `pf`.
