@@ -25,6 +25,7 @@ blk_052_t blk_052;
     }                                                                                              \
     void init_##name(blk_##name##_t *blk)                                                          \
     {                                                                                              \
+        std::destroy_at(blk);                                                                      \
         std::construct_at(blk);                                                                    \
         blk->type = number;                                                                        \
     }

@@ -437,6 +437,15 @@ TEST(Blockette, TimeSpansAndEvents)
         "BHZ");
 }
 
+TEST(Blockette, InitialisedAgain)
+{
+    const Record used = parsed(54, "D020020030001" + reals(".5 1") + "0000");
+    auto *blk = static_cast<blk_054_t *>(used.get());
+    EXPECT_EQ(blk->numer_coef.size(), 1);
+    init_054(blk); // a sanitizer tells when the lists are not released
+    EXPECT_EQ(std::tuple(blk->type, blk->num_numer, blk->numer_coef.size()), std::tuple(54, 0, 0));
+}
+
 /// A negative count of an allocated list ends the run and shows the count unsigned.
 TEST(Blockette, NegativeCounts)
 {
