@@ -2,6 +2,7 @@
 
 #include "count.h"
 #include "pbrief.h"
+#include "platform/allocate.h"
 #include "platform/elog.h"
 #include "records.h"
 #include "seed/seed.h"
@@ -26,7 +27,7 @@ void position_tape(const std::string &path)
 
 /// Keeps the texts that the short channel line shows; the record is gone after its turn.
 void keep_abbreviation(const record_t *record, int type)
-{
+try {
     if (type == 31) {
         const auto *b031 = static_cast<const blk_031_t *>(record);
         settbl(Tbl_031, b031->comment_id, std::string(b031->comment));
@@ -37,6 +38,8 @@ void keep_abbreviation(const record_t *record, int type)
         const auto *b034 = static_cast<const blk_034_t *>(record);
         settbl(Tbl_034, b034->unit_id, std::string(b034->unit_name));
     }
+} catch (const std::bad_alloc &) {
+    out_of_memory(Where(), 1, "abbreviation");
 }
 
 void list_record(const record_t *record, int type)

@@ -129,7 +129,7 @@ void parse_052(blk_052_t *blk, std::string_view buff)
 }
 
 void fix_channel(blk_052_t *blk)
-{
+try {
     char *end = append_code(append_code(blk->channel, blk->chan_id), blk->loc_id);
     end[0] = '\0';
     if (blk->subchan_id <= 0)
@@ -143,4 +143,6 @@ void fix_channel(blk_052_t *blk)
         elog_complain<"Warning... Azimuth and Dip out of Range on %s,%s\n">(0, blk->station,
                                                                             blk->channel);
     setarr(Geoscope_channels, key, end[0]);
+} catch (const std::bad_alloc &) {
+    out_of_memory(Where(), 1, "Geoscope_channels");
 }

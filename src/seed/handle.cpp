@@ -49,7 +49,7 @@ std::unique_ptr<read_handle_t> seed_read(const std::string &path)
 }
 
 void update_fmt_list(FmtList &fmt_list, const blk_030_t &b030)
-{
+try {
     if (const std::string *old = gettbl(fmt_list, b030.format_id)) {
         if (*old == b030.name)
             elog_complain<"Data format id code #%d used twice for %s">(0, b030.format_id,
@@ -59,6 +59,8 @@ void update_fmt_list(FmtList &fmt_list, const blk_030_t &b030)
                                                                              *old, b030.name);
     }
     settbl(fmt_list, b030.format_id, std::string(b030.name));
+} catch (const std::bad_alloc &) {
+    out_of_memory(Where(), 1, "fmt_elem");
 }
 
 void update_order_list(OrderList &order_list, const blk_050_t &b050)

@@ -1,4 +1,5 @@
 // What surrounds the tool fails: its output, its input, its files, memory, the database.
+#include "blockette/blockette.h"
 #include "compose/blockette_text.h"
 #include "compose/files.h"
 #include "compose/volume.h"
@@ -239,6 +240,25 @@ TEST_F(Faults, NoMemory)
                  blk_050_t b050;
                  copy_text(b050.station, station + channel);
                  update_order_list(list, b050);
+             });
+         }},
+        {"update_fmt_list at line [0-9]+ of 'handle.cpp'\n\tCan't malloc 1 bytes for fmt_elem",
+         [] {
+             FmtList list;
+             blk_030_t b030;
+             b030.format_id = 9999;
+             update_fmt_list(list, b030);
+         }},
+        {"fix_channel at line [0-9]+ of 'station.cpp'\n\tCan't malloc 1 bytes for "
+         "Geoscope_channels",
+         [&] {
+             add_forever([](const std::string &station, const std::string &channel) {
+                 blk_052_t b052;
+                 copy_text(b052.station, station);
+                 copy_text(b052.chan_id, channel);
+                 b052.subchan_id = 1;
+                 b052.dip = -90;
+                 fix_channel(&b052);
              });
          }},
     };
