@@ -107,6 +107,11 @@ B1000 parse_b1000(const char *record, std::size_t available)
             unpacked.record_length};
 }
 
+const SeedFormat &seed_format(int type)
+{
+    return seed_formats[type > 0 && type < Nseed_formats ? type : 0];
+}
+
 const char *encoding_name(int encoding) { return xlatnum(encoding, seedname.data(), nseedname); }
 
 void b030_problem(const blk_dh_t &header, std::string_view dictionary_name,

@@ -22,6 +22,10 @@ struct SeedFormat {
 /// the format is unknown.
 int sd_data_type(std::string_view name);
 
+/// The row of `seed_formats` for the `type` of a data record; any number that is no row gives row
+/// 0, whose name is empty.
+const SeedFormat &seed_format(int type);
+
 /// What a data record's Blockette 1000 says.
 struct B1000 {
     bool usable = false; ///< there is one; the other members mean something

@@ -8,6 +8,7 @@
 #include "support/capture.h"
 #include "support/recipe.h"
 
+#include <climits>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <random>
@@ -169,6 +170,13 @@ TEST(DataFormat, NamesAliasesAndEncodings)
         {"ASCII RefTek Log Files, State of Health", 16}};
     for (const auto &[name, index] : names)
         EXPECT_EQ(sd_data_type(name), index) << name;
+    for (const auto &[type, name] : {std::pair(9, names[0].first),
+                                     {17, names[4].first},
+                                     {18, ""},
+                                     {0, ""},
+                                     {-1, ""},
+                                     {INT_MAX, ""}})
+        EXPECT_EQ(seed_format(type).seed, name) << type;
     std::map<int, int> indices = {{1, 6}, {3, 1}, {4, 10}, {10, 8}, {11, 9}, {15, 17}, {16, 3}};
     for (int encoding = 0; encoding < 256; ++encoding) {
         const std::string record = parse_recipe(formatted<"data b1000=%d,1,9">(encoding)).volume();
