@@ -30,6 +30,21 @@ struct Register {
 
 Register Messages;
 
+/// Writes what is held when the process ends without `end_process`: the library may serve a program
+/// that returns from `main`. Destroyed before the texts above, which a failing write needs.
+struct WriteAtExit {
+    constexpr WriteAtExit() = default;
+    WriteAtExit(const WriteAtExit &) = delete;
+    WriteAtExit &operator=(const WriteAtExit &) = delete;
+    ~WriteAtExit()
+    {
+        Process_End = [](int status) { std::_Exit(status); }; // std::exit is running already
+        elog_clear_register(1);
+    }
+};
+
+const WriteAtExit At_Exit;
+
 /// Messages of up to this size leave unbroken, even into a pipe that several programs write to; but
 /// not where the listing goes there too.
 constexpr std::size_t Usual_Message = 512;

@@ -81,6 +81,16 @@ TEST(Out, EndsTheRunWhenItCannotBeWritten)
     EXPECT_EQ(closed.err, "");
 }
 
+TEST(Out, LosesNothingWhenMainReturns)
+{
+    const auto leave = [] {
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        print<"held">(Stdout);
+        std::exit(0);
+    };
+    EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "^held$");
+}
+
 TEST(Out, WaitsForAReaderThatIsSlow)
 {
     int ends[2];
