@@ -1,8 +1,8 @@
 // What the benchmarks of library pieces share: files in memory, silence, reading a volume through.
 #pragma once
 
-#include "platform/out.h"
-#include "seed/seed.h"
+#include "volume/seed.h"
+#include "volume/state.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -12,6 +12,12 @@
 #include <sys/mman.h>
 #include <system_error>
 #include <unistd.h>
+
+using namespace quarl; // NOLINT: every benchmark is about it
+
+// The pieces under measurement find their state here.
+inline State Bench_State{VolumeOptions()};
+inline const Reading Bench_Reading{Bench_State};
 
 /// A file that exists in memory only and has a path as long as this lives.
 class MemoryFile
@@ -50,8 +56,6 @@ public:
     Quiet &operator=(const Quiet &) = delete;
     ~Quiet()
     {
-        Stdout.flush();
-        Stderr.flush();
         dup2(out_, 1);
         dup2(err_, 2);
         for (const int fd : {null_, out_, err_})

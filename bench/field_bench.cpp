@@ -1,13 +1,14 @@
 // Fields and lines: scanners, numbers beside the C library's, data headers, listing.
 #include "bench_support.h"
+#include "blockette/data_header.h"
 #include "blockette/scan.h"
 #include "compose/blockette_text.h"
 #include "compose/volume.h"
-#include "fixup_dh.h"
-#include "pbrief.h"
+#include "listing/pbrief.h"
 #include "platform/number.h"
 #include "platform/text.h"
 #include "random.h"
+#include "volume/fixup_dh.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
@@ -212,7 +213,7 @@ void list(benchmark::State &state, std::string_view bytes, int type)
     const Record record = parse_blk(bytes, type);
     for ([[maybe_unused]] auto _ : state)
         pbrief_blk(null, record.get(), type);
-    if (Bad_blkflag || !record)
+    if (parsing().Bad_blkflag || !record)
         state.SkipWithError("the blockette was not read");
     set_rate(state, 1);
 }

@@ -1,9 +1,9 @@
 // Look-ups that every data record makes: in the channel dictionary and in the format table of a
 // database. What a look-up costs must not depend on how much there is to look through.
 #include "bench_support.h"
+#include "blockette/seed_utl.h"
 #include "platform/text.h"
-#include "seed_utl.h"
-#include "seedformat.h"
+#include "volume/seedformat.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
@@ -142,7 +142,7 @@ double time_in_child(const char *database, int epochs, int count)
         return taken;
     const pid_t child = fork();
     if (child == 0) {
-        if (VXdbopen(database, "r+", &Db) == 0)
+        if (VXdbopen(database, "r+", &run().Db) == 0)
             taken = time_format_lookups(epochs, count);
         _exit(write(ends[1], &taken, sizeof taken) == sizeof taken ? 0 : 1);
     }

@@ -2,6 +2,9 @@
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -59,3 +62,5 @@ void parse_034(blk_034_t *blk, std::string_view buff)
     scan_var_str(&in, blk->unit_name);
     scan_var_str(&in, blk->unit_desc);
 }
+
+} // namespace quarl

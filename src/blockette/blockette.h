@@ -1,31 +1,74 @@
 // The blockette families: making, initialising, parsing and releasing each type's record.
 #pragma once
 
+#include "blockette/parsing.h"
 #include "platform/allocate.h"
-#include "records.h"
 
 #include <memory>
+#include <quarl/records.h>
 #include <string_view>
+
+namespace quarl
+{
+
+/// Every control blockette type that is listed, by its three-digit name.
+#define SEED_BLOCKETTES(X)                                                                         \
+    X(010)                                                                                         \
+    X(011)                                                                                         \
+    X(012)                                                                                         \
+    X(030) X(031) X(032) X(033) X(034) X(050) X(051) X(052) X(053) X(054) X(055) X(057) X(058)     \
+        X(059) X(061) X(062) X(070) X(071) X(072) X(073) X(074)
+
+/// The functions of record type T.
+template <class T> struct Family;
 
 /// new_NNN makes a record with its defaults, init_NNN sets them again, parse_NNN fills it from the
 /// text of a blockette (from its three-digit type on; nothing beyond `buff` is read) and free_NNN,
 /// in pfree, releases it. Parsers report bad fields and set Bad_blkflag; they never fail. Memory
 /// that is not there ends the run.
-#define DECLARE_FAMILY(number, name)                                                               \
+#define DECLARE_FAMILY(name)                                                                       \
     std::unique_ptr<blk_##name##_t> new_##name();                                                  \
     void init_##name(blk_##name##_t *blk);                                                         \
     void parse_##name(blk_##name##_t *blk, std::string_view buff);                                 \
-    void free_##name(blk_##name##_t *blk);
+    void free_##name(blk_##name##_t *blk);                                                         \
+    template <> struct Family<blk_##name##_t> {                                                    \
+        using Record = blk_##name##_t;                                                             \
+        static constexpr auto make = new_##name;                                                   \
+        static constexpr auto parse = parse_##name;                                                \
+        static constexpr auto free = free_##name;                                                  \
+    };
 SEED_BLOCKETTES(DECLARE_FAMILY)
 #undef DECLARE_FAMILY
+
+/// Calls f(Family<T>()) for the record type T of blockettes of `type`; false when there is none.
+template <class F> bool with_family(int type, F &&f)
+{
+    switch (type) {
+#define CASE_FAMILY(name)                                                                          \
+    case blk_##name##_t::Number:                                                                   \
+        f(Family<blk_##name##_t>());                                                               \
+        return true;
+        SEED_BLOCKETTES(CASE_FAMILY)
+#undef CASE_FAMILY
+    default:
+        return false;
+    }
+}
+
+/// Calls f(const T &) with a record of blockette type `type` as what it is; false when there is no
+/// such type.
+template <class F> bool visit(const record_t *record, int type, F &&f)
+{
+    return with_family(type, [&](auto family) {
+        f(*static_cast<const typename decltype(family)::Record *>(record));
+    });
+}
 
 /// Builds the full channel name from channel and location codes; a subchannel's name ends in a
 /// letter for its orientation and is entered in Geoscope_channels.
 void fix_channel(blk_052_t *blk);
 
-/// The last station and channel identifiers parsed; they live, and stay, for the whole run.
-extern blk_050_t blk_050;
-extern blk_052_t blk_052;
-
 /// Copies the current station and channel into a response or comment.
 void stamp_channel(channel_context_t *blk);
+
+} // namespace quarl

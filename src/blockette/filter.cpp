@@ -2,6 +2,9 @@
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
 
+namespace quarl
+{
+
 void parse_059(blk_059_t *blk, std::string_view buff)
 {
     Cursor in(buff);
@@ -54,3 +57,5 @@ void parse_062(blk_062_t *blk, std::string_view buff)
         blk->coef_error[i] = scan_double(&in, 12);
     });
 }
+
+} // namespace quarl

@@ -2,6 +2,9 @@
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -118,5 +121,7 @@ void parse_058(blk_058_t *blk, std::string_view buff)
     blk->gain = scan_double(&in, 12);
     blk->freq = scan_double(&in, 12);
     stamp_channel(blk);
-    blk->units_signal = blk_052.units_signal;
+    blk->units_signal = parsing().blk_052.units_signal;
 }
+
+} // namespace quarl

@@ -7,16 +7,19 @@
 #include <algorithm>
 #include <array>
 
+namespace quarl
+{
+
 namespace
 {
 
 /// The field could not be converted although it is not blank.
-template <Literal Message> void report_bad_field(std::string_view field)
+template <MessageKind Kind, Literal Text> void report_bad_field(std::string_view field)
 {
     if (blank(field))
         return;
-    elog_log<Message>(0, field);
-    Bad_blkflag = 1;
+    elog_log<Kind, Text>(0, field);
+    parsing().Bad_blkflag = 1;
 }
 
 using Room = std::array<char, 256>; ///< larger than any real field
@@ -38,9 +41,10 @@ std::string_view repaired(std::string_view field, Room &room)
 std::size_t cut_var_str(std::string_view text, char *dest, std::size_t maxchars)
 {
     dest[maxchars - 1] = '\0';
-    elog_complain<"variable string '%s' exceeded %d characters at %.80s\n">(
+    elog_complain<MessageKind::text_too_long,
+                  "variable string '%s' exceeded %d characters at %.80s\n">(
         0, std::string_view(dest, maxchars - 1), maxchars, up_to_nul(text));
-    Bad_blkflag = 1;
+    parsing().Bad_blkflag = 1;
     const std::size_t end = std::min(text.find_first_of(std::string_view("~\0", 2)), text.size());
     return end + (end < text.size() && text[end] == '~');
 }
@@ -53,7 +57,7 @@ int scan_int(Cursor *str, int len)
     std::size_t used = 0;
     const int value = leading_int(field, &used);
     if (used == 0)
-        report_bad_field<"Could not convert '%s' to an integer\n">(field);
+        report_bad_field<MessageKind::bad_integer, "Could not convert '%s' to an integer\n">(field);
     return value;
 }
 
@@ -69,7 +73,7 @@ double scan_double(Cursor *str, int len)
     if (text.data() != field.data())
         value = read_real(text, &used);
     if (used == 0)
-        report_bad_field<"Couldn't convert '%s' to a real number.\n">(text);
+        report_bad_field<MessageKind::bad_real, "Couldn't convert '%s' to a real number.\n">(text);
     return value;
 }
 
@@ -117,5 +121,7 @@ void scan_head(Cursor *str, blk_t *blk)
 
 void log_abort(std::string_view what, int i)
 {
-    elog_log<"Aborting input of %s at #%d\n">(0, what, i);
+    elog_log<MessageKind::list_abandoned, "Aborting input of %s at #%d\n">(0, what, i);
 }
+
+} // namespace quarl

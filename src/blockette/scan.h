@@ -1,13 +1,16 @@
 // Field scanners: how a parser walks the text of a blockette.
 #pragma once
 
+#include "blockette/parsing.h"
 #include "platform/text.h"
-#include "records.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
+
+namespace quarl
+{
 
 /// Position in the text of one blockette. Beyond the end of the text a scanner reads nothing, as it
 /// does behind a NUL; the position still advances.
@@ -15,6 +18,9 @@ class Cursor
 {
 public:
     explicit Cursor(std::string_view text) : text_(text) {}
+    Cursor(const Cursor &) = delete;
+    Cursor &operator=(const Cursor &) = delete;
+    ~Cursor() { parsing().fields_size = at_; }
 
     /// Everything from the position on.
     [[nodiscard]] std::string_view rest() const
@@ -36,7 +42,7 @@ public:
 
 private:
     std::string_view text_;
-    std::size_t at_ = 0;
+    std::size_t at_ = 0; ///< in the end, what the fields took
 };
 
 /// An integer field of `len` characters. Text behind the number is ignored and blanks are 0;
@@ -84,7 +90,7 @@ template <class ReadEntry>
 [[nodiscard]] bool scan_list(int count, std::string_view what, ReadEntry read_entry)
 {
     for (int i = 0; i < count; ++i) {
-        if (Bad_blkflag) {
+        if (parsing().Bad_blkflag) {
             log_abort(what, i);
             return false;
         }
@@ -102,7 +108,7 @@ public:
 
     template <class T, std::size_t N> T &operator()(T (&array)[N])
     {
-        static T surplus;
+        static thread_local T surplus;
         return room_ ? array[i_] : surplus;
     }
 
@@ -119,6 +125,8 @@ template <class ReadEntry> void scan_fixed_list(int *count, int capacity, ReadEn
         read_entry(Keep(i, capacity));
     if (*count > capacity) {
         *count = capacity;
-        Bad_blkflag = 1;
+        parsing().Bad_blkflag = 1;
     }
 }
+
+} // namespace quarl

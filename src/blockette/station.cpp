@@ -6,6 +6,9 @@
 
 #include <cmath>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -50,11 +53,13 @@ constexpr int Min_Exponent = 8;
 void check_record_length(blk_052_t *blk)
 {
     if (blk->record_length < Min_Exponent || blk->record_length > Standard_Exponent) {
-        elog_complain<"%s:%s block length is %d which is out of the legal range 8-12: setting to "
+        elog_complain<MessageKind::record_length_illegal,
+                      "%s:%s block length is %d which is out of the legal range 8-12: setting to "
                       "12\n">(0, blk->station, blk->chan_id, blk->record_length);
         blk->record_length = Standard_Exponent;
     } else if (blk->record_length != Standard_Exponent) {
-        elog_complain<"%s:%s has a non-standard block length %d\n">(0, blk->station, blk->chan_id,
+        elog_complain<MessageKind::record_length_unusual,
+                      "%s:%s has a non-standard block length %d\n">(0, blk->station, blk->chan_id,
                                                                     blk->record_length);
     }
 }
@@ -80,7 +85,7 @@ void parse_050(blk_050_t *blk, std::string_view buff)
     scan_var_str(&in, blk->end_date);
     blk->update = scan_char(&in);
     copy_text(blk->network_code, scan_raw(&in, 2));
-    blk_050 = *blk;
+    parsing().blk_050 = *blk;
 }
 
 void parse_051(blk_051_t *blk, std::string_view buff)
@@ -91,8 +96,8 @@ void parse_051(blk_051_t *blk, std::string_view buff)
     scan_var_str(&in, blk->end_time);
     blk->comment_key = scan_int(&in, 4);
     blk->comment_level = scan_int(&in, 6);
-    copy_text(blk->station, blk_050.station);
-    copy_text(blk->network_code, blk_050.network_code);
+    copy_text(blk->station, parsing().blk_050.station);
+    copy_text(blk->network_code, parsing().blk_050.network_code);
 }
 
 void parse_052(blk_052_t *blk, std::string_view buff)
@@ -121,11 +126,11 @@ void parse_052(blk_052_t *blk, std::string_view buff)
     scan_var_str(&in, blk->start_date);
     scan_var_str(&in, blk->end_date);
     blk->update = scan_char(&in);
-    copy_text(blk->station, blk_050.station);
-    copy_text(blk->network_code, blk_050.network_code);
+    copy_text(blk->station, parsing().blk_050.station);
+    copy_text(blk->network_code, parsing().blk_050.network_code);
     fix_channel(blk);
     check_record_length(blk);
-    blk_052 = *blk;
+    parsing().blk_052 = *blk;
 }
 
 void fix_channel(blk_052_t *blk)
@@ -140,9 +145,12 @@ try {
     if (const char letter = orientation(blk->azimuth, blk->dip))
         end[0] = letter;
     else
-        elog_complain<"Warning... Azimuth and Dip out of Range on %s,%s\n">(0, blk->station,
+        elog_complain<MessageKind::orientation_unknown,
+                      "Warning... Azimuth and Dip out of Range on %s,%s\n">(0, blk->station,
                                                                             blk->channel);
-    setarr(Geoscope_channels, key, end[0]);
+    setarr(parsing().Geoscope_channels, key, end[0]);
 } catch (const std::bad_alloc &) {
     out_of_memory(Where(), 1, "Geoscope_channels");
 }
+
+} // namespace quarl

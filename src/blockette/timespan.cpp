@@ -4,6 +4,9 @@
 #include "blockette/scan.h"
 #include "platform/elog.h"
 
+namespace quarl
+{
+
 void parse_070(blk_070_t *blk, std::string_view buff)
 {
     Cursor in(buff);
@@ -55,8 +58,8 @@ void parse_073(blk_073_t *blk, std::string_view buff)
     scan_head(&in, blk);
     blk->num_segs = scan_int(&in, 4);
     if (blk->num_segs > blk_073_t::Capacity) {
-        elog_complain<"ERROR(parse_073) - num_segs is too large: %i\n">(0, blk->num_segs);
-        end_process(1);
+        elog_die<MessageKind::too_many_segments, "ERROR(parse_073) - num_segs is too large: %i\n">(
+            0, blk->num_segs);
     }
     for (int i = 0; i < blk->num_segs; ++i) {
         scan_str<5>(&in, blk->stn_id[i]);
@@ -89,3 +92,5 @@ void parse_074(blk_074_t *blk, std::string_view buff)
     });
     scan_str<2>(&in, blk->network_code);
 }
+
+} // namespace quarl

@@ -2,6 +2,9 @@
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
 
+namespace quarl
+{
+
 void parse_010(blk_010_t *blk, std::string_view buff)
 {
     Cursor in(buff);
@@ -40,3 +43,5 @@ void parse_012(blk_012_t *blk, std::string_view buff)
         keep(blk->seq_num) = scan_int(&in, 6);
     });
 }
+
+} // namespace quarl

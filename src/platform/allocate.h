@@ -9,6 +9,9 @@
 #include <new>
 #include <vector>
 
+namespace quarl
+{
+
 /// Where something is allocated, for the message when it cannot be.
 /// A constructor, as initialisers of the members would name this file.
 struct Where {
@@ -51,3 +54,5 @@ std::unique_ptr<T> allocate_one(std::string_view what, std::size_t count, const 
         out_of_memory(where, count, what);
     }
 }
+
+} // namespace quarl

@@ -14,6 +14,9 @@
 #include <utility>
 #include <vector>
 
+namespace quarl
+{
+
 /// A list indexed from 0 that grows as needed; a slot may be empty.
 template <class T> using Tbl = std::vector<std::optional<T>>;
 
@@ -152,3 +155,5 @@ private:
     mutable std::array<Answer, 1024> answers_{};
     std::unordered_map<Code, Steps, Hash> by_code_;
 };
+
+} // namespace quarl

@@ -17,6 +17,9 @@
 #include <unistd.h>
 #include <vector>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -187,7 +190,9 @@ struct Backend {
 constexpr Backend Sqlite = {open_sqlite, false, " not indexed"};
 constexpr Backend Postgresql = {open_postgresql, true, " order by t.tableoid, t.ctid"};
 
-struct Database {
+} // namespace
+
+struct Databases::Database {
     Backend backend;
     std::string source; ///< a path, or the URL of a server
     Session session;    ///< where it stays open
@@ -195,14 +200,13 @@ struct Database {
     bool refused = false; ///< the table could not be read
 };
 
-std::vector<Database> Databases;
+Databases::Databases() = default;
+Databases::~Databases() = default;
 
-/// Comes before the libraries that are loaded by then take themselves down.
-void end_sessions()
+namespace
 {
-    for (Database &database : Databases)
-        database.session.reset();
-}
+
+using Database = Databases::Database;
 
 Database database_of(std::string_view name)
 {
@@ -216,8 +220,9 @@ Database database_of(std::string_view name)
 
 Database *opened(Dbptr db)
 {
-    const bool known = db.database >= 0 && static_cast<std::size_t>(db.database) < Databases.size();
-    return known ? &Databases[db.database] : nullptr;
+    std::vector<Database> &all = Current<Databases>::get().all;
+    const bool known = db.database >= 0 && static_cast<std::size_t>(db.database) < all.size();
+    return known ? &all[db.database] : nullptr;
 }
 
 /// Reads all rows of the table; the answer is what went wrong, empty when nothing.
@@ -234,7 +239,7 @@ std::string select_rows(const Backend &backend, const Session &session, TextRows
 /// Reads the table; what goes wrong is complained about and not tried again.
 void read_table(Database *database)
 {
-    elog_clear_register(1); // a server may take its time
+    before_wait(); // a server may take its time
     Session opened_now;
     if (!database->session)
         opened_now = database->backend.open(database->source);
@@ -247,7 +252,8 @@ void read_table(Database *database)
     }
     database->rows.clear();
     database->refused = true;
-    elog_complain<"Can't read database table '%s'\n">(1, Table_Name);
+    elog_complain<MessageKind::database_not_read, "Can't read database table '%s'\n">(1,
+                                                                                      Table_Name);
 }
 
 } // namespace
@@ -261,12 +267,11 @@ int VXdbopen(const char *name, const char * /*mode*/, Dbptr *db)
     Session session = database.backend.open(database.source);
     if (!session)
         return -1;
-    if (database.backend.stays_open) {
+    if (database.backend.stays_open)
         database.session = std::move(session);
-        std::atexit(end_sessions);
-    }
-    Databases.push_back(std::move(database));
-    *db = {static_cast<int>(Databases.size()) - 1, dbALL, dbALL, dbALL};
+    std::vector<Database> &all = Current<Databases>::get().all;
+    all.push_back(std::move(database));
+    *db = {static_cast<int>(all.size()) - 1, dbALL, dbALL, dbALL};
     return 0;
 }
 
@@ -311,3 +316,5 @@ int dbgetv(Dbptr db, std::initializer_list<DbField> fields)
     }
     return 0;
 }
+
+} // namespace quarl

@@ -1,11 +1,17 @@
 // Read-only access to a CSS 3.0 database.
 #pragma once
 
+#include "platform/current.h"
+
 #include <initializer_list>
 #include <span>
+#include <vector>
+
+namespace quarl
+{
 
 /// Names a database, a table of it and one row (`record`) of the table. Plain numbers; the tables
-/// live in this module for the rest of the run.
+/// live in the current `Databases`.
 struct Dbptr {
     int database;
     int table;
@@ -16,6 +22,17 @@ struct Dbptr {
 inline constexpr int dbINVALID = -102;      ///< every member of a pointer to nothing
 inline constexpr int dbALL = -501;          ///< "no particular row"
 inline constexpr int dbRECORD_COUNT = -305; ///< code of dbquery: number of rows
+
+/// The databases that a run has open, by `Dbptr::database`.
+struct Databases {
+    Databases();
+    Databases(const Databases &) = delete;
+    Databases &operator=(const Databases &) = delete;
+    ~Databases();
+
+    struct Database;
+    std::vector<Database> all;
+};
 
 /// The pointer to nothing: no database is open.
 Dbptr dbinvalid();
@@ -44,3 +61,5 @@ struct DbField {
 /// Reads fields of row `db.record` as text: NULL is empty, trailing blanks are dropped, over-long
 /// text is cut. 0 on success, -1 (nothing written) for a row or field that does not exist.
 int dbgetv(Dbptr db, std::initializer_list<DbField> fields);
+
+} // namespace quarl

@@ -9,6 +9,9 @@
 #include <dlfcn.h>
 #include <soci/soci-simple.h>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -153,3 +156,5 @@ void prepare_session(Session *session, std::initializer_list<const char *> queri
         session->reset();
     }
 }
+
+} // namespace quarl

@@ -7,6 +7,9 @@
 #include <string_view>
 #include <vector>
 
+namespace quarl
+{
+
 struct EndSession {
     std::shared_ptr<const void> keeps; ///< what has to stay until the session has ended
     void operator()(void *session) const;
@@ -59,3 +62,5 @@ std::string run_query(const Session &session, const std::string &query, TextRows
 /// Runs queries in a new session for their effect; ends it with the reason left for elog when one
 /// fails.
 void prepare_session(Session *session, std::initializer_list<const char *> queries);
+
+} // namespace quarl

@@ -1,130 +1,132 @@
 #include "platform/elog.h"
-#include "platform/text.h"
 
-#include <climits>
-#include <csignal>
-#include <cstdlib>
-#include <sys/stat.h>
+#include <array>
+#include <cstring>
 #include <unistd.h>
 #include <utility>
 
-std::string Program_Name = "quarl";
-void (*Process_End)(int status) = [](int status) {
-    if (status == Reader_Gone) {
-        std::signal(SIGPIPE, SIG_DFL);
-        std::raise(SIGPIPE);
-    }
-    std::exit(status);
-};
+namespace quarl
+{
 
 namespace
 {
 
-std::string Reason; ///< a library's words for the next flagged message
+using namespace std::string_view_literals;
 
-/// Where messages are held, and whether beyond the next one.
-struct Register {
-    Out *stream = &Stderr;
-    bool holds = false;
+/// In the order of MessageKind.
+constexpr std::array Names = {
+    "input-not-opened"sv,
+    "input-read-error"sv,
+    "input-cut"sv,
+    "item-cut"sv,
+    "bad-sequence-number"sv,
+    "item-too-large"sv,
+    "blockette-too-small"sv,
+    "blockette-unknown"sv,
+    "blockette-bad"sv,
+    "bad-integer"sv,
+    "bad-real"sv,
+    "text-too-long"sv,
+    "list-abandoned"sv,
+    "too-many-segments"sv,
+    "record-length-illegal"sv,
+    "record-length-unusual"sv,
+    "orientation-unknown"sv,
+    "format-code-repeated"sv,
+    "format-code-redefined"sv,
+    "format-code-undefined"sv,
+    "formats-differ"sv,
+    "record-lengths-differ"sv,
+    "format-not-in-database"sv,
+    "database-not-opened"sv,
+    "database-not-read"sv,
+    "parameter-file"sv,
+    "output-failed"sv,
+    "out-of-memory"sv,
+    "interrupted"sv,
+    "usage"sv,
 };
+static_assert(Names.size() == static_cast<std::size_t>(MessageKind::usage) + 1);
 
-Register Messages;
-
-/// Writes what is held when the process ends without `end_process`: the library may serve a program
-/// that returns from `main`. Destroyed before the texts above, which a failing write needs.
-struct WriteAtExit {
-    constexpr WriteAtExit() = default;
-    WriteAtExit(const WriteAtExit &) = delete;
-    WriteAtExit &operator=(const WriteAtExit &) = delete;
-    ~WriteAtExit()
-    {
-        Process_End = [](int status) { std::_Exit(status); }; // std::exit is running already
-        elog_clear_register(1);
-    }
-};
-
-const WriteAtExit At_Exit;
-
-/// Messages of up to this size leave unbroken, even into a pipe that several programs write to; but
-/// not where the listing goes there too.
-constexpr std::size_t Usual_Message = 512;
-constexpr std::size_t Held_At_Most = PIPE_BUF - Usual_Message;
-
-bool same_file(int a, int b)
+/// Hears messages where nobody else does.
+class StderrHost : public Host
 {
-    struct stat first = {};
-    struct stat second = {};
-    return fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev &&
-           first.st_ino == second.st_ino;
+    void hear(Message &message) override { say_on_stderr(message); }
+};
+
+Host &host()
+{
+    if (Host *current = Current<Host>::find())
+        return *current;
+    static thread_local StderrHost fallback;
+    return fallback;
+}
+
+/// `words` have to outlive the message.
+Message message_of(MessageKind kind, std::string_view text, std::string_view words, int error)
+{
+    while (text.ends_with('\n'))
+        text.remove_suffix(1);
+    Message message{kind, text, words, 0, {}, nullptr};
+    if (words.empty() && error != 0) {
+        message.error = error;
+        message.reason = strerror(error); // no copy: there may be no memory
+    }
+    return message;
 }
 
 } // namespace
 
-void elog_init(int argc, char *argv[])
+std::string full_text(const Message &message)
 {
-    if (argc > 0)
-        Program_Name = argv[0];
-    if (same_file(STDOUT_FILENO, STDERR_FILENO))
-        Messages = {&Stdout, true};
-    else
-        Messages = {&Stderr, isatty(STDERR_FILENO) == 0};
+    std::string text(message.text);
+    if (!message.reason.empty())
+        text.append(": ").append(message.reason);
+    return text;
 }
 
-void elog_set_reason(std::string_view words) { Reason = words; }
-
-std::string elog_take_reason() { return std::exchange(Reason, {}); }
-
-void end_process(int status)
+void say_on_stderr(const Message &message)
 {
-    elog_clear_register(1);
-    Process_End(status);
-    std::abort();
+    const std::string line = "quarl: " + full_text(message) + "\n";
+    (void)!::write(STDERR_FILENO, line.data(), line.size());
 }
 
-void end_without_output()
+void elog_set_reason(std::string_view words) { Elog::reason() = words; }
+
+std::string elog_take_reason() { return std::exchange(Elog::reason(), {}); }
+
+void before_wait() { host().before_wait(); }
+
+bool gives_up() { return host().gives_up(); }
+
+Scratch &Elog::text() { return host().text_; }
+
+Scratch &Elog::last_text(MessageKind kind)
 {
-    const int error = errno;
-    Messages.stream = &Stderr;
-    (void)elog_take_reason();
-    errno = error;
-    if (error == EPIPE)
-        end_process(Reader_Gone);
-    elog_die<"Can't write standard output">(1);
+    if (kind == MessageKind::out_of_memory)
+        host().reserve_.reset();
+    return host().text_;
 }
 
-void elog_clear_register(int print)
-{
-    if (!print)
-        return;
-    Stdout.flush();
-    Stderr.flush();
-}
+std::string &Elog::reason() { return host().reason_; }
 
-Out &elog_stream() { return *Messages.stream; }
-
-Out &elog_begin()
+void Elog::send(MessageKind kind, bool flag, int error)
 {
-    if (!Messages.holds || Messages.stream->size() > Held_At_Most)
-        elog_clear_register(1);
-    Out &stream = *Messages.stream;
-    stream.write(base_name(Program_Name));
-    stream.write(": ");
-    return stream;
-}
-
-void elog_end(bool system_error, int error)
-{
-    Out &stream = *Messages.stream;
-    stream.drop_trailing('\n');
-    if (system_error) {
-        const std::string reason = elog_take_reason();
-        std::string_view words = reason;
-        if (words.empty() && error != 0)
-            words = strerror(error); // no copy: there may be no memory
-        stream.write(words.empty() ? "" : ": ");
-        stream.write(words);
+    Host &to = host();
+    if (!flag) {
+        Message message = message_of(kind, to.text_.text(), {}, 0);
+        return to.hear(message);
     }
-    stream.write("\n");
-    if (!Messages.holds)
-        stream.flush();
+    const std::string words = elog_take_reason();
+    Message message = message_of(kind, to.text_.text(), words, error);
+    to.hear(message);
 }
+
+void Elog::fail(MessageKind kind, bool flag, int error)
+{
+    const std::string words = flag ? elog_take_reason() : std::string();
+    const Message message = message_of(kind, host().text_.text(), words, flag ? error : 0);
+    throw Error(kind, full_text(message), message.error);
+}
+
+} // namespace quarl

@@ -11,11 +11,15 @@
 #include <concepts>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+
+namespace quarl
+{
 
 /// A format as a template argument: print<"%5i\n">(...).
 template <std::size_t N> struct Literal {
@@ -381,6 +385,13 @@ char *put_fitting(char *to, std::index_sequence<I...> /*pieces*/, const Args &..
     return to;
 }
 
+template <Literal F, class Scratch, class... Args>
+void into_scratch(Scratch &scratch, const Args &...args)
+{
+    char *room = scratch.reserve(whole_room<F>(Indices<F>(), args...));
+    scratch.commit(put_whole<F>(room, Indices<F>(), args...));
+}
+
 template <Literal F, class... Args> std::string to_string(const Args &...args)
 {
     std::string text(whole_room<F>(Indices<F>(), args...), '\0');
@@ -399,6 +410,34 @@ template <Literal F, class... Args> void to_stream(Out &stream, const Args &...a
 }
 
 } // namespace format
+
+/// Room for one text, used again for the next.
+class Scratch
+{
+public:
+    /// Room for `size` characters; what was there is lost.
+    char *reserve(std::size_t size)
+    {
+        if (size > capacity_) {
+            room_ = std::make_unique_for_overwrite<char[]>(size);
+            capacity_ = size;
+        }
+        return room_.get();
+    }
+    void commit(const char *end) { size_ = static_cast<std::size_t>(end - room_.get()); }
+    [[nodiscard]] std::string_view text() const { return {room_.get(), size_}; }
+
+private:
+    std::size_t capacity_ = 1024;
+    std::size_t size_ = 0;
+    std::unique_ptr<char[]> room_ = std::make_unique_for_overwrite<char[]>(capacity_);
+};
+
+/// The text that printf would write for format F, into `scratch`.
+template <Literal F, class... Args> void format_to(Scratch &scratch, const Args &...args)
+{
+    format::into_scratch<F>(scratch, format::argument(args)...);
+}
 
 /// The text that printf would write for format F. Conversions: d i u x c s f e E g, flags + - 0,
 /// width and precision; texts are char arrays (up to their terminator) and string views.
@@ -427,3 +466,5 @@ template <Literal F, std::size_t N, class... Args> void put_text(char (&to)[N], 
     const std::size_t size = text.copy(to, N - 1);
     to[size] = '\0';
 }
+
+} // namespace quarl

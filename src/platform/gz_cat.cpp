@@ -1,5 +1,6 @@
 #include "platform/gz_cat.h"
 
+#include "platform/elog.h"
 #include "platform/inflate.h"
 
 #include <array>
@@ -8,6 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+
+namespace quarl
+{
 
 namespace
 {
@@ -50,7 +54,7 @@ ssize_t Stream::read(char *to, std::size_t size)
         return inflater_->read(to, size);
     for (;;) {
         const ssize_t count = ::read(fd_, to, size);
-        if (count >= 0 || errno != EINTR)
+        if (count >= 0 || errno != EINTR || gives_up())
             return count;
     }
 }
@@ -60,10 +64,12 @@ std::unique_ptr<Stream> gz_cat(const char *path)
     int fd = -1;
     do
         fd = open(path, O_RDONLY | O_CLOEXEC);
-    while (fd < 0 && errno == EINTR);
+    while (fd < 0 && errno == EINTR && !gives_up());
     if (fd < 0)
         return nullptr;
     return open_descriptor(fd, true);
 }
 
 std::unique_ptr<Stream> gz_cat_stdin() { return open_descriptor(STDIN_FILENO, false); }
+
+} // namespace quarl

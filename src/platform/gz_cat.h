@@ -6,6 +6,9 @@
 #include <string>
 #include <sys/types.h>
 
+namespace quarl
+{
+
 /// Inflates one compressed descriptor; what stands behind it is the decompression library's.
 class Inflater
 {
@@ -44,3 +47,5 @@ std::unique_ptr<Stream> gz_cat(const char *path);
 
 /// The same for standard input, which stays open when the stream ends.
 std::unique_ptr<Stream> gz_cat_stdin();
+
+} // namespace quarl

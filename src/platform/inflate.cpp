@@ -8,6 +8,9 @@
 #include <array>
 #include <string_view>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -156,3 +159,5 @@ std::unique_ptr<Inflater> new_inflater(int fd, std::string_view begin)
     });
     return format == Formats.end() ? nullptr : format->inflater(fd);
 }
+
+} // namespace quarl

@@ -7,6 +7,9 @@
 #include <string_view>
 #include <sys/types.h>
 
+namespace quarl
+{
+
 /// The address of a library's function, to be stored in a pointer of that function's type.
 struct Symbol {
     void *address;
@@ -56,3 +59,5 @@ private:
 /// Leaves the reason of a fault for elog: `error` when a read failed, else the decompressor's
 /// `words`. Returns -1.
 ssize_t leave_reason(int error, std::string_view words);
+
+} // namespace quarl

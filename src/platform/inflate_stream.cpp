@@ -8,6 +8,9 @@
 #include <utility>
 #include <zlib.h>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -274,3 +277,5 @@ std::unique_ptr<Inflater> new_lzma_inflater(int fd)
 {
     return std::make_unique<StreamInflater<LzmaDecoder>>(fd, "lzma");
 }
+
+} // namespace quarl

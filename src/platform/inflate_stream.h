@@ -11,6 +11,9 @@
 
 #include <memory>
 
+namespace quarl
+{
+
 /// Inflates gzip members in a row; blocks of zeros may follow them. Lengths and check sums are
 /// verified.
 std::unique_ptr<Inflater> new_gzip_inflater(int fd);
@@ -20,3 +23,5 @@ std::unique_ptr<Inflater> new_xz_inflater(int fd);
 
 /// Inflates one stream of xz's predecessor.
 std::unique_ptr<Inflater> new_lzma_inflater(int fd);
+
+} // namespace quarl

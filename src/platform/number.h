@@ -4,6 +4,9 @@
 #include <cstddef>
 #include <string_view>
 
+namespace quarl
+{
+
 /// Room that a put_ function needs at `to`: 309 digits, a sign, a point and the precision. What
 /// lies behind the returned end may have been overwritten within this room.
 inline constexpr std::size_t Real_Room = 352;
@@ -24,3 +27,5 @@ char *put_general(char *to, double value, int precision);
 /// NUL.
 /// `*used` is the number of characters converted, white space included; 0 when there is no number.
 double read_real(std::string_view text, std::size_t *used);
+
+} // namespace quarl

@@ -1,14 +1,15 @@
 #include "platform/out.h"
 
-#include "platform/elog.h"
-
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <poll.h>
+#include <quarl/error.h>
+#include <string>
 #include <unistd.h>
 
-constinit Out Stdout{STDOUT_FILENO};
-constinit Out Stderr{STDERR_FILENO};
+namespace quarl
+{
 
 namespace
 {
@@ -43,11 +44,16 @@ bool write_all(int fd, const char *from, std::size_t size)
 
 void Out::write(std::string_view text)
 {
+    if (text.size() <= Capacity - used_) {
+        std::memcpy(buffer_.get() + used_, text.data(), text.size());
+        used_ += text.size();
+        return;
+    }
     while (!text.empty()) {
         if (used_ == Capacity)
             flush();
         const std::size_t part = std::min(text.size(), Capacity - used_);
-        std::copy_n(text.data(), part, buffer_.data() + used_);
+        std::copy_n(text.data(), part, buffer_.get() + used_);
         used_ += part;
         text.remove_prefix(part);
     }
@@ -57,7 +63,11 @@ void Out::flush()
 {
     const std::size_t size = used_;
     used_ = 0;
-    if (write_all(fd_, buffer_.data(), size) || (fd_ == STDERR_FILENO && errno != EPIPE))
+    if (write_all(fd_, buffer_.get(), size) || (fd_ == STDERR_FILENO && errno != EPIPE))
         return;
-    end_without_output();
+    const int error = errno;
+    throw Error(MessageKind::output_failed,
+                std::string("Can't write standard output: ") + std::strerror(error), error);
 }
+
+} // namespace quarl

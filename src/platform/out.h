@@ -1,19 +1,22 @@
 // Buffered output to a file descriptor.
 #pragma once
 
-#include <array>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
+namespace quarl
+{
+
 /// A stream of bytes to one descriptor. Bytes leave in one write when the buffer fills or at
-/// `flush`; the caller decides when that must be. A failed write ends the process with a message
-/// (quietly when the reader of a pipe has gone).
+/// `flush`; the caller decides when that must be. A failed write throws Error; one to standard
+/// error does not, unless its reader has gone.
 class Out
 {
 public:
     static constexpr std::size_t Capacity = 65536;
 
-    constexpr explicit Out(int fd) : fd_(fd) {}
+    explicit Out(int fd) : fd_(fd) {}
     Out(const Out &) = delete;
     Out &operator=(const Out &) = delete;
 
@@ -23,10 +26,10 @@ public:
     {
         if (Capacity - used_ < size)
             flush();
-        return buffer_.data() + used_;
+        return buffer_.get() + used_;
     }
     /// Claims the bytes from the last `reserve` up to `end`.
-    void commit(const char *end) { used_ = static_cast<std::size_t>(end - buffer_.data()); }
+    void commit(const char *end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
 
     /// Appends `text`, whatever its length.
     void write(std::string_view text);
@@ -46,8 +49,7 @@ public:
 private:
     int fd_;
     std::size_t used_ = 0;
-    std::array<char, Capacity> buffer_{};
+    std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(Capacity);
 };
 
-extern Out Stdout; ///< the listing and the statistics
-extern Out Stderr; ///< usage and banner; messages go through elog
+} // namespace quarl

@@ -22,6 +22,9 @@
 #define TOML_UNREACHABLE __builtin_unreachable()
 #include <toml++/toml.h>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -77,7 +80,8 @@ bool read_file(const std::string &path, std::string *text)
 
 int complain_at(std::string_view origin, const toml::source_region &where, std::string_view what)
 {
-    elog_log<"%s:%u:%u: %s">(0, origin, where.begin.line, where.begin.column, what);
+    elog_log<MessageKind::parameter_file, "%s:%u:%u: %s">(0, origin, where.begin.line,
+                                                          where.begin.column, what);
     return -1;
 }
 
@@ -113,20 +117,25 @@ int pfparse(std::string_view text, std::string_view origin, Pf *pf)
     return 0;
 }
 
+int pfread_file(const std::string &path, Pf *pf)
+{
+    std::string text;
+    if (!read_file(path, &text)) {
+        elog_log<MessageKind::parameter_file, "%s">(1, path);
+        return -1;
+    }
+    return pfparse(text, path, pf);
+}
+
 int pfread(std::string_view name, Pf *pf)
 {
     const std::optional<std::string> path = find_file(std::string(name) + ".pf");
-    if (!path)
-        return -1;
-    std::string text;
-    if (!read_file(*path, &text)) {
-        elog_log<"%s">(1, *path);
-        return -1;
-    }
-    return pfparse(text, *path, pf);
+    return path ? pfread_file(*path, pf) : -1;
 }
 
 const Arr<std::string> *pfget_arr(const Pf &pf, std::string_view key)
 {
     return getarr(pf.tables, key);
 }
+
+} // namespace quarl

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+namespace quarl
+{
+
 /// A parameter file read into memory: its tables by name.
 struct Pf {
     Arr<Arr<std::string>> tables;
@@ -17,6 +20,9 @@ struct Pf {
 /// reason logged when a file was found.
 [[nodiscard]] int pfread(std::string_view name, Pf *pf);
 
+/// Reads the parameter file at `path`. 0 on success; otherwise -1 with the reason logged.
+[[nodiscard]] int pfread_file(const std::string &path, Pf *pf);
+
 /// Reads a parameter file from memory; `origin` names it in messages. 0 on success; -1 with the
 /// reason, line and column logged when the text is not TOML, or holds anything but texts, which are
 /// passed over, and tables of texts.
@@ -24,3 +30,5 @@ struct Pf {
 
 /// The table `key`, or null. It lives as long as `pf`.
 const Arr<std::string> *pfget_arr(const Pf &pf, std::string_view key);
+
+} // namespace quarl

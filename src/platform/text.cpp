@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <limits>
 
+namespace quarl
+{
+
 bool blank(std::string_view text) { return std::all_of(text.begin(), text.end(), is_space); }
 
 int leading_int(std::string_view text, std::size_t *used)
@@ -33,3 +36,5 @@ int to_int(std::string_view text)
     std::size_t used = 0;
     return leading_int(text, &used);
 }
+
+} // namespace quarl

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <string_view>
 
+namespace quarl
+{
+
 /// isspace of the "C" locale.
 constexpr bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -50,3 +53,5 @@ template <std::size_t N> void copy_text(char (&to)[N], std::string_view from)
     const std::size_t size = from.copy(to, N - 1);
     std::memset(to + size, 0, N - size);
 }
+
+} // namespace quarl

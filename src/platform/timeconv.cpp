@@ -2,6 +2,9 @@
 
 #include <cstdint>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -25,3 +28,5 @@ double h2e(int year, int doy, int hour, int minute, double seconds)
     const std::int64_t whole = (days * 24 + hour) * 3600 + std::int64_t{minute} * 60;
     return static_cast<double>(whole) + seconds;
 }
+
+} // namespace quarl

@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     constexpr std::size_t Enough = 4U << 20; // bytes: a few of them can stand for gigabytes
     if (size == 0)
         return 0;
-    run_one([&] {
+    run_one([&](Console * /*console*/) {
         const MemoryFile file(as_text(data + 1, size - 1));
         const auto stream = gz_cat(file.path().c_str());
         if (!stream)

@@ -1,10 +1,11 @@
 // The header of a data record, completed from a dictionary and from its own chain of blockettes.
-#include "decode.h"
-#include "fixup_dh.h"
+#include "blockette/data_header.h"
 #include "fuzz/harness.h"
-#include "pbrief.h"
+#include "listing/pbrief.h"
 #include "platform/text.h"
-#include "seed/seed.h"
+#include "volume/decode.h"
+#include "volume/fixup_dh.h"
+#include "volume/seed.h"
 
 #include <algorithm>
 #include <vector>
@@ -13,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     const std::vector<char> exact(data, data + size);
     const std::string_view record(exact.data(), size);
-    run_one([&] {
+    run_one([&](Console *console) {
         static read_handle_t Handle; // knows the channel of most of the corpus
         blk_052_t channel;
         settbl(Handle.fmt_list, 0, std::string("Steim2 Integer Compression Format"));
@@ -28,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         header->type = own.index != 0 ? own.index : sd_data_type(header->format);
         if (own.index != 0)
             b030_problem(*header, header->format, encoding_name(own.encoding));
-        pbrief_dh(Stdout, *header);
+        pbrief_dh(console->out(), *header);
     });
     return 0;
 }

@@ -2,9 +2,8 @@
 // of one input.
 #pragma once
 
-#include "platform/elog.h"
-#include "platform/out.h"
-#include "records.h"
+#include "programs/program.h"
+#include "programs/sdd.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +12,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 #include <utility>
+
+using namespace quarl; // NOLINT: every target is about it
 
 /// One input of a target; always 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
@@ -41,21 +42,14 @@ private:
     int fd_;
 };
 
-/// Runs `f`; a fatal message ends it and nothing else. What the run loop keeps is forgotten.
+/// Runs f(Console *) with state of its own; a fatal message ends it and nothing else.
 template <class F> void run_one(F &&f)
 {
-    struct Ended {
-    };
-    Process_End = [](int) { throw Ended(); };
-    Tbl_031.clear();
-    Tbl_033.clear();
-    Tbl_034.clear();
-    Geoscope_channels.clear();
-    try {
-        std::forward<F>(f)();
-        Stdout.flush();
-        Stderr.flush();
-    } catch (const Ended &) {
-        Stdout.discard();
-    }
+    Console console("quarl");
+    State state{VolumeOptions()};
+    const Reading reading(state);
+    run_guarded(&console, [&] {
+        std::forward<F>(f)(&console);
+        return 0;
+    });
 }

@@ -4,7 +4,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    run_one([&] {
+    run_one([&](Console * /*console*/) {
         Pf parameters;
         if (pfparse(as_text(data, size), "quarl.pf", &parameters) != 0)
             return;

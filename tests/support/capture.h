@@ -1,8 +1,8 @@
 // What a piece of the program writes to standard output and standard error, and how it ends.
 #pragma once
 
-#include "platform/elog.h"
-#include "platform/out.h"
+#include "programs/program.h"
+#include "programs/sdd.h"
 
 #include <stdexcept>
 #include <string>
@@ -10,6 +10,8 @@
 #include <system_error>
 #include <unistd.h>
 #include <utility>
+
+using namespace quarl; // NOLINT: every test is about it
 
 /// Both streams of a captured call. Status -1: it returned; else the process would have ended so.
 struct Captured {
@@ -51,29 +53,38 @@ private:
     int memory_;
 };
 
-/// Runs `f`. An end of the process inside it comes back as `status`.
+// Modules under test find their state here; each test is a process of its own.
+inline State Test_State{VolumeOptions()};
+inline const Reading Test_Reading{Test_State};
+
+/// What is captured at the moment.
+inline Console *Test_Console = nullptr;
+inline Console &console() { return *Test_Console; }
+inline Out &out() { return console().out(); }
+
+/// Lists the volume at `path` as the program does.
+inline void list_volume(const std::string &path)
+{
+    sdd(Test_Console, std::make_unique<State>(VolumeOptions()), path, 0);
+}
+
+/// Runs `f` with both streams captured. An Error comes back as the message and the status
+/// with which it ends a program.
 template <class F> Captured capture(F &&f)
 {
-    struct Ended {
-        int status;
-    };
-    const auto process_end = std::exchange(Process_End, [](int status) { throw Ended{status}; });
     Captured captured;
     {
-        Stdout.flush();
-        Stderr.flush();
         const Redirected out(STDOUT_FILENO);
         const Redirected err(STDERR_FILENO);
-        try {
+        const auto shown = std::make_unique<Console>("quarl");
+        Test_Console = shown.get();
+        const int status = run_guarded(shown.get(), [&] {
             std::forward<F>(f)();
-        } catch (const Ended &end) {
-            captured.status = end.status;
-        }
-        Stdout.flush();
-        Stderr.flush();
+            return -1;
+        });
+        captured.status = status;
         captured.out = out.text();
         captured.err = err.text();
     }
-    Process_End = process_end;
     return captured;
 }

@@ -2,9 +2,9 @@
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
 #include "compose/blockette_text.h"
-#include "pbrief.h"
-#include "seed/seed.h"
+#include "listing/pbrief.h"
 #include "support/capture.h"
+#include "volume/seed.h"
 
 #include <gtest/gtest.h>
 #include <regex>
@@ -31,10 +31,11 @@ std::string shown(int type, std::string_view fields)
 {
     const Captured all = capture([&] {
         const Record record = parsed(type, fields);
-        pbrief_blk(Stdout, record.get(), type);
+        pbrief_blk(out(), record.get(), type);
     });
     static const std::regex noise(" +<[A-Z][^>]*>(?=\n)|( ) +");
-    return std::regex_replace(all.err + all.out, noise, "$1") + (Bad_blkflag ? "flagged\n" : "") +
+    return std::regex_replace(all.err + all.out, noise, "$1") +
+           (parsing().Bad_blkflag ? "flagged\n" : "") +
            (all.status >= 0 ? "ended " + std::to_string(all.status) : "");
 }
 
@@ -101,7 +102,7 @@ TEST(Scan, Numbers)
         EXPECT_EQ(ints.rest(), "7~");
         EXPECT_EQ(doubles.rest(), "7~");
     }
-    EXPECT_EQ(Bad_blkflag, 0);
+    EXPECT_EQ(parsing().Bad_blkflag, 0);
 }
 
 TEST(Scan, VariableTexts)
@@ -120,7 +121,7 @@ TEST(Scan, VariableTexts)
     for (const auto &[text, value, rest] : rows) {
         SCOPED_TRACE(text);
         const bool cut = value.ends_with(' ');
-        Bad_blkflag = 0;
+        parsing().Bad_blkflag = 0;
         Cursor in(text);
         char dest[6] = "12345";
         const Captured all = capture([&] { scan_var_str(&in, dest, 4); });
@@ -128,7 +129,7 @@ TEST(Scan, VariableTexts)
         EXPECT_EQ(dest[4], '5') << "wrote behind its room";
         EXPECT_EQ(in.rest(), rest);
         EXPECT_EQ(all.err, cut ? too_long("ab ", 4, text) : "");
-        EXPECT_EQ(Bad_blkflag, cut);
+        EXPECT_EQ(parsing().Bad_blkflag, cut);
     }
 }
 
@@ -172,7 +173,7 @@ TEST(Blockette, StationAndItsComments)
 {
     EXPECT_STREQ(as<blk_051_t>(parsed(51, "2001~~00010")).network_code, "") << "no station yet";
     EXPECT_STREQ(as<blk_052_t>(parsed(52, b052({.subchannel = 1}))).network_code, "");
-    EXPECT_NE(getarr(Geoscope_channels, ":BHZ1"), nullptr);
+    EXPECT_NE(getarr(parsing().Geoscope_channels, ":BHZ1"), nullptr);
     // The numbers of channels and comments are not read, whatever they hold.
     const std::string site = "ANMO  34.945900-106.457200 1850.0  x?  2Site~001321010~~NIU";
     check({{50, site,
@@ -223,8 +224,9 @@ TEST(Blockette, ChannelOrientations)
         EXPECT_EQ(all.err, odd ? "quarl: Warning... Azimuth and Dip out of Range on ABC," +
                                      row.channel + "\n"
                                : "");
-        const char *last = row.key ? getarr(Geoscope_channels, std::string("ABC:") + row.key)
-                                   : &row.channel.back();
+        const char *last = row.key
+                               ? getarr(parsing().Geoscope_channels, std::string("ABC:") + row.key)
+                               : &row.channel.back();
         ASSERT_NE(last, nullptr);
         EXPECT_EQ(*last, row.channel.back());
     }
@@ -238,7 +240,7 @@ TEST(Blockette, ChannelRecordLengths)
         const Captured all = capture([&] { record = parsed(52, b052({.exponent = exponent})); });
         const bool legal = exponent >= 8 && exponent <= 12;
         EXPECT_EQ(as<blk_052_t>(record).record_length, legal ? exponent : 12);
-        EXPECT_EQ(Bad_blkflag, 0);
+        EXPECT_EQ(parsing().Bad_blkflag, 0);
         EXPECT_EQ(
             all.err,
             exponent == 12 ? ""
@@ -259,12 +261,12 @@ TEST(Blockette, ShortChannelLines)
                                      .dip = 0,
                                      .end = "2021,001"});
     const std::string tail = " 1.50m ( 90.00, 0.00) 20.00sps 2020,001 to 2021,001 'vault'\n";
-    Simplify = 1;
-    Tbl_033.clear();
-    Tbl_034.clear();
+    run().Simplify = 1;
+    run().Tbl_033.clear();
+    run().Tbl_034.clear();
     EXPECT_EQ(shown(52, fields), "B052 BHZ 00" + tail);
-    settbl(Tbl_033, 7, std::string("STS-2"));
-    settbl(Tbl_034, 3, std::string("M/S"));
+    settbl(run().Tbl_033, 7, std::string("STS-2"));
+    settbl(run().Tbl_034, 3, std::string("M/S"));
     EXPECT_EQ(shown(52, fields), "B052 BHZ 00 STS-2 M/S" + tail);
 }
 

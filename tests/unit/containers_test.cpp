@@ -1,8 +1,8 @@
 // Lists, arrays, sorted sets and the dictionaries made of them.
 #include "platform/containers.h"
 #include "platform/text.h"
-#include "seed/handle.h"
 #include "support/capture.h"
+#include "volume/handle.h"
 
 #include <gtest/gtest.h>
 
@@ -133,7 +133,7 @@ TEST(Dictionaries, ChannelsAreFoundInTheirSpan)
         char stn[Station_Size] = "ABC";
         return capture([&] { update_rec_list(channels, stn, formats, b052); }).err;
     };
-    Tapefile = 3;
+    run().Tapefile = 3;
     EXPECT_EQ(update("1970,002", "1970,003", 12, 1), "");
     EXPECT_EQ(update("1970,002,12", "1970,009", 9, 1), ""); // starts inside: not entered
     EXPECT_EQ(update("1970,003", "1970,004", 0, 2),
@@ -160,7 +160,7 @@ TEST(Dictionaries, ChannelsAreFoundInTheirSpan)
         copy_text(header.loc_id, "00");
         EXPECT_EQ(lookup_rec_list(channels, &header), 0) << c.epoch;
     }
-    Tapefile = 0;
+    run().Tapefile = 0;
 }
 
 } // namespace

@@ -2,13 +2,13 @@
 // and what was listed in front of the damage stays as it was.
 #include "compose/files.h"
 #include "compose/sample.h"
-#include "count.h"
-#include "pbrief.h"
-#include "sdd.h"
-#include "seed/seed.h"
+#include "listing/pbrief.h"
+#include "programs/sdd.h"
 #include "support/capture.h"
 #include "support/recipe.h"
 #include "support/sanitized.h"
+#include "volume/count.h"
+#include "volume/seed.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -72,9 +72,10 @@ Listing listing_of(const std::string &path)
                        init_count();
                        while (read_blk(handle.get(), &record, &type)) {
                            if (record)
-                               pbrief_blk(Stdout, record.get(), type);
+                               pbrief_blk(out(), record.get(), type);
                            count_blk(record.get(), type);
-                           Stdout.flush();
+                           summarise(out(), handle->now);
+                           out().flush();
                            const auto at = static_cast<std::size_t>(in.totbytes - in.pbytes);
                            read = std::max(read, at + in.cur);
                            listing.marks.push_back(
@@ -154,7 +155,7 @@ long peak_memory()
         for (const Mark &mark : whole.marks)
             same = mark.read <= intact ? mark.listed : same;
         const std::string path = file.path_of(volume);
-        const std::string out = capture([&] { sdd(path, 0); }).out;
+        const std::string out = capture([&] { list_volume(path); }).out;
         if (out.compare(0, same, whole.text, 0, same) != 0)
             _exit(1);
     }

@@ -1,12 +1,13 @@
 // Data records: the fixed header, its completion, Blockette 1000 and format identification.
+#include "blockette/data_header.h"
+#include "blockette/msd.h"
 #include "compose/files.h"
-#include "decode.h"
-#include "fixup_dh.h"
-#include "platform/msd.h"
 #include "platform/text.h"
-#include "seed/seed.h"
 #include "support/capture.h"
 #include "support/recipe.h"
+#include "volume/decode.h"
+#include "volume/fixup_dh.h"
+#include "volume/seed.h"
 
 #include <climits>
 #include <filesystem>
@@ -156,7 +157,7 @@ TEST(DataFormat, NamesAliasesAndEncodings)
                "[data_type_aliases]\nSTEIM2 = \"Steim2 Integer Compression Format\"\n"
                "\"CDSN Gain-Ranged Format\" = \"ASRO Gain-Ranged Format\"\nloop = \"STEIM2\"\n");
     setenv("QUARL_PFPATH", path.c_str(), 1);
-    ASSERT_EQ(pfread("quarl", &Parameters), 0);
+    ASSERT_EQ(pfread("quarl", &run().Parameters), 0);
     std::filesystem::remove_all(path);
     const std::vector<std::pair<const char *, int>> names = {
         {"Steim2 Integer Compression Format", 9},
@@ -216,7 +217,7 @@ void list_data(const std::string &recipe)
         if (type == Data_Record) {
             const auto &header = *static_cast<const blk_dh_t *>(record.get());
             EXPECT_EQ(header.data - header.raw, 64);
-            print<"%d %d %s\n">(Stdout, header.length, header.type, header.format);
+            print<"%d %d %s\n">(out(), header.length, header.type, header.format);
         }
     }
 }

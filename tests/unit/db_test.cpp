@@ -1,6 +1,7 @@
 #include "compose/files.h"
 #include "platform/db.h"
 #include "platform/elog.h"
+#include "support/capture.h"
 
 #include <algorithm>
 #include <array>
@@ -65,7 +66,7 @@ std::string outcome(const std::string &name)
     Dbptr db = dbinvalid();
     std::string rows;
     if (VXdbopen(name.c_str(), "r+", &db) != 0) {
-        elog_complain<"Can't open database\n">(1);
+        elog_complain<MessageKind::database_not_opened, "Can't open database\n">(1);
         EXPECT_EQ(db.database, dbINVALID);
     } else {
         rows = rows_of(db);

@@ -6,11 +6,11 @@
 #include "platform/db.h"
 #include "platform/gz_cat.h"
 #include "platform/text.h"
-#include "sdd.h"
-#include "seed/seed.h"
+#include "programs/sdd.h"
 #include "support/capture.h"
 #include "support/process.h"
 #include "support/sanitized.h"
+#include "volume/seed.h"
 
 #include <algorithm>
 #include <bit>
@@ -165,7 +165,7 @@ TEST_F(Faults, FileThatShrinks)
             int count = 0;
             while (read_blk(handle.get(), &record, &type))
                 ++count;
-            print<"%d records\n">(Stdout, count);
+            print<"%d records\n">(out(), count);
         });
     };
     const Captured shrunk = listed([&] {
@@ -292,9 +292,13 @@ TEST_F(Faults, DatabaseThatGoesAway)
                      nullptr, nullptr, nullptr);
         sqlite3_close(made);
         const Captured seen = capture([&] {
-            ASSERT_EQ(VXdbopen(file.c_str(), "r+", &Db), 0);
+            auto state = std::make_unique<State>(VolumeOptions());
+            {
+                const Reading reading(*state);
+                ASSERT_EQ(VXdbopen(file.c_str(), "r+", &run().Db), 0);
+            }
             each.happen();
-            sdd(two, 0);
+            sdd(&console(), std::move(state), two, 0);
         });
         EXPECT_NE(seen.out.find("    2             8192 Data blockettes"), std::string::npos);
         std::string expected = "quarl: Can't read database table 'seedformat': ";

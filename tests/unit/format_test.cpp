@@ -85,10 +85,10 @@ TEST(Format, PrintWritesAnySizeInOrder)
     std::string expected;
     const Captured shown = capture([&] {
         for (int i = 0; i < 30000; ++i) {
-            print<"%d,%3s;">(Stdout, i, "ab");
+            print<"%d,%3s;">(out(), i, "ab");
             expected += std::to_string(i) + ", ab;";
         }
-        print<"<%s>%d">(Stdout, large, 7);
+        print<"<%s>%d">(out(), large, 7);
     });
     EXPECT_EQ(shown.out, expected + "<" + large + ">7");
 }

@@ -5,10 +5,12 @@
 #include "support/compressed.h"
 #include "support/process.h"
 
+#include "support/capture.h"
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 

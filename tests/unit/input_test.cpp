@@ -1,10 +1,10 @@
 #include "compose/files.h"
 #include "compose/volume.h"
 #include "platform/text.h"
-#include "sdd.h"
-#include "seed/seed.h"
+#include "programs/sdd.h"
 #include "support/capture.h"
 #include "support/process.h"
+#include "volume/seed.h"
 
 #include <array>
 #include <climits>
@@ -95,7 +95,7 @@ TEST_F(Input, SlowPipeAndInterruptedCallsChangeNothing)
 {
     const std::string bytes = records(4);
     write_file(path_, bytes);
-    const Captured plain = capture([&] { sdd(path_, 0); });
+    const Captured plain = capture([&] { list_volume(path_); });
     std::filesystem::remove(path_);
     ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
     struct sigaction action = {};
@@ -118,7 +118,7 @@ TEST_F(Input, SlowPipeAndInterruptedCallsChangeNothing)
     const itimerval often = {{0, 1000}, {0, 1000}};
     const itimerval never = {};
     setitimer(ITIMER_REAL, &often, nullptr);
-    const Captured slow = capture([&] { sdd(path_, 0); });
+    const Captured slow = capture([&] { list_volume(path_); });
     setitimer(ITIMER_REAL, &never, nullptr);
     writer.join();
     EXPECT_EQ(slow.out, plain.out);
@@ -135,7 +135,7 @@ TEST_F(Input, CutAnywhereIsToldOnce)
     write_file(path_, bytes);
     for (std::size_t size = bytes.size() - 1; size > 0; --size) {
         std::filesystem::resize_file(path_, size);
-        const std::string err = capture([&] { sdd(path_, 0); }).err;
+        const std::string err = capture([&] { list_volume(path_); }).err;
         const std::string_view told = "quarl: Input ends inside logical record #";
         const std::size_t first = err.find(told);
         EXPECT_EQ(first == std::string::npos, size % 512 == 0) << size;

@@ -17,6 +17,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace quarl; // NOLINT: every test is about it
+
 namespace
 {
 

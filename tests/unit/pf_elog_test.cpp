@@ -22,25 +22,30 @@ TEST(Elog, Messages)
         int error;
         const char *reason, *shown;
     } cases[] = {
-        {[] { elog_complain<"text">(0); }, EIO, "", "quarl: text\n"},
-        {[] { elog_log<"text\n\n">(1); }, ENOENT, "", "quarl: text: No such file or directory\n"},
-        {[] { elog_complain<"text">(1); }, 0, "", "quarl: text\n"},
-        {[] { elog_complain<"a %s\n">(1, std::string_view("b\n")); }, EIO, "corrupt",
-         "quarl: a b: corrupt\n"},
-        {[] { elog_log<"\n\n*** %d\n  more\n">(0, 7); }, 0, "", "quarl: \n\n*** 7\n  more\n"},
-        {[] { elog_log<"\n">(1); }, ENOENT, "", "quarl: : No such file or directory\n"},
+        {[] { elog_complain<MessageKind::usage, "text">(0); }, EIO, "", "quarl: text\n"},
+        {[] { elog_log<MessageKind::usage, "text\n\n">(1); }, ENOENT, "",
+         "quarl: text: No such file or directory\n"},
+        {[] { elog_complain<MessageKind::usage, "text">(1); }, 0, "", "quarl: text\n"},
+        {[] { elog_complain<MessageKind::usage, "a %s\n">(1, std::string_view("b\n")); }, EIO,
+         "corrupt", "quarl: a b: corrupt\n"},
+        {[] { elog_log<MessageKind::usage, "\n\n*** %d\n  more\n">(0, 7); }, 0, "",
+         "quarl: \n\n*** 7\n  more\n"},
+        {[] { elog_log<MessageKind::usage, "\n">(1); }, ENOENT, "",
+         "quarl: : No such file or directory\n"},
     };
     for (const char *program : {"../quarl", "quarl"})
         for (const auto &c : cases) {
-            Program_Name = program;
-            elog_set_reason(c.reason);
             const Captured shown = capture([&] {
+                Console named(program);
+                const Current<Host> host(named);
+                elog_set_reason(c.reason);
                 errno = c.error;
                 c.write();
                 EXPECT_EQ(errno, c.error);
+                EXPECT_EQ(elog_take_reason(), ""); // used up
+                named.elog_clear_register();
             });
             EXPECT_EQ(shown.err, c.shown);
-            EXPECT_EQ(elog_take_reason(), ""); // used up
         }
 }
 
@@ -48,14 +53,17 @@ TEST(Elog, KeepsTheOrderOfBothStreams)
 {
     const Captured shown = capture([] {
         dup2(STDOUT_FILENO, STDERR_FILENO);
-        print<"one ">(Stdout);
-        elog_log<"two">(0);
-        print<"three ">(Stdout);
-        print<"<listing> ">(Stderr);
-        elog_die<"four">(0);
+        Console both("quarl");
+        const int status = run_guarded(&both, [&]() -> int {
+            print<"one ">(both.out());
+            elog_log<MessageKind::usage, "two">(0);
+            print<"three ">(both.out());
+            print<"<listing> ">(both.message_stream());
+            elog_die<MessageKind::usage, "four">(0);
+        });
+        EXPECT_EQ(status, 1);
     });
     EXPECT_EQ(shown.out, "one quarl: two\nthree <listing> quarl: four\n");
-    EXPECT_EQ(shown.status, 1);
 }
 
 TEST(Out, EndsTheRunWhenItCannotBeWritten)
@@ -65,8 +73,8 @@ TEST(Out, EndsTheRunWhenItCannotBeWritten)
             dup2(fd, STDOUT_FILENO);
             close(fd);
             elog_set_reason("of another fault"); // which must not pass for that of this one
-            print<"text">(Stdout);
-            elog_clear_register(1);
+            print<"text">(out());
+            console().elog_clear_register();
         });
     };
     const Captured full = onto(open("/dev/full", O_WRONLY));
@@ -79,16 +87,6 @@ TEST(Out, EndsTheRunWhenItCannotBeWritten)
     const Captured closed = onto(ends[1]);
     EXPECT_EQ(closed.status, Reader_Gone);
     EXPECT_EQ(closed.err, "");
-}
-
-TEST(Out, LosesNothingWhenMainReturns)
-{
-    const auto leave = [] {
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        print<"held">(Stdout);
-        std::exit(0);
-    };
-    EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "^held$");
 }
 
 TEST(Out, WaitsForAReaderThatIsSlow)

@@ -1,8 +1,8 @@
 // Volumes of real data centres, when they lie beside the project.
 #include "compose/files.h"
-#include "records.h"
-#include "sdd.h"
+#include "programs/sdd.h"
 #include "support/capture.h"
+#include <quarl/records.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -43,7 +43,7 @@ TEST(RealVolumes, EveryByteIsAccountedFor)
         if (name.find("seed") == std::string::npos)
             continue;
         SCOPED_TRACE(name);
-        const Captured run = capture([&] { sdd(entry.path(), 0); });
+        const Captured run = capture([&] { list_volume(entry.path()); });
         EXPECT_EQ(run.status, -1) << run.err;
         const std::size_t table = run.out.find("\nBlockette Summary -- file #0\n");
         ASSERT_NE(table, std::string::npos) << run.err;

@@ -1,12 +1,14 @@
 // Look-ups in the table seedformat, against rows gone through one by one.
+#include "blockette/seed_utl.h"
 #include "platform/format.h"
 #include "platform/text.h"
-#include "records.h"
-#include "seed_utl.h"
-#include "seedformat.h"
+#include "volume/seedformat.h"
+#include <quarl/records.h>
 
+#include "support/capture.h"
 #include <array>
 #include <filesystem>
+
 #include <gtest/gtest.h>
 #include <random>
 #include <sqlite3.h>
@@ -70,7 +72,7 @@ TEST(Seedformat, LastRowThenFirstRowInTableOrder)
     std::mt19937 random(20240229);
     const std::string path = formatted<"%sseedformat-%d.db">(testing::TempDir(), getpid());
     const std::vector<Row> rows = fill(path, random);
-    ASSERT_EQ(VXdbopen(path.c_str(), "r+", &Db), 0);
+    ASSERT_EQ(VXdbopen(path.c_str(), "r+", &run().Db), 0);
     const Row *last = nullptr;
     int found_rows = 0;
     for (int i = 0; i < 20000; ++i) {

@@ -1,7 +1,8 @@
 // The catalogue of blockette types and the statistics.
-#include "count.h"
-#include "sdblknam.h"
+#include "blockette/sdblknam.h"
+#include "listing/summary.h"
 #include "support/capture.h"
+#include "volume/count.h"
 
 #include <gtest/gtest.h>
 
@@ -52,7 +53,7 @@ TEST(Statistics, TableAndShares)
         count_length<blk_dh_t>(-1, 4096);
         for (const int type : {45, 0, 498})
             count_blk(nullptr, type);
-        summary(3, 8192);
+        summary(out(), 3, statistics(8192, 1));
     });
     EXPECT_EQ(shown.out, "\nBlockette Summary -- file #3\n"
                          "    1 (000)          0 Unknown Type blockettes\n"
@@ -66,7 +67,7 @@ TEST(Statistics, TableAndShares)
                          "Total Wasted          :       3096 =   37.8%\n");
     shown = capture([] {
         init_count();
-        summary(4, 0);
+        summary(out(), 4, statistics(0, 0));
     });
     EXPECT_EQ(shown.out, "");
 }
@@ -82,7 +83,7 @@ TEST(Statistics, TotalsAreWiderThanAnIntAndTypesOutsideTheTableShowNowhere)
             count_length<blk_dh_t>(-1, INT_MAX);
             count_length<blk_074_t>(74, INT_MAX);
         }
-        summary(0, 10000000000);
+        summary(out(), 0, statistics(10000000000, 1));
     });
     EXPECT_EQ(shown.err, "quarl: Unknown block type = 499\nquarl: Unknown block type = -2\n");
     EXPECT_EQ(shown.out, "\nBlockette Summary -- file #0\n"

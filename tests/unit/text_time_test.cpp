@@ -1,7 +1,7 @@
 // Fixed-width text and calendar times.
+#include "blockette/seed_utl.h"
 #include "platform/text.h"
 #include "platform/timeconv.h"
-#include "seed_utl.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +9,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <random>
+
+using namespace quarl; // NOLINT: every test is about it
 
 namespace
 {

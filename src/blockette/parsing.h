@@ -1,0 +1,29 @@
+// What the parsers remember from one blockette to the next.
+#pragma once
+
+#include "platform/containers.h"
+#include "platform/current.h"
+
+#include <cstddef>
+#include <memory>
+#include <quarl/records.h>
+
+namespace quarl
+{
+
+/// State of the parsers during one run.
+struct Parsing {
+    Parsing() { blk_050.network_code[0] = '\0'; }
+
+    int Bad_blkflag = 0;                ///< a field of the blockette being parsed is bad
+    std::size_t fields_size = 0;        ///< bytes that the fields of the last blockette took
+    blk_050_t blk_050;                  ///< the last station identifier; its texts are empty before
+    blk_052_t blk_052;                  ///< the last channel identifier
+    bool channel_is_of_station = false; ///< no station identifier came after that channel
+    Arr<char> Geoscope_channels;     ///< last character of a subchannel's name by station:channel
+    std::unique_ptr<blk_dh_t> spare; ///< the data record header released last: the next takes it
+};
+
+inline Parsing &parsing() { return Current<Parsing>::get(); }
+
+} // namespace quarl

@@ -1,0 +1,108 @@
+// The input stream and its logical records.
+#pragma once
+
+#include "platform/gz_cat.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quarl
+{
+
+/// One input stream: a read-ahead buffer and the current logical record in it. While inside a
+/// record, start <= cur; `recsiz` is a power of two or a data record's length.
+struct SeedInput {
+    static constexpr int sZphysical = 131074; ///< capacity of the buffer in bytes
+
+    std::unique_ptr<Stream> stream;
+    int fileno = -1;              ///< input files begun, less one; informational
+    std::vector<char> store;      ///< room in which the buffer slides
+    char *buffer = nullptr;       ///< read-ahead buffer of sZphysical bytes inside `store`
+    int pbytes = 0;               ///< bytes held in the buffer
+    int eof = 0;                  ///< the input has ended
+    int nreads = 0;               ///< reads that returned data in this file
+    std::int64_t totbytes = 0;    ///< bytes read in this file
+    std::int64_t recno = 0;       ///< logical records entered in this file
+    int start = 0;                ///< buffer offset of the current logical record
+    int cur = 0;                  ///< buffer offset of the next unread byte
+    int recsiz = 0;               ///< current logical record length in bytes; 0 when not known yet
+    int seq_num = 0;              ///< sequence number of the current logical record
+    char type_code = '#';         ///< its type code; '#' before the first record
+    char cont_code = '#';         ///< its continuation code
+    std::array<char, 8> header{}; ///< its header as it stands
+    bool told_cut = false;        ///< the user knows that the input ends inside a record
+    bool length_open = false;     ///< the record's length is about to turn out, a cut is told then
+    int read_error = 0;      ///< a read failed with this errno (-1: reason only); held back ...
+    std::string read_reason; ///< ... with these words until the bytes before it are used up
+    bool failed = false;     ///< a read error was reported in this file
+    bool stopped = false;    ///< a read that waited was given up: the input ends here
+    std::function<void(int)> on_record; ///< gets the sequence number of each record entered
+};
+
+/// Opens `path` ("" or "-": standard input). A path that cannot be opened ends the run.
+std::unique_ptr<SeedInput> newSeedInput(const std::string &path);
+
+/// Begins a new input file on the same descriptor: buffered bytes and the record length are
+/// forgotten.
+void clrSeedInput(SeedInput *in);
+
+/// Refills the buffer until it holds more than 64 KiB or the input ends. 0; -1 when nothing is
+/// left.
+int moredata(SeedInput *in);
+
+/// Moves to the next logical record and reads its header. 0; -1 when there is none. The user is
+/// told when the input cuts the record that is left, unless there is nothing of it but blanks, NULs
+/// and line feeds.
+int advanceLogicalRecord(SeedInput *in);
+
+/// Bytes left in the current logical record.
+inline int bytes_left(const SeedInput *in)
+{
+    return std::max(in->recsiz - (in->cur - in->start), 0);
+}
+
+/// Tells the user, once per file, when bytes were read beyond an input that ends inside the current
+/// record. A cut that nothing was read beyond is told when the record is left.
+void tell_if_cut(SeedInput *in);
+
+/// read_remainder for bytes that do not all stand in the buffer and in one logical record.
+int read_remainder_slowly(SeedInput *in, char *dest, int n);
+
+/// Copies `n` bytes that may run over logical records, whose headers are skipped. 1; 0 when the
+/// input ended. A record that the input cuts short is read with zeros, and the user told once.
+inline int read_remainder(SeedInput *in, char *dest, int n)
+{
+    if (n < 0 || n > bytes_left(in) || n > in->pbytes - in->cur)
+        return read_remainder_slowly(in, dest, n);
+    std::memcpy(dest, in->buffer + in->cur, n);
+    in->cur += n;
+    return 1;
+}
+
+/// read_fixed_header for bytes that do not all stand in the buffer.
+int read_fixed_header_slowly(SeedInput *in, char *dest, int n);
+
+/// Copies `n` bytes that lie in one logical record, the next one when the current has too few left
+/// (they are padding). 1; 0 when the input ended.
+inline int read_fixed_header(SeedInput *in, char *dest, int n)
+{
+    if (bytes_left(in) < n && advanceLogicalRecord(in) != 0)
+        return 0;
+    if (n > in->pbytes - in->cur)
+        return read_fixed_header_slowly(in, dest, n);
+    std::memcpy(dest, in->buffer + in->cur, n);
+    in->cur += n;
+    return 1;
+}
+
+/// Sets the logical record length to 2 to the power `exponent` (at least 2; exponents above 30
+/// count as 30).
+void setReadRecLen(SeedInput *in, int exponent);
+
+} // namespace quarl

@@ -1,0 +1,196 @@
+#include "platform/text.h"
+#include "volume/item_access.h"
+#include "volume/seed.h"
+#include "volume/state.h"
+
+#include <algorithm>
+#include <new>
+#include <quarl/volume.h>
+#include <utility>
+
+namespace quarl
+{
+
+void State::hear(Message &message)
+{
+    if (handle) {
+        const SeedInput &in = *handle->logical;
+        message.place = {run.Tapefile, in.totbytes - in.pbytes + in.cur,
+                         in.recno,     in.seq_num,
+                         in.type_code, in.cont_code};
+        message.item = handle->framing ? &handle->now : nullptr;
+    }
+    if (options.message)
+        options.message(message);
+    else
+        say_on_stderr(message);
+}
+
+void State::before_wait()
+{
+    if (options.before_wait)
+        options.before_wait();
+}
+
+bool State::gives_up() { return options.interrupted && options.interrupted(); }
+
+namespace
+{
+
+void read_parameters(State *state)
+{
+    VolumeOptions &options = state->options;
+    if (!options.parameter_file.empty() &&
+        pfread_file(options.parameter_file, &state->run.Parameters) != 0)
+        elog_die<MessageKind::parameter_file, "Can't read parameter file %s\n">(
+            0, options.parameter_file);
+    auto &aliases = state->run.Parameters.tables["data_type_aliases"];
+    for (const auto &[name, known] : options.format_aliases)
+        aliases.insert_or_assign(name, known);
+}
+
+void open_database(State *state)
+{
+    const std::string &name = state->options.database;
+    if (!name.empty() && VXdbopen(name.c_str(), "r", &state->run.Db) != 0)
+        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, name);
+}
+
+void open_input(State *state, const std::string &path)
+{
+    state->handle = seed_read(path);
+    state->handle->on_bad_item = state->options.bad_item;
+    state->handle->logical->on_record = state->options.record;
+    state->run.File_Flag |= state->options.one_file ? 1 : 0;
+}
+
+/// The turn of the item that is out is over.
+void finish_item(State *state)
+{
+    if (std::exchange(state->counts, false))
+        count_blk(state->record.get(), state->type);
+}
+
+void begin_file(State *state)
+{
+    init_count();
+    clrSeedInput(state->handle->logical.get());
+    state->handle->cut = false;
+    state->in_file = true;
+}
+
+/// The byte up to which the items of the input file reach.
+std::int64_t items_end(const read_handle_t &handle)
+{
+    const SeedInput &in = *handle.logical;
+    const std::int64_t buffer_at = in.totbytes - in.pbytes;
+    return handle.framing ? handle.now.place().offset
+                          : buffer_at + std::clamp(in.cur, 0, in.pbytes);
+}
+
+/// The input file has ended, or is left: the item for it, or null when it held nothing. Another
+/// file follows one that held an item.
+const Item *end_file(State *state, bool stopped)
+{
+    read_handle_t &handle = *state->handle;
+    const SeedInput &in = *handle.logical;
+    FileEnd &end = state->file_end;
+    end.stopped = stopped || in.stopped;
+    end.cut = handle.cut || in.told_cut;
+    end.failed = in.failed;
+    const std::int64_t bytes = end.stopped ? items_end(handle) : in.totbytes;
+    end.statistics = statistics(bytes, in.recno);
+    state->in_file = false;
+    state->ended = end.statistics.items == 0 || end.stopped || state->run.File_Flag != 0;
+    ItemAccess item{handle.now};
+    item.begin({state->run.Tapefile, bytes, in.recno, in.seq_num, in.type_code, in.cont_code});
+    item.type(End_Of_File, 0);
+    item.parsed(&end, false, 0);
+    if (!state->ended)
+        ++state->run.Tapefile;
+    return bytes > 0 || end.stopped ? &handle.now : nullptr;
+}
+
+bool is_to_stop(const State &state)
+{
+    return state.options.stop && state.options.stop->load(std::memory_order_relaxed) &&
+           !state.handle->logical->stopped;
+}
+
+const Item *next_item(State *state)
+{
+    finish_item(state);
+    while (!state->ended) {
+        if (!state->in_file)
+            begin_file(state);
+        const bool stop = is_to_stop(*state);
+        if (stop)
+            state->handle->framing = false;
+        if (!stop && read_blk(state->handle.get(), &state->record, &state->type)) {
+            state->counts = true;
+            return &state->handle->now;
+        }
+        if (const Item *end = end_file(state, stop))
+            return end;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+Volume::Volume(const std::string &path, VolumeOptions options)
+    : state_(std::make_unique<State>(std::move(options)))
+{
+    const Reading reading(*state_);
+    read_parameters(state_.get());
+    open_database(state_.get());
+    open_input(state_.get(), path);
+}
+
+Volume::Volume(const std::string &path, std::unique_ptr<State> prepared)
+    : state_(std::move(prepared))
+{
+    const Reading reading(*state_);
+    open_input(state_.get(), path);
+}
+
+Volume::Volume(Volume &&) noexcept = default;
+Volume &Volume::operator=(Volume &&) noexcept = default;
+Volume::~Volume() = default;
+
+const Item *Volume::next()
+try {
+    if (state_->failure)
+        throw Error(*state_->failure);
+    if (Current<Run>::find() == &state_->run)
+        return next_item(state_.get());
+    const Reading reading(*state_);
+    return next_item(state_.get());
+} catch (const Error &error) {
+    state_->failure = error;
+    throw;
+} catch (const std::bad_alloc &) {
+    state_->failure = Error(MessageKind::out_of_memory, "Out of memory");
+    throw Error(*state_->failure);
+}
+
+const std::string *Volume::text(Dictionary dictionary, int code) const
+{
+    switch (dictionary) {
+    case Dictionary::data_formats:
+        return gettbl(state_->handle->fmt_list, code);
+    case Dictionary::comments:
+        return gettbl(state_->run.Tbl_031, code);
+    case Dictionary::sources:
+        return gettbl(state_->run.Tbl_032, code);
+    case Dictionary::abbreviations:
+        return gettbl(state_->run.Tbl_033, code);
+    case Dictionary::units:
+        return gettbl(state_->run.Tbl_034, code);
+    case Dictionary::none:
+        break;
+    }
+    return nullptr;
+}
+
+} // namespace quarl
