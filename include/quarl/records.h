@@ -2,20 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <quarl/fields.h>
+#include <tuple>
 #include <vector>
 
 namespace quarl
 {
-
-/// The dictionaries that a volume's abbreviation headers fill.
-enum class Dictionary {
-    none,
-    data_formats,  ///< 030: data format names
-    comments,      ///< 031: comment descriptions
-    sources,       ///< 032: authors of cited sources
-    abbreviations, ///< 033: generic abbreviations
-    units,         ///< 034: unit names
-};
 
 /// The type number that stands for a data record.
 inline constexpr int Data_Record = -1;
@@ -51,6 +43,10 @@ struct channel_context_t {
     char end_date[Time_Size] = "";
     double sample_rate = 0.0; ///< samples per second
     int instr_id = 0;         ///< instrument identifier (generic abbreviation)
+    char loc_id[Location_Size] = "";
+    char chan_id[Channel_Id_Size] = "";
+    int subchan_id = 0;
+    bool channel_is_of_station = false; ///< the last channel came behind the last station
 };
 
 struct Complex_t {
@@ -68,6 +64,18 @@ struct blk_010_t : blk_t {
     char volume_time[Time_Size] = "";
     char originating_org[81] = "";
     char label[81] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(number("version_of_format", &blk_010_t::version),
+                          exponent("logical_record_length", &blk_010_t::rec_len),
+                          when("beginning_time", &blk_010_t::beg_time),
+                          until("end_time", &blk_010_t::end_time),
+                          when("volume_time", &blk_010_t::volume_time),
+                          text("originating_organization", &blk_010_t::originating_org),
+                          text("label", &blk_010_t::label));
+    }
 };
 
 /// Volume Station Header Index.
@@ -78,17 +86,36 @@ struct blk_011_t : blk_t {
     std::vector<char> stn_id; ///< num_stn slots
     std::vector<int> seq_num; ///< logical record in which each station's header begins
 
-    [[nodiscard]] const char *station(int i) const { return stn_id.data() + i * Slot; }
+    [[nodiscard]] const char *station(std::size_t i) const { return stn_id.data() + i * Slot; }
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(list("stations", "number_of_stations", &blk_011_t::num_stn,
+                               column({"station", {}, Meaning::text}, &blk_011_t::station),
+                               column({"sequence_number"}, &blk_011_t::seq_num)));
+    }
 };
 
 /// Volume Time Span Index.
 struct blk_012_t : blk_t {
     static constexpr int Number = 12;
     static constexpr int Capacity = 999;
-    int num_span = 0;
+    int num_span = 0;          ///< kept
+    int num_span_promised = 0; ///< as counted by the volume
     char beg_span[Capacity][Time_Size] = {};
     char end_span[Capacity][Time_Size] = {};
     int seq_num[Capacity] = {};
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(limited_list(
+            "spans", "number_of_spans", &blk_012_t::num_span, &blk_012_t::num_span_promised,
+            column({"beginning_of_span", {}, Meaning::time}, &blk_012_t::beg_span),
+            column({"end_of_span", {}, Meaning::end_time}, &blk_012_t::end_span),
+            column({"sequence_number"}, &blk_012_t::seq_num)));
+    }
 };
 
 /// Data Format Dictionary.
@@ -102,6 +129,18 @@ struct blk_030_t : blk_t {
     int data_type = -1; ///< data family type
     int num_keys = 0;
     std::vector<DecodeKey> decode_key;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            text("short_descriptive_name", &blk_030_t::name),
+            key("data_format_identifier_code", Dictionary::data_formats, &blk_030_t::format_id),
+            number("data_family_type", &blk_030_t::data_type),
+            list("decoder_keys", "number_of_decoder_keys", &blk_030_t::num_keys,
+                 column({"decoder_key", {}, Meaning::text}, &blk_030_t::decode_key,
+                        &blk_030_t::DecodeKey::text)));
+    }
 };
 
 /// Comment Description.
@@ -111,6 +150,15 @@ struct blk_031_t : blk_t {
     char class_code = ' ';
     char comment[71] = "";
     int units = 0; ///< units of comment level
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("comment_code_key", Dictionary::comments, &blk_031_t::comment_id),
+                          text("comment_class_code", &blk_031_t::class_code),
+                          text("description_of_comment", &blk_031_t::comment),
+                          code("comment_level_units", Dictionary::units, &blk_031_t::units));
+    }
 };
 
 /// Cited Source Dictionary.
@@ -120,6 +168,15 @@ struct blk_032_t : blk_t {
     char author[71] = "";
     char catalog[71] = ""; ///< date published or catalogue
     char publisher[51] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("source_lookup_code", Dictionary::sources, &blk_032_t::source_id),
+                          text("name_of_publication_or_author", &blk_032_t::author),
+                          text("date_published_or_catalog", &blk_032_t::catalog),
+                          text("publisher_name", &blk_032_t::publisher));
+    }
 };
 
 /// Generic Abbreviation.
@@ -127,6 +184,14 @@ struct blk_033_t : blk_t {
     static constexpr int Number = 33;
     int abbrev_id = 0;
     char abbrev[51] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            key("abbreviation_lookup_code", Dictionary::abbreviations, &blk_033_t::abbrev_id),
+            text("abbreviation_description", &blk_033_t::abbrev));
+    }
 };
 
 /// Units Abbreviation.
@@ -135,6 +200,14 @@ struct blk_034_t : blk_t {
     int unit_id = 0;
     char unit_name[21] = "";
     char unit_desc[51] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("unit_lookup_code", Dictionary::units, &blk_034_t::unit_id),
+                          text("unit_name", &blk_034_t::unit_name),
+                          text("unit_description", &blk_034_t::unit_desc));
+    }
 };
 
 /// Station Identifier.
@@ -154,6 +227,24 @@ struct blk_050_t : blk_t {
     char end_date[Time_Size] = ""; ///< empty when open
     char update = 'N';
     char network_code[Network_Size] = "  ";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            text("station", &blk_050_t::station), number("latitude", &blk_050_t::lat, "degrees"),
+            number("longitude", &blk_050_t::lon, "degrees"),
+            number("elevation", &blk_050_t::elev, "m"),
+            absent("number_of_channels", &blk_050_t::num_chans),
+            absent("number_of_station_comments", &blk_050_t::num_comm),
+            text("site_name", &blk_050_t::name),
+            code("network_identifier", Dictionary::abbreviations, &blk_050_t::net_id),
+            number("word_order_32_bit", &blk_050_t::long_order),
+            number("word_order_16_bit", &blk_050_t::word_order),
+            when("start_effective_date", &blk_050_t::start_date),
+            until("end_effective_date", &blk_050_t::end_date),
+            text("update_flag", &blk_050_t::update), text("network", &blk_050_t::network_code));
+    }
 };
 
 /// Station Comment.
@@ -165,6 +256,15 @@ struct blk_051_t : blk_t {
     int comment_level = 0;
     char station[Station_Size] = "";
     char network_code[Network_Size] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(when("beginning_effective_time", &blk_051_t::beg_time),
+                          until("end_effective_time", &blk_051_t::end_time),
+                          code("comment", Dictionary::comments, &blk_051_t::comment_key),
+                          number("comment_level", &blk_051_t::comment_level));
+    }
 };
 
 /// Channel Identifier.
@@ -177,14 +277,15 @@ struct blk_052_t : blk_t {
     char comment[31] = "";
     int units_signal = 0;
     int units_cal = 0;
-    double lat = 0.0;       ///< degrees
-    double lon = 0.0;       ///< degrees
-    double elev = 0.0;      ///< metres
-    double depth = 0.0;     ///< local depth, metres
-    double azimuth = 0.0;   ///< degrees clockwise from north
-    double dip = 0.0;       ///< degrees down from horizontal
-    int format_id = 0;      ///< data format identifier code
-    int record_length = 12; ///< data record length exponent
+    double lat = 0.0;            ///< degrees
+    double lon = 0.0;            ///< degrees
+    double elev = 0.0;           ///< metres
+    double depth = 0.0;          ///< local depth, metres
+    double azimuth = 0.0;        ///< degrees clockwise from north
+    double dip = 0.0;            ///< degrees down from horizontal
+    int format_id = 0;           ///< data format identifier code
+    int record_length = 12;      ///< data record length exponent, in the legal range
+    int record_length_read = 12; ///< as it stands in the volume
     double sample_rate = 0.0;
     double max_drift = 0.0; ///< maximum clock drift, seconds
     int num_comments = 0;
@@ -196,6 +297,33 @@ struct blk_052_t : blk_t {
     char network_code[Network_Size] = "";
     char channel[Channel_Size] = ""; ///< full name, built by fix_channel
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            text("location", &blk_052_t::loc_id), text("channel", &blk_052_t::chan_id),
+            number("subchannel", &blk_052_t::subchan_id),
+            code("instrument", Dictionary::abbreviations, &blk_052_t::instr_id),
+            text("optional_comment", &blk_052_t::comment),
+            code("signal_units", Dictionary::units, &blk_052_t::units_signal),
+            code("calibration_units", Dictionary::units, &blk_052_t::units_cal),
+            number("latitude", &blk_052_t::lat, "degrees"),
+            number("longitude", &blk_052_t::lon, "degrees"),
+            number("elevation", &blk_052_t::elev, "m"),
+            number("local_depth", &blk_052_t::depth, "m"),
+            number("azimuth", &blk_052_t::azimuth, "degrees"),
+            number("dip", &blk_052_t::dip, "degrees"),
+            code("data_format", Dictionary::data_formats, &blk_052_t::format_id),
+            exponent("data_record_length", &blk_052_t::record_length),
+            exponent("data_record_length_as_read", &blk_052_t::record_length_read),
+            number("sample_rate", &blk_052_t::sample_rate, "Hz"),
+            number("max_clock_drift", &blk_052_t::max_drift, "s"),
+            number("number_of_comments", &blk_052_t::num_comments),
+            text("channel_flags", &blk_052_t::chan_flags),
+            when("start_date", &blk_052_t::start_date), until("end_date", &blk_052_t::end_date),
+            text("update_flag", &blk_052_t::update));
+    }
 };
 
 /// Response (Poles and Zeros).
@@ -214,6 +342,28 @@ struct blk_053_t : blk_t, channel_context_t {
     std::vector<Complex_t> pole;
     std::vector<Complex_t> pole_error;
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            text("transfer_function_type", &blk_053_t::func_type),
+            number("stage_sequence_number", &blk_053_t::stage_num),
+            code("input_units", Dictionary::units, &blk_053_t::input_units),
+            code("output_units", Dictionary::units, &blk_053_t::output_units),
+            number("a0_normalization_factor", &blk_053_t::normal_factor),
+            number("normalization_frequency", &blk_053_t::normal_freq, "Hz"),
+            list("zeros", "number_of_complex_zeros", &blk_053_t::num_zeros,
+                 column({"real"}, &blk_053_t::zero, &Complex_t::real),
+                 column({"imaginary"}, &blk_053_t::zero, &Complex_t::imag),
+                 column({"real_error"}, &blk_053_t::zero_error, &Complex_t::real),
+                 column({"imaginary_error"}, &blk_053_t::zero_error, &Complex_t::imag)),
+            list("poles", "number_of_complex_poles", &blk_053_t::num_poles,
+                 column({"real"}, &blk_053_t::pole, &Complex_t::real),
+                 column({"imaginary"}, &blk_053_t::pole, &Complex_t::imag),
+                 column({"real_error"}, &blk_053_t::pole_error, &Complex_t::real),
+                 column({"imaginary_error"}, &blk_053_t::pole_error, &Complex_t::imag)));
+    }
 };
 
 /// Response (Coefficients).
@@ -230,6 +380,21 @@ struct blk_054_t : blk_t, channel_context_t {
     std::vector<double> denom_coef;
     std::vector<double> denom_error;
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("response_type", &blk_054_t::func_type),
+                          number("stage_sequence_number", &blk_054_t::stage_num),
+                          code("input_units", Dictionary::units, &blk_054_t::input_units),
+                          code("output_units", Dictionary::units, &blk_054_t::output_units),
+                          list("numerators", "number_of_numerators", &blk_054_t::num_numer,
+                               column({"coefficient"}, &blk_054_t::numer_coef),
+                               column({"error"}, &blk_054_t::numer_error)),
+                          list("denominators", "number_of_denominators", &blk_054_t::num_denom,
+                               column({"coefficient"}, &blk_054_t::denom_coef),
+                               column({"error"}, &blk_054_t::denom_error)));
+    }
 };
 
 /// Response List.
@@ -245,6 +410,20 @@ struct blk_055_t : blk_t, channel_context_t {
     std::vector<double> phase; ///< degrees
     std::vector<double> phase_error;
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(number("stage_sequence_number", &blk_055_t::stage_num),
+                          code("input_units", Dictionary::units, &blk_055_t::input_units),
+                          code("output_units", Dictionary::units, &blk_055_t::output_units),
+                          list("responses", "number_of_responses_listed", &blk_055_t::num_resp,
+                               column({"frequency", "Hz"}, &blk_055_t::frequency),
+                               column({"amplitude"}, &blk_055_t::amplitude),
+                               column({"amplitude_error"}, &blk_055_t::amplitude_error),
+                               column({"phase", "degrees"}, &blk_055_t::phase),
+                               column({"phase_error", "degrees"}, &blk_055_t::phase_error)));
+    }
 };
 
 /// Decimation. Its context carries no sample rate: `samprate` is the stage's own input rate.
@@ -257,6 +436,17 @@ struct blk_057_t : blk_t, channel_context_t {
     double delay = 0.0;      ///< estimated delay, seconds
     double correction = 0.0; ///< correction applied, seconds
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(number("stage_sequence_number", &blk_057_t::stage_num),
+                          number("input_sample_rate", &blk_057_t::samprate, "Hz"),
+                          number("decimation_factor", &blk_057_t::dec_factor),
+                          number("decimation_offset", &blk_057_t::dec_offset),
+                          number("estimated_delay", &blk_057_t::delay, "s"),
+                          number("correction_applied", &blk_057_t::correction, "s"));
+    }
 };
 
 /// Channel Sensitivity/Gain. The calibration history is not read.
@@ -267,6 +457,14 @@ struct blk_058_t : blk_t, channel_context_t {
     double freq = 0.0; ///< Hz
     int units_signal = 0;
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(number("stage_sequence_number", &blk_058_t::stage_num),
+                          number("sensitivity_or_gain", &blk_058_t::gain),
+                          number("frequency", &blk_058_t::freq, "Hz"));
+    }
 };
 
 /// Channel Comment.
@@ -276,6 +474,15 @@ struct blk_059_t : blk_t, channel_context_t {
     char end_time[Time_Size] = "";
     int comment_key = 0;
     int comment_level = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(when("beginning_effective_time", &blk_059_t::beg_time),
+                          until("end_effective_time", &blk_059_t::end_time),
+                          code("comment", Dictionary::comments, &blk_059_t::comment_key),
+                          number("comment_level", &blk_059_t::comment_level));
+    }
 };
 
 /// FIR Response.
@@ -289,6 +496,18 @@ struct blk_061_t : blk_t, channel_context_t {
     int num_coef = 0;
     std::vector<double> coef;
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(number("stage_sequence_number", &blk_061_t::stage_num),
+                          text("response_name", &blk_061_t::response_name),
+                          text("symmetry_code", &blk_061_t::symmetry),
+                          code("input_units", Dictionary::units, &blk_061_t::input_units),
+                          code("output_units", Dictionary::units, &blk_061_t::output_units),
+                          list("coefficients", "number_of_coefficients", &blk_061_t::num_coef,
+                               column({"coefficient"}, &blk_061_t::coef)));
+    }
 };
 
 /// Response (Polynomial).
@@ -309,6 +528,257 @@ struct blk_062_t : blk_t, channel_context_t {
     std::vector<double> coef;
     std::vector<double> coef_error;
     int changroup = 0;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            text("transfer_function_type", &blk_062_t::transfer_function_type),
+            number("stage_sequence_number", &blk_062_t::stage_num),
+            code("input_units", Dictionary::units, &blk_062_t::input_units),
+            code("output_units", Dictionary::units, &blk_062_t::output_units),
+            text("polynomial_approximation_type", &blk_062_t::polynomial_approximation_type),
+            text("valid_frequency_units", &blk_062_t::valid_frequency_units),
+            number("lower_valid_frequency_bound", &blk_062_t::lower_valid_frequency_bound),
+            number("upper_valid_frequency_bound", &blk_062_t::upper_valid_frequency_bound),
+            number("lower_bound_of_approximation", &blk_062_t::lower_bound_of_approximation),
+            number("upper_bound_of_approximation", &blk_062_t::upper_bound_of_approximation),
+            number("maximum_absolute_error", &blk_062_t::maximum_absolute_error),
+            list("coefficients", "number_of_coefficients", &blk_062_t::num_coef,
+                 column({"coefficient"}, &blk_062_t::coef),
+                 column({"error"}, &blk_062_t::coef_error)));
+    }
+};
+
+// Responses by reference: entries of the response dictionary, and a channel's references to them.
+// The listing does not show these types.
+
+/// FIR Dictionary.
+struct blk_041_t : blk_t {
+    static constexpr int Number = 41;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    char symmetry = ' ';
+    int input_units = 0;
+    int output_units = 0;
+    int num_coef = 0;          ///< in this blockette
+    int num_coef_promised = 0; ///< in it and in further ones of its key
+    std::vector<double> coef;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_041_t::lookup_key),
+                          text("response_name", &blk_041_t::response_name),
+                          text("symmetry_code", &blk_041_t::symmetry),
+                          code("input_units", Dictionary::units, &blk_041_t::input_units),
+                          code("output_units", Dictionary::units, &blk_041_t::output_units),
+                          limited_list("coefficients", "number_of_coefficients",
+                                       &blk_041_t::num_coef, &blk_041_t::num_coef_promised,
+                                       column({"coefficient"}, &blk_041_t::coef)));
+    }
+};
+
+/// Response (Poles and Zeros) Dictionary.
+struct blk_043_t : blk_t {
+    static constexpr int Number = 43;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    char func_type = ' ';
+    int input_units = 0;
+    int output_units = 0;
+    double normal_factor = 1.0; ///< A0 normalisation factor
+    double normal_freq = 0.0;   ///< Hz
+    int num_zeros = 0;
+    std::vector<Complex_t> zero;
+    std::vector<Complex_t> zero_error;
+    int num_poles = 0;
+    std::vector<Complex_t> pole;
+    std::vector<Complex_t> pole_error;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            key("response_lookup_key", Dictionary::responses, &blk_043_t::lookup_key),
+            text("response_name", &blk_043_t::response_name),
+            text("transfer_function_type", &blk_043_t::func_type),
+            code("input_units", Dictionary::units, &blk_043_t::input_units),
+            code("output_units", Dictionary::units, &blk_043_t::output_units),
+            number("a0_normalization_factor", &blk_043_t::normal_factor),
+            number("normalization_frequency", &blk_043_t::normal_freq, "Hz"),
+            list("zeros", "number_of_complex_zeros", &blk_043_t::num_zeros,
+                 column({"real"}, &blk_043_t::zero, &Complex_t::real),
+                 column({"imaginary"}, &blk_043_t::zero, &Complex_t::imag),
+                 column({"real_error"}, &blk_043_t::zero_error, &Complex_t::real),
+                 column({"imaginary_error"}, &blk_043_t::zero_error, &Complex_t::imag)),
+            list("poles", "number_of_complex_poles", &blk_043_t::num_poles,
+                 column({"real"}, &blk_043_t::pole, &Complex_t::real),
+                 column({"imaginary"}, &blk_043_t::pole, &Complex_t::imag),
+                 column({"real_error"}, &blk_043_t::pole_error, &Complex_t::real),
+                 column({"imaginary_error"}, &blk_043_t::pole_error, &Complex_t::imag)));
+    }
+};
+
+/// Response (Coefficients) Dictionary.
+struct blk_044_t : blk_t {
+    static constexpr int Number = 44;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    char func_type = ' ';
+    int input_units = 0;
+    int output_units = 0;
+    int num_numer = 0;
+    std::vector<double> numer_coef;
+    std::vector<double> numer_error;
+    int num_denom = 0;
+    std::vector<double> denom_coef;
+    std::vector<double> denom_error;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_044_t::lookup_key),
+                          text("response_name", &blk_044_t::response_name),
+                          text("response_type", &blk_044_t::func_type),
+                          code("input_units", Dictionary::units, &blk_044_t::input_units),
+                          code("output_units", Dictionary::units, &blk_044_t::output_units),
+                          list("numerators", "number_of_numerators", &blk_044_t::num_numer,
+                               column({"coefficient"}, &blk_044_t::numer_coef),
+                               column({"error"}, &blk_044_t::numer_error)),
+                          list("denominators", "number_of_denominators", &blk_044_t::num_denom,
+                               column({"coefficient"}, &blk_044_t::denom_coef),
+                               column({"error"}, &blk_044_t::denom_error)));
+    }
+};
+
+/// Response List Dictionary.
+struct blk_045_t : blk_t {
+    static constexpr int Number = 45;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    int input_units = 0;
+    int output_units = 0;
+    int num_resp = 0;
+    std::vector<double> frequency; ///< Hz
+    std::vector<double> amplitude;
+    std::vector<double> amplitude_error;
+    std::vector<double> phase; ///< degrees
+    std::vector<double> phase_error;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_045_t::lookup_key),
+                          text("response_name", &blk_045_t::response_name),
+                          code("input_units", Dictionary::units, &blk_045_t::input_units),
+                          code("output_units", Dictionary::units, &blk_045_t::output_units),
+                          list("responses", "number_of_responses_listed", &blk_045_t::num_resp,
+                               column({"frequency", "Hz"}, &blk_045_t::frequency),
+                               column({"amplitude"}, &blk_045_t::amplitude),
+                               column({"amplitude_error"}, &blk_045_t::amplitude_error),
+                               column({"phase", "degrees"}, &blk_045_t::phase),
+                               column({"phase_error", "degrees"}, &blk_045_t::phase_error)));
+    }
+};
+
+/// Generic Response Dictionary.
+struct blk_046_t : blk_t {
+    static constexpr int Number = 46;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    int input_units = 0;
+    int output_units = 0;
+    int num_corners = 0;
+    std::vector<double> corner_freq;  ///< Hz
+    std::vector<double> corner_slope; ///< dB per decade
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_046_t::lookup_key),
+                          text("response_name", &blk_046_t::response_name),
+                          code("input_units", Dictionary::units, &blk_046_t::input_units),
+                          code("output_units", Dictionary::units, &blk_046_t::output_units),
+                          list("corners", "number_of_corners_listed", &blk_046_t::num_corners,
+                               column({"corner_frequency", "Hz"}, &blk_046_t::corner_freq),
+                               column({"corner_slope", "dB/decade"}, &blk_046_t::corner_slope)));
+    }
+};
+
+/// Decimation Dictionary.
+struct blk_047_t : blk_t {
+    static constexpr int Number = 47;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    double samprate = 0.0; ///< input rate, samples per second
+    int dec_factor = 0;
+    int dec_offset = 0;
+    double delay = 0.0;      ///< estimated delay, seconds
+    double correction = 0.0; ///< correction applied, seconds
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_047_t::lookup_key),
+                          text("response_name", &blk_047_t::response_name),
+                          number("input_sample_rate", &blk_047_t::samprate, "Hz"),
+                          number("decimation_factor", &blk_047_t::dec_factor),
+                          number("decimation_offset", &blk_047_t::dec_offset),
+                          number("estimated_delay", &blk_047_t::delay, "s"),
+                          number("correction_applied", &blk_047_t::correction, "s"));
+    }
+};
+
+/// Channel Sensitivity/Gain Dictionary.
+struct blk_048_t : blk_t {
+    static constexpr int Number = 48;
+    int lookup_key = 0;
+    char response_name[26] = "";
+    double gain = 0.0;
+    double freq = 0.0; ///< Hz
+    int num_history = 0;
+    std::vector<double> calibration_gain;
+    std::vector<double> calibration_freq; ///< Hz
+    struct Time {
+        char text[Time_Size] = "";
+    };
+    std::vector<Time> calibration_time;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_048_t::lookup_key),
+                          text("response_name", &blk_048_t::response_name),
+                          number("sensitivity_or_gain", &blk_048_t::gain),
+                          number("frequency", &blk_048_t::freq, "Hz"),
+                          list("history", "number_of_history_values", &blk_048_t::num_history,
+                               column({"sensitivity"}, &blk_048_t::calibration_gain),
+                               column({"frequency", "Hz"}, &blk_048_t::calibration_freq),
+                               column({"time", {}, Meaning::time}, &blk_048_t::calibration_time,
+                                      &blk_048_t::Time::text)));
+    }
+};
+
+/// Response Reference.
+struct blk_060_t : blk_t, channel_context_t {
+    static constexpr int Number = 60;
+    struct Stage {
+        int stage_num = 0;
+        std::vector<int> lookup_key; ///< of the response dictionary, in order
+    };
+    int num_stages = 0;
+    std::vector<Stage> stage;
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            list("stages", "number_of_stages", &blk_060_t::num_stages,
+                 column({"stage_sequence_number"}, &blk_060_t::stage, &Stage::stage_num),
+                 column({"response_lookup_keys", {}, Meaning::code, Dictionary::responses},
+                        &blk_060_t::stage, &Stage::lookup_key)));
+    }
 };
 
 /// Time Span Identifier.
@@ -317,6 +787,14 @@ struct blk_070_t : blk_t {
     char span_flag = 'P';
     char beg_time[Time_Size] = "";
     char end_time[Time_Size] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("time_span_flag", &blk_070_t::span_flag),
+                          when("beginning_time", &blk_070_t::beg_time),
+                          until("end_time", &blk_070_t::end_time));
+    }
 };
 
 /// Hypocenter Information.
@@ -324,11 +802,12 @@ struct blk_071_t : blk_t {
     static constexpr int Number = 71;
     static constexpr int Capacity = 20;
     char origin_time[Time_Size] = "";
-    int source_id = 0;  ///< cited source
-    double lat = 0.0;   ///< degrees
-    double lon = 0.0;   ///< degrees
-    double depth = 0.0; ///< km
-    int num_mags = 0;
+    int source_id = 0;         ///< cited source
+    double lat = 0.0;          ///< degrees
+    double lon = 0.0;          ///< degrees
+    double depth = 0.0;        ///< km
+    int num_mags = 0;          ///< kept
+    int num_mags_promised = 0; ///< as counted by the volume
     double mag[Capacity] = {};
     char mag_type[Capacity][11] = {};
     int mag_source[Capacity] = {};   ///< cited source
@@ -337,6 +816,25 @@ struct blk_071_t : blk_t {
     int grn = 0;                     ///< seismic region number
     int srn = 0;                     ///< seismic location number
     char gregion[41] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            when("origin_time", &blk_071_t::origin_time),
+            code("hypocenter_source", Dictionary::sources, &blk_071_t::source_id),
+            number("latitude", &blk_071_t::lat, "degrees"),
+            number("longitude", &blk_071_t::lon, "degrees"),
+            number("depth", &blk_071_t::depth, "km"),
+            limited_list("magnitudes", "number_of_magnitudes", &blk_071_t::num_mags,
+                         &blk_071_t::num_mags_promised, column({"magnitude"}, &blk_071_t::mag),
+                         column({"magnitude_type", {}, Meaning::text}, &blk_071_t::mag_type),
+                         column({"magnitude_source", {}, Meaning::code, Dictionary::sources},
+                                &blk_071_t::mag_source)),
+            absent("span_start", &blk_071_t::span_start), absent("span_end", &blk_071_t::span_end),
+            number("seismic_region", &blk_071_t::grn), number("seismic_location", &blk_071_t::srn),
+            text("region_name", &blk_071_t::gregion));
+    }
 };
 
 /// Event Phases.
@@ -356,6 +854,21 @@ struct blk_072_t : blk_t {
     char event_time[Time_Size] = ""; ///< not read, stays empty
     int source = 0;                  ///< cited source
     char network_code[Network_Size] = "";
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            text("station", &blk_072_t::stn_id), text("location", &blk_072_t::loc_id),
+            text("channel", &blk_072_t::chan_id), when("arrival_time", &blk_072_t::arr_time),
+            number("amplitude", &blk_072_t::amp), number("period", &blk_072_t::period, "s"),
+            number("signal_to_noise_ratio", &blk_072_t::snr),
+            text("name_of_phase", &blk_072_t::phase), absent("latitude", &blk_072_t::lat),
+            absent("longitude", &blk_072_t::lon), absent("depth", &blk_072_t::depth),
+            absent("event_time", &blk_072_t::event_time),
+            code("source", Dictionary::sources, &blk_072_t::source),
+            text("network", &blk_072_t::network_code));
+    }
 };
 
 /// Time Span Data Start Index.
@@ -369,6 +882,19 @@ struct blk_073_t : blk_t {
     char series_start_time[Capacity][Time_Size] = {};
     int seq_num[Capacity] = {};
     int sub_seq_num[Capacity] = {};
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(
+            list("segments", "number_of_data_pieces", &blk_073_t::num_segs,
+                 column({"station", {}, Meaning::text}, &blk_073_t::stn_id),
+                 column({"location", {}, Meaning::text}, &blk_073_t::loc_id),
+                 column({"channel", {}, Meaning::text}, &blk_073_t::chan_id),
+                 column({"time_of_record", {}, Meaning::time}, &blk_073_t::series_start_time),
+                 column({"sequence_number"}, &blk_073_t::seq_num),
+                 column({"subsequence_number"}, &blk_073_t::sub_seq_num)));
+    }
 };
 
 /// Time Series Index.
@@ -385,10 +911,31 @@ struct blk_074_t : blk_t {
     char series_end_time[Time_Size] = "";
     int last_seq_num = 0;
     int last_sub_seq_num = 1;
-    int num_repeats = 0; ///< accelerator repeats
+    int num_repeats = 0;          ///< accelerator repeats, kept
+    int num_repeats_promised = 0; ///< as counted by the volume
     char rec_start_time[Capacity][Time_Size] = {};
     int req_seq_num[Capacity] = {};
     int req_sub_seq_num[Capacity] = {};
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("station", &blk_074_t::stn_id), text("location", &blk_074_t::loc_id),
+                          text("channel", &blk_074_t::chan_id),
+                          when("series_start_time", &blk_074_t::series_start_time),
+                          number("first_sequence_number", &blk_074_t::first_seq_num),
+                          number("first_subsequence_number", &blk_074_t::first_sub_seq_num),
+                          when("series_end_time", &blk_074_t::series_end_time),
+                          number("last_sequence_number", &blk_074_t::last_seq_num),
+                          number("last_subsequence_number", &blk_074_t::last_sub_seq_num),
+                          limited_list("accelerator_repeats", "number_of_accelerator_repeats",
+                                       &blk_074_t::num_repeats, &blk_074_t::num_repeats_promised,
+                                       column({"record_start_time", {}, Meaning::time},
+                                              &blk_074_t::rec_start_time),
+                                       column({"sequence_number"}, &blk_074_t::req_seq_num),
+                                       column({"subsequence_number"}, &blk_074_t::req_sub_seq_num)),
+                          text("network", &blk_074_t::network_code));
+    }
 };
 
 /// The fixed header of one data record.
@@ -425,8 +972,36 @@ struct blk_dh_t : record_t {
     double epoch = 0.0;                 ///< start time, epoch seconds, time correction included
     char format[Format_Name_Size] = ""; ///< data format name, empty when unknown
     int seq_num = 0;
-    int sub_seq_num = 0; ///< position within the logical records of that sequence number
-    int type = 0;        ///< row of seed_formats, 0 when the format is unknown
+    int sub_seq_num = 0;          ///< position within the logical records of that sequence number
+    int type = 0;                 ///< row of seed_formats, 0 when the format is unknown
+    char quality_indicator = ' '; ///< D, R, Q or M: the type code of its logical record
+    int encoding = -1;            ///< encoding format code of Blockette 1000; -1 without one
+    int word_order = -1;          ///< word order of Blockette 1000; -1 without one
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("station", &blk_dh_t::stn_id), text("location", &blk_dh_t::loc_id),
+                          text("channel", &blk_dh_t::chan_id),
+                          text("network", &blk_dh_t::network_code),
+                          absent("channel_name", &blk_dh_t::channel),
+                          when("record_start_time", &blk_dh_t::start_time),
+                          number("number_of_samples", &blk_dh_t::nsamps),
+                          number("sample_rate_factor", &blk_dh_t::rate_f),
+                          number("sample_rate_multiplier", &blk_dh_t::rate_m),
+                          number("activity_flags", &blk_dh_t::activity),
+                          number("io_and_clock_flags", &blk_dh_t::io_flags),
+                          number("data_quality_flags", &blk_dh_t::quality),
+                          number("number_of_blockettes_that_follow", &blk_dh_t::blks_fol),
+                          number("time_correction", &blk_dh_t::time_cor, "0.0001 s"),
+                          number("beginning_of_data", &blk_dh_t::beg_data, "bytes"),
+                          number("first_blockette", &blk_dh_t::beg_blks, "bytes"),
+                          text("data_format", &blk_dh_t::format),
+                          number("record_length", &blk_dh_t::length, "bytes"),
+                          text("quality_indicator", &blk_dh_t::quality_indicator),
+                          number("encoding_format", &blk_dh_t::encoding),
+                          number("word_order", &blk_dh_t::word_order));
+    }
 };
 
 } // namespace quarl

@@ -35,6 +35,9 @@ struct VolumeOptions {
     std::string database;
     /// Stop behind the first input file, as on a tape that holds several.
     bool one_file = false;
+    /// Read responses by reference too (041, 043 to 048, 060), which the listing does not know:
+    /// their items have records then. What is wrong with them is no message but Item::bad.
+    bool references = true;
 
     /// Gets each message; when it is empty, messages go to standard error. May throw.
     std::function<void(const Message &)> message;

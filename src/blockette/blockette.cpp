@@ -19,6 +19,7 @@ namespace quarl
         blk->type = blk_##name##_t::Number;                                                        \
     }
 SEED_BLOCKETTES(DEFINE_MAKERS)
+SEED_REFERENCES(DEFINE_MAKERS)
 #undef DEFINE_MAKERS
 
 void stamp_channel(channel_context_t *blk)
@@ -32,6 +33,10 @@ void stamp_channel(channel_context_t *blk)
     std::memcpy(blk->end_date, channel.end_date, sizeof blk->end_date);
     blk->sample_rate = channel.sample_rate;
     blk->instr_id = channel.instr_id;
+    std::memcpy(blk->loc_id, channel.loc_id, sizeof blk->loc_id);
+    std::memcpy(blk->chan_id, channel.chan_id, sizeof blk->chan_id);
+    blk->subchan_id = channel.subchan_id;
+    blk->channel_is_of_station = parsing().channel_is_of_station;
 }
 
 } // namespace quarl

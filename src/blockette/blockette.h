@@ -16,8 +16,14 @@ namespace quarl
     X(010)                                                                                         \
     X(011)                                                                                         \
     X(012)                                                                                         \
-    X(030) X(031) X(032) X(033) X(034) X(050) X(051) X(052) X(053) X(054) X(055) X(057) X(058)     \
-        X(059) X(061) X(062) X(070) X(071) X(072) X(073) X(074)
+    X(030)                                                                                         \
+    X(031)                                                                                         \
+    X(032) X(033) X(034) X(050) X(051) X(052) X(053) X(054) X(055) X(057) X(058) X(059) X(061)     \
+        X(062) X(070) X(071) X(072) X(073) X(074)
+
+/// Every type that has a record and a parser but no listing: responses by reference. The programs
+/// that evaluate a volume read them; to the listing they are unknown.
+#define SEED_REFERENCES(X) X(041) X(043) X(044) X(045) X(046) X(047) X(048) X(060)
 
 /// The functions of record type T.
 template <class T> struct Family;
@@ -38,28 +44,49 @@ template <class T> struct Family;
         static constexpr auto free = free_##name;                                                  \
     };
 SEED_BLOCKETTES(DECLARE_FAMILY)
+SEED_REFERENCES(DECLARE_FAMILY)
 #undef DECLARE_FAMILY
 
-/// Calls f(Family<T>()) for the record type T of blockettes of `type`; false when there is none.
-template <class F> bool with_family(int type, F &&f)
-{
-    switch (type) {
 #define CASE_FAMILY(name)                                                                          \
     case blk_##name##_t::Number:                                                                   \
         f(Family<blk_##name##_t>());                                                               \
         return true;
+
+/// Calls f(Family<T>()) for the record type T of a listed blockette type; false when there is none.
+template <class F> bool with_family(int type, F &&f)
+{
+    switch (type) {
         SEED_BLOCKETTES(CASE_FAMILY)
-#undef CASE_FAMILY
     default:
         return false;
     }
 }
 
-/// Calls f(const T &) with a record of blockette type `type` as what it is; false when there is no
-/// such type.
+/// The same for every type that has a record.
+template <class F> bool with_any_family(int type, F &&f)
+{
+    switch (type) {
+        SEED_BLOCKETTES(CASE_FAMILY)
+        SEED_REFERENCES(CASE_FAMILY)
+    default:
+        return false;
+    }
+}
+#undef CASE_FAMILY
+
+/// Calls f(const T &) with a record of listed blockette type `type` as what it is; false when there
+/// is no such type.
 template <class F> bool visit(const record_t *record, int type, F &&f)
 {
     return with_family(type, [&](auto family) {
+        f(*static_cast<const typename decltype(family)::Record *>(record));
+    });
+}
+
+/// The same for every type that has a record.
+template <class F> bool visit_any(const record_t *record, int type, F &&f)
+{
+    return with_any_family(type, [&](auto family) {
         f(*static_cast<const typename decltype(family)::Record *>(record));
     });
 }

@@ -1,36 +1,10 @@
 // Responses: poles and zeros, coefficients, response list, decimation, sensitivity or gain.
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
+#include "blockette/scan_response.h"
 
 namespace quarl
 {
-
-namespace
-{
-
-/// Poles and zeros alike: reads `count` of them. False when a bad field stopped the list.
-bool scan_roots(Cursor *in, int count, std::vector<Complex_t> &root, std::vector<Complex_t> &error,
-                std::string_view what)
-{
-    return scan_list(count, what, [&](int i) {
-        root[i].real = scan_double(in, 12);
-        root[i].imag = scan_double(in, 12);
-        error[i].real = scan_double(in, 12);
-        error[i].imag = scan_double(in, 12);
-    });
-}
-
-/// Numerators and denominators alike.
-bool scan_coefficients(Cursor *in, int count, std::vector<double> &coef, std::vector<double> &error,
-                       std::string_view what)
-{
-    return scan_list(count, what, [&](int i) {
-        coef[i] = scan_double(in, 12);
-        error[i] = scan_double(in, 12);
-    });
-}
-
-} // namespace
 
 void parse_053(blk_053_t *blk, std::string_view buff)
 {

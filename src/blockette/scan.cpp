@@ -61,6 +61,15 @@ int scan_int(Cursor *str, int len)
     return value;
 }
 
+int scan_count(Cursor *str, int len)
+{
+    const int count = scan_int(str, len);
+    if (count >= 0)
+        return count;
+    parsing().Bad_blkflag = 1;
+    return 0;
+}
+
 double scan_double(Cursor *str, int len)
 {
     const std::string_view field = str->field(len);

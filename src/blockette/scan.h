@@ -39,6 +39,7 @@ public:
         return all.substr(0, size);
     }
     void advance(std::size_t count) { at_ += count; }
+    [[nodiscard]] std::size_t position() const { return at_; }
 
 private:
     std::string_view text_;
@@ -48,6 +49,9 @@ private:
 /// An integer field of `len` characters. Text behind the number is ignored and blanks are 0;
 /// anything else that is no number is logged, sets Bad_blkflag and gives 0.
 int scan_int(Cursor *str, int len);
+
+/// The number of entries of a list: an integer field; a negative one is bad and counts as 0.
+int scan_count(Cursor *str, int len);
 
 /// A real field of `len` characters, as scan_int. A blank behind the exponent letter counts as "+".
 double scan_double(Cursor *str, int len);
@@ -117,16 +121,17 @@ private:
     bool room_;
 };
 
-/// Reads all `*count` entries of a list of fixed capacity, so that the fields behind them stay in
-/// step. The surplus is dropped: `*count` becomes the capacity and Bad_blkflag is set.
-template <class ReadEntry> void scan_fixed_list(int *count, int capacity, ReadEntry read_entry)
+/// Reads all `promised` entries of a list of fixed capacity, so that the fields behind them stay in
+/// step. The surplus is dropped and sets Bad_blkflag. Returns how many were kept.
+template <class ReadEntry>
+[[nodiscard]] int scan_fixed_list(int promised, int capacity, ReadEntry read_entry)
 {
-    for (int i = 0; i < *count; ++i)
+    for (int i = 0; i < promised; ++i)
         read_entry(Keep(i, capacity));
-    if (*count > capacity) {
-        *count = capacity;
-        parsing().Bad_blkflag = 1;
-    }
+    if (promised <= capacity)
+        return promised;
+    parsing().Bad_blkflag = 1;
+    return capacity;
 }
 
 } // namespace quarl

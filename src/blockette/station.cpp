@@ -86,6 +86,7 @@ void parse_050(blk_050_t *blk, std::string_view buff)
     blk->update = scan_char(&in);
     copy_text(blk->network_code, scan_raw(&in, 2));
     parsing().blk_050 = *blk;
+    parsing().channel_is_of_station = false;
 }
 
 void parse_051(blk_051_t *blk, std::string_view buff)
@@ -118,7 +119,7 @@ void parse_052(blk_052_t *blk, std::string_view buff)
     blk->azimuth = scan_double(&in, 5);
     blk->dip = scan_double(&in, 5);
     blk->format_id = scan_int(&in, 4);
-    blk->record_length = scan_int(&in, 2);
+    blk->record_length = blk->record_length_read = scan_int(&in, 2);
     blk->sample_rate = scan_double(&in, 10);
     blk->max_drift = scan_double(&in, 10);
     blk->num_comments = scan_int(&in, 4);
@@ -131,6 +132,7 @@ void parse_052(blk_052_t *blk, std::string_view buff)
     fix_channel(blk);
     check_record_length(blk);
     parsing().blk_052 = *blk;
+    parsing().channel_is_of_station = true;
 }
 
 void fix_channel(blk_052_t *blk)

@@ -25,8 +25,8 @@ void parse_071(blk_071_t *blk, std::string_view buff)
     blk->lat = scan_double(&in, 10);
     blk->lon = scan_double(&in, 11);
     blk->depth = scan_double(&in, 7);
-    blk->num_mags = scan_int(&in, 2);
-    scan_fixed_list(&blk->num_mags, blk_071_t::Capacity, [&](auto &&keep) {
+    blk->num_mags_promised = scan_int(&in, 2);
+    blk->num_mags = scan_fixed_list(blk->num_mags_promised, blk_071_t::Capacity, [&](auto &&keep) {
         keep(blk->mag) = scan_double(&in, 5);
         scan_var_str(&in, keep(blk->mag_type));
         keep(blk->mag_source) = scan_int(&in, 2);
@@ -84,12 +84,13 @@ void parse_074(blk_074_t *blk, std::string_view buff)
     scan_var_str(&in, blk->series_end_time);
     blk->last_seq_num = scan_int(&in, 6);
     blk->last_sub_seq_num = scan_int(&in, 2);
-    blk->num_repeats = scan_int(&in, 3);
-    scan_fixed_list(&blk->num_repeats, blk_074_t::Capacity, [&](auto &&keep) {
-        scan_var_str(&in, keep(blk->rec_start_time));
-        keep(blk->req_seq_num) = scan_int(&in, 6);
-        keep(blk->req_sub_seq_num) = scan_int(&in, 2);
-    });
+    blk->num_repeats_promised = scan_int(&in, 3);
+    blk->num_repeats =
+        scan_fixed_list(blk->num_repeats_promised, blk_074_t::Capacity, [&](auto &&keep) {
+            scan_var_str(&in, keep(blk->rec_start_time));
+            keep(blk->req_seq_num) = scan_int(&in, 6);
+            keep(blk->req_sub_seq_num) = scan_int(&in, 2);
+        });
     scan_str<2>(&in, blk->network_code);
 }
 

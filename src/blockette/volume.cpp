@@ -36,8 +36,8 @@ void parse_012(blk_012_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_head(&in, blk);
-    blk->num_span = scan_int(&in, 4);
-    scan_fixed_list(&blk->num_span, blk_012_t::Capacity, [&](auto &&keep) {
+    blk->num_span_promised = scan_int(&in, 4);
+    blk->num_span = scan_fixed_list(blk->num_span_promised, blk_012_t::Capacity, [&](auto &&keep) {
         scan_var_str(&in, keep(blk->beg_span));
         scan_var_str(&in, keep(blk->end_span));
         keep(blk->seq_num) = scan_int(&in, 6);

@@ -69,6 +69,7 @@ int sdd(Console *console, std::unique_ptr<State> state, const std::string &path,
 {
     const Reading reading(*state); // the listing looks up texts and asks for flags
     set_hooks(&state->options, console);
+    state->options.references = false;
     Volume volume(path, std::move(state));
     if (run().File_Flag && run().File_No)
         position_tape(console, path);

@@ -1,6 +1,7 @@
 // The read handle: the input stream and the dictionaries that a volume's headers fill.
 #pragma once
 
+#include "blockette/pfree.h"
 #include "platform/containers.h"
 #include "volume/item_buffer.h"
 #include "volume/rseed.h"
@@ -89,6 +90,8 @@ struct read_handle_t {
     bool framing = false;        ///< there is one
     bool cut = false;            ///< this file ended inside an item
     std::function<void(const Item &)> on_bad_item;
+    bool reads_references = false; ///< types without a listing get records too
+    Record reference;              ///< the record of such a one
 };
 
 /// The orderings that the sorted sets stand for: codes as text (the channel before the location),

@@ -69,6 +69,10 @@ void count_record(read_handle_t *handle)
 void apply_b1000(blk_dh_t *header, const char *record)
 {
     const B1000 b1000 = parse_b1000(record, Record_Header + Data_Header);
+    if (b1000.usable) {
+        header->encoding = b1000.encoding;
+        header->word_order = b1000.word_order;
+    }
     const int dictionary = sd_data_type(header->format);
     header->type = b1000.index != 0 ? b1000.index : dictionary;
     if (b1000.index != 0 && dictionary != 0 && dictionary != b1000.index)
@@ -150,6 +154,7 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
     blk_dh_t *header = made.get();
     parse_dh(header, {bytes + Record_Header, Data_Header});
     *record = Record(made.release(), FreeBlk{Data_Record});
+    header->quality_indicator = handle->logical->type_code;
     number_record(handle, header);
     fixup_dh(header, handle);
     apply_b1000(header, bytes);
@@ -205,6 +210,25 @@ void keep(read_handle_t *handle, const blk_052_t &b)
     update_rec_list(handle->rec_list, handle->stn, handle->fmt_list, b);
 }
 
+/// Hears nothing: the listing knows nothing of what is read.
+class Deaf : public Host
+{
+    void hear(Message & /*message*/) override {}
+};
+
+/// Reads a blockette that the listing does not know.
+void read_reference(read_handle_t *handle, int type)
+{
+    handle->reference.reset();
+    Deaf deaf;
+    const Current<Host> host(deaf);
+    with_any_family(type, [&](auto family) {
+        auto made = family.make();
+        family.parse(made.get(), handle->item.text());
+        handle->reference = Record(made.release(), FreeBlk{type});
+    });
+}
+
 int frame_control(read_handle_t *handle, Record *record, int *type)
 {
     const std::string_view prefix = up_to_nul({handle->item.area(), Prefix});
@@ -230,8 +254,11 @@ int frame_control(read_handle_t *handle, Record *record, int *type)
     handle->item.end_item(Prefix + rest);
     item.bytes(handle->item.text().substr(0, Prefix + rest));
     *record = parse_blk(handle->item.text(), *type);
-    item.parsed(record->get(), parsing().Bad_blkflag != 0, parsing().fields_size);
-    if (parsing().Bad_blkflag)
+    if (*record == nullptr && handle->reads_references)
+        read_reference(handle, *type);
+    item.parsed(*record ? record->get() : handle->reference.get(), parsing().Bad_blkflag != 0,
+                parsing().fields_size);
+    if (*record && parsing().Bad_blkflag)
         report_bad_item(handle, handle->item.text().substr(0, length >= 0 ? length : Area_Size));
     visit(record->get(), *type, [&](const auto &blk) { keep(handle, blk); });
     return 1;

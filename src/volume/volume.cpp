@@ -60,6 +60,7 @@ void open_input(State *state, const std::string &path)
 {
     state->handle = seed_read(path);
     state->handle->on_bad_item = state->options.bad_item;
+    state->handle->reads_references = state->options.references;
     state->handle->logical->on_record = state->options.record;
     state->run.File_Flag |= state->options.one_file ? 1 : 0;
 }
@@ -188,6 +189,7 @@ const std::string *Volume::text(Dictionary dictionary, int code) const
     case Dictionary::units:
         return gettbl(state_->run.Tbl_034, code);
     case Dictionary::none:
+    case Dictionary::responses: // have no text
         break;
     }
     return nullptr;

@@ -1,0 +1,183 @@
+// How the fields of a record are described: name, unit, meaning, and the way to the value.
+//
+// Each record type T has `T::fields()`, a tuple of these descriptions in the order of the standard:
+//
+//     quarl::for_each_field<quarl::blk_034_t>([&](const auto &field) {
+//         if constexpr (!field.Is_List)
+//             show(field.name, field.value(record));
+//     });
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+namespace quarl
+{
+
+/// The dictionaries that a volume's abbreviation headers fill.
+enum class Dictionary {
+    none,
+    data_formats,  ///< 030: data format names
+    comments,      ///< 031: comment descriptions
+    sources,       ///< 032: authors of cited sources
+    abbreviations, ///< 033: generic abbreviations
+    units,         ///< 034: unit names
+    responses,     ///< 041 to 048: response lookup keys
+};
+
+/// What a field holds.
+enum class Meaning {
+    number,
+    text,
+    time,     ///< SEED time as text; empty: not given
+    end_time, ///< the same; empty: open
+    code,     ///< refers to an entry of `dictionary`
+    key,      ///< defines an entry of `dictionary`
+    exponent, ///< of 2
+    absent,   ///< has its place in the record, but no parser fills it
+};
+
+/// What is said of a field besides its value. Texts live for ever.
+struct About {
+    std::string_view name;      ///< the standard's term, in small letters and "_"
+    std::string_view unit = {}; ///< "" for none
+    Meaning meaning = Meaning::number;
+    Dictionary dictionary = Dictionary::none;
+};
+
+namespace fields
+{
+
+/// Values as they are handed out: int, double, char, text without terminator, lists of numbers.
+inline int plain(int value) { return value; }
+inline double plain(double value) { return value; }
+inline char plain(char value) { return value; }
+inline std::string_view plain(const char *text) { return text; }
+inline const std::vector<int> &plain(const std::vector<int> &values) { return values; }
+
+/// One field of a record.
+template <class Member> struct Field : About {
+    static constexpr bool Is_List = false;
+    Member member;
+
+    template <class Record> [[nodiscard]] decltype(auto) value(const Record &record) const
+    {
+        return plain(std::invoke(member, record));
+    }
+};
+
+/// One field of each entry of a list: `array` is indexed by the entry, `part` is a member of an
+/// entry, or nothing when the entry is the value.
+template <class Array, class Part> struct Column : About {
+    Array array;
+    Part part;
+
+    template <class Record>
+    [[nodiscard]] decltype(auto) value(const Record &record, std::size_t entry) const
+    {
+        if constexpr (std::is_invocable_v<Array, const Record &, std::size_t>)
+            return plain(std::invoke(array, record, entry));
+        else if constexpr (std::is_same_v<Part, std::nullptr_t>)
+            return plain(std::invoke(array, record)[entry]);
+        else
+            return plain(std::invoke(part, std::invoke(array, record)[entry]));
+    }
+};
+
+/// A list: how many entries there are, how many the volume promises, and the fields of each.
+template <class Count, class Promised, class... Columns> struct List : About {
+    static constexpr bool Is_List = true;
+    std::string_view count_name; ///< the standard's term for the number of entries
+    Count count;
+    Promised promised_count;
+    std::tuple<Columns...> columns;
+
+    /// Entries that the record holds.
+    template <class Record> [[nodiscard]] std::size_t size(const Record &record) const
+    {
+        const int kept = std::invoke(count, record);
+        return kept < 0 ? 0 : static_cast<std::size_t>(kept);
+    }
+    /// Entries as counted by the volume.
+    template <class Record> [[nodiscard]] int promised(const Record &record) const
+    {
+        return std::invoke(promised_count, record);
+    }
+};
+
+template <class Member>
+constexpr auto number(std::string_view name, Member member, std::string_view unit = {})
+{
+    return Field<Member>{{name, unit, Meaning::number}, member};
+}
+template <class Member> constexpr auto text(std::string_view name, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::text}, member};
+}
+template <class Member> constexpr auto when(std::string_view name, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::time}, member};
+}
+template <class Member> constexpr auto until(std::string_view name, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::end_time}, member};
+}
+template <class Member>
+constexpr auto code(std::string_view name, Dictionary dictionary, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::code, dictionary}, member};
+}
+template <class Member>
+constexpr auto key(std::string_view name, Dictionary dictionary, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::key, dictionary}, member};
+}
+template <class Member> constexpr auto exponent(std::string_view name, Member member)
+{
+    return Field<Member>{{name, "bytes", Meaning::exponent}, member};
+}
+template <class Member> constexpr auto absent(std::string_view name, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::absent}, member};
+}
+
+template <class Array, class Part = std::nullptr_t>
+constexpr auto column(About about, Array array, Part part = nullptr)
+{
+    return Column<Array, Part>{about, array, part};
+}
+
+/// A list that is kept whole.
+template <class Count, class... Columns>
+constexpr auto list(std::string_view name, std::string_view count_name, Count count,
+                    Columns... columns)
+{
+    return List<Count, Count, Columns...>{
+        {name, {}, Meaning::number}, count_name, count, count, {columns...}};
+}
+
+/// A list of which the record keeps a limited number of entries.
+template <class Count, class Promised, class... Columns>
+constexpr auto limited_list(std::string_view name, std::string_view count_name, Count count,
+                            Promised promised, Columns... columns)
+{
+    return List<Count, Promised, Columns...>{
+        {name, {}, Meaning::number}, count_name, count, promised, {columns...}};
+}
+
+} // namespace fields
+
+/// The descriptions of record type T's fields.
+template <class T> inline constexpr auto Fields = T::fields();
+
+/// Calls f(field) for each field of T, in the order of the standard.
+template <class T, class F> constexpr void for_each_field(F &&f)
+{
+    std::apply([&](const auto &...field) { (f(field), ...); }, Fields<T>);
+}
+
+} // namespace quarl

@@ -1,0 +1,34 @@
+// The lists that several response types share.
+#pragma once
+
+#include "blockette/scan.h"
+
+#include <string_view>
+#include <vector>
+
+namespace quarl
+{
+
+/// Poles and zeros alike: reads `count` of them. False when a bad field stopped the list.
+inline bool scan_roots(Cursor *in, int count, std::vector<Complex_t> &root,
+                       std::vector<Complex_t> &error, std::string_view what)
+{
+    return scan_list(count, what, [&](int i) {
+        root[i].real = scan_double(in, 12);
+        root[i].imag = scan_double(in, 12);
+        error[i].real = scan_double(in, 12);
+        error[i].imag = scan_double(in, 12);
+    });
+}
+
+/// Numerators and denominators alike.
+inline bool scan_coefficients(Cursor *in, int count, std::vector<double> &coef,
+                              std::vector<double> &error, std::string_view what)
+{
+    return scan_list(count, what, [&](int i) {
+        coef[i] = scan_double(in, 12);
+        error[i] = scan_double(in, 12);
+    });
+}
+
+} // namespace quarl
