@@ -15,7 +15,7 @@ namespace quarl
 {
 
 /// Inflates gzip members in a row; blocks of zeros may follow them. Lengths and check sums are
-/// verified.
+/// verified. At a fault the file is read a second time, from where `fd` stood.
 std::unique_ptr<Inflater> new_gzip_inflater(int fd);
 
 /// Inflates xz streams in a row.
