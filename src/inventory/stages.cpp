@@ -1,0 +1,182 @@
+#include "quarl/stages.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace quarl
+{
+
+namespace
+{
+
+/// Mixes what makes up a value into one hash. Equal numbers give equal hashes, 0 and -0 too.
+class Digest
+{
+public:
+    void add(double number) { mix(std::hash<double>()(number)); }
+    void add(int number) { mix(std::hash<int>()(number)); }
+    void add(char letter) { mix(std::hash<char>()(letter)); }
+    void add(std::size_t hash) { mix(hash); }
+    void add(const std::string &text) { mix(std::hash<std::string>()(text)); }
+    void add(const std::complex<double> &number)
+    {
+        add(number.real());
+        add(number.imag());
+    }
+    void add(const Unit &unit)
+    {
+        add(unit.code);
+        add(unit.name);
+    }
+    template <class T> void add(const std::vector<T> &list)
+    {
+        add(list.size());
+        for (const T &entry : list)
+            add(entry);
+    }
+
+    void add(const PolesZeros &shape)
+    {
+        add(shape.type);
+        add(shape.factor);
+        add(shape.frequency);
+        add(shape.zeros);
+        add(shape.poles);
+    }
+    void add(const Coefficients &shape)
+    {
+        add(shape.type);
+        add(shape.numerators);
+        add(shape.denominators);
+    }
+    void add(const ResponseList::Entry &entry)
+    {
+        add(entry.frequency);
+        add(entry.amplitude);
+        add(entry.phase);
+    }
+    void add(const ResponseList &shape) { add(shape.entries); }
+    void add(const GenericResponse::Corner &corner)
+    {
+        add(corner.frequency);
+        add(corner.slope);
+    }
+    void add(const GenericResponse &shape) { add(shape.corners); }
+    void add(const Fir &shape)
+    {
+        add(shape.symmetry);
+        add(shape.coefficients);
+    }
+    // Polynomials that differ in their bounds alone are too rare to be told apart here.
+    void add(const Polynomial &shape) { add(shape.coefficients); }
+
+    void add(const FilterPtr &filter) { add(filter->hash()); }
+    void add(const Decimation &decimation)
+    {
+        add(decimation.input_rate);
+        add(decimation.factor);
+        add(decimation.delay);
+        add(decimation.correction);
+    }
+    void add(const Gain &gain)
+    {
+        add(gain.value);
+        add(gain.frequency);
+    }
+    void add(const StagePtr &stage) { add(stage->hash()); }
+    template <class... T> void add(const std::variant<T...> &value)
+    {
+        add(value.index());
+        std::visit([this](const auto &held) { this->add(held); }, value);
+    }
+
+    [[nodiscard]] std::size_t value() const { return value_; }
+
+private:
+    void mix(std::size_t hash)
+    {
+        constexpr std::size_t Odd = 0x9E3779B97F4A7C15;
+        value_ = (value_ ^ hash) * Odd;
+        value_ ^= value_ >> 32;
+    }
+
+    std::size_t value_ = 0;
+};
+
+template <class... T> std::size_t hash_of(const T &...values)
+{
+    Digest digest;
+    (digest.add(values), ...);
+    return digest.value();
+}
+
+/// Parts alike; of filters the content counts.
+bool same_part(const Part &a, const Part &b)
+{
+    const auto *filter = std::get_if<FilterPtr>(&a);
+    const auto *other = std::get_if<FilterPtr>(&b);
+    return filter && other ? *filter == *other || **filter == **other : a == b;
+}
+
+} // namespace
+
+Filter::Filter(FilterShape shape, Unit input, Unit output, std::string name)
+    : shape_(std::move(shape)), input_(std::move(input)), output_(std::move(output)),
+      name_(std::move(name)), shape_hash_(hash_of(shape_)),
+      hash_(hash_of(shape_hash_, input_, output_, name_))
+{
+}
+
+bool Filter::operator==(const Filter &other) const
+{
+    return hash_ == other.hash_ && input_ == other.input_ && output_ == other.output_ &&
+           name_ == other.name_ && shape_ == other.shape_;
+}
+
+std::size_t Stage::hash() const { return hash_of(number, parts); }
+
+bool Stage::operator==(const Stage &other) const
+{
+    return number == other.number && std::ranges::equal(parts, other.parts, same_part);
+}
+
+std::size_t Response::hash() const { return hash_of(sample_rate, stages); }
+
+bool Response::operator==(const Response &other) const
+{
+    return sample_rate == other.sample_rate &&
+           std::ranges::equal(stages, other.stages, [](const StagePtr &a, const StagePtr &b) {
+               return a == b || *a == *b;
+           });
+}
+
+void ResponseBuilder::add(int stage, Filter filter)
+{
+    add(stage, Part(pool_.filters(std::move(filter))));
+}
+
+void ResponseBuilder::add(int stage, Part part)
+{
+    if (stage != open_.number)
+        close_stage();
+    open_.number = stage;
+    open_.parts.push_back(std::move(part));
+}
+
+Response ResponseBuilder::take(double sample_rate)
+{
+    close_stage();
+    response_.stages.shrink_to_fit();
+    response_.sample_rate = sample_rate;
+    return std::exchange(response_, {});
+}
+
+void ResponseBuilder::close_stage()
+{
+    if (open_.parts.empty())
+        return;
+    open_.parts.shrink_to_fit();
+    response_.stages.push_back(pool_.stages(std::exchange(open_, {})));
+}
+
+} // namespace quarl
