@@ -1,0 +1,274 @@
+#include "platform/format.h"
+#include "quarl/response.h"
+#include "response/kind.h"
+#include "response/plan.h"
+#include "response/transfer.h"
+
+#include <algorithm>
+#include <functional>
+#include <numbers>
+#include <unordered_map>
+#include <utility>
+
+namespace quarl
+{
+
+namespace
+{
+
+constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
+
+/// What decides the values of a filter: its shape, not its units or name.
+struct Key {
+    FilterPtr filter;
+    double interval;
+
+    bool operator==(const Key &other) const
+    {
+        return interval == other.interval &&
+               (filter == other.filter || (filter->shape_hash() == other.filter->shape_hash() &&
+                                           filter->shape() == other.filter->shape()));
+    }
+};
+
+struct KeyHash {
+    std::size_t operator()(const Key &key) const
+    {
+        return key.filter->shape_hash() ^ std::hash<double>()(key.interval);
+    }
+};
+
+/// Values of a filter that were evaluated.
+struct Known {
+    std::vector<Scaled> curve;                     ///< at the first frequencies of the grid
+    std::vector<std::pair<double, Scaled>> points; ///< at a few others
+};
+
+/// A term of H, ready to be multiplied.
+struct Factor {
+    Term term;
+    Scaled constant; ///< gain and normalisation
+};
+
+Scaled number(double value) { return balanced(value); }
+
+} // namespace
+
+class Evaluator::Work
+{
+public:
+    Work(std::vector<double> frequencies, EvaluationOptions options)
+        : frequencies_(std::move(frequencies)), options_(options)
+    {
+    }
+
+    Evaluation evaluate(const Response &response, std::size_t count, bool by_stage);
+    [[nodiscard]] const std::vector<double> &frequencies() const { return frequencies_; }
+    [[nodiscard]] std::size_t evaluated() const { return evaluated_; }
+
+private:
+    Known &known(const Term &term);
+    Scaled at(const Term &term, double frequency);
+    std::span<const Scaled> curve(const Term &term, std::size_t count);
+    std::vector<Factor> normalise(Plan plan, Evaluation *result);
+    Scaled normaliser(const Term &term, double frequency, Evaluation *result, Scaled *moved);
+    void multiply(const Factor &factor, std::vector<Scaled> *product);
+
+    std::vector<double> frequencies_;
+    EvaluationOptions options_;
+    std::unordered_map<Key, Known, KeyHash> known_;
+    std::size_t held_ = 0; ///< values in known_, and some for each entry
+    std::size_t evaluated_ = 0;
+};
+
+/// The entry of a term's filter; references to others do not outlive the call.
+Known &Evaluator::Work::known(const Term &term)
+{
+    constexpr std::size_t Most_Held = 2'000'000;
+    constexpr std::size_t Entry = 50;
+    const Key key{term.filter, term.interval};
+    if (const auto found = known_.find(key); found != known_.end())
+        return found->second;
+    if (held_ > Most_Held) {
+        known_.clear();
+        held_ = 0;
+    }
+    held_ += Entry;
+    ++evaluated_;
+    return known_[key];
+}
+
+Scaled Evaluator::Work::at(const Term &term, double frequency)
+{
+    constexpr std::size_t Most_Points = 16;
+    if (!term.filter)
+        return {};
+    auto &points = known(term).points;
+    for (const auto &[where, value] : points)
+        if (where == frequency)
+            return value;
+    if (points.size() == Most_Points)
+        points.clear();
+    const Scaled value =
+        transfer(term.filter->shape(), term.interval, std::span(&frequency, 1)).front();
+    points.emplace_back(frequency, value);
+    return value;
+}
+
+std::span<const Scaled> Evaluator::Work::curve(const Term &term, std::size_t count)
+{
+    std::vector<Scaled> &curve = known(term).curve;
+    if (curve.size() < count) {
+        const auto missing =
+            std::span<const double>(frequencies_).subspan(curve.size(), count - curve.size());
+        const std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing);
+        curve.insert(curve.end(), values.begin(), values.end());
+        held_ += values.size();
+    }
+    return std::span(curve).first(count);
+}
+
+/// What a filter is multiplied by. `moved` becomes the ratio of its amplitudes at `frequency` and
+/// at its gain's frequency.
+Scaled Evaluator::Work::normaliser(const Term &term, double frequency, Evaluation *result,
+                                   Scaled *moved)
+{
+    if (!term.filter)
+        return {};
+    const auto *roots = std::get_if<PolesZeros>(&term.filter->shape());
+    if (term.as_stated)
+        return roots ? number(roots->factor) : Scaled{};
+    const Scaled here = at(term, term.gain_frequency).magnitude();
+    const Scaled there = at(term, frequency).magnitude();
+    *moved = there / here;
+    if (!here.is_zero() && !there.is_zero())
+        return Scaled{} / here;
+    const std::string reason = formatted<"stage %d: the filter puts out nothing at %g Hz, where it "
+                                         "would be normalised">(
+        term.stage, here.is_zero() ? term.gain_frequency : frequency);
+    if (kind_of(term.filter->shape()) != Kind::AnalogRoots)
+        result->warnings.push_back(reason);
+    else if (result->error.empty())
+        result->error = reason;
+    return number(Not_A_Number);
+}
+
+/// The factors of H, and the figures.
+std::vector<Factor> Evaluator::Work::normalise(Plan plan, Evaluation *result)
+{
+    std::vector<Factor> factors;
+    Scaled gains;
+    Scaled amplitude;
+    for (Term &term : plan.terms) {
+        Scaled moved;
+        const Scaled norm = normaliser(term, plan.frequency, result, &moved);
+        gains = gains * number(term.stated_gain) * moved;
+        const Scaled constant = norm * number(term.gain);
+        amplitude = amplitude * at(term, plan.frequency) * constant;
+        factors.push_back({std::move(term), constant});
+    }
+    if (result->refused())
+        return {};
+    result->gain_product = gains.number().real();
+    result->amplitude = amplitude.magnitude().number().real();
+    return factors;
+}
+
+void warn_of_sensitivity(const Plan &plan, Evaluation *result)
+{
+    constexpr double Tolerance = 0.05;
+    const double stated = plan.sensitivity.value_or(0.0);
+    if (stated == 0.0 || !(std::abs(result->gain_product - stated) >= Tolerance * std::abs(stated)))
+        return;
+    result->warnings.push_back(
+        formatted<"the gains' product %g is off the sensitivity %g of stage 0">(
+            result->gain_product, stated));
+}
+
+/// Multiplies `product` by the factor's values at the first frequencies.
+void Evaluator::Work::multiply(const Factor &factor, std::vector<Scaled> *product)
+{
+    const Term &term = factor.term;
+    for (Scaled &value : *product)
+        value = value * factor.constant;
+    if (!term.filter)
+        return;
+    const std::span<const Scaled> filter = curve(term, product->size());
+    std::ranges::transform(*product, filter, product->begin(), std::multiplies<>());
+    if (term.delay == 0.0)
+        return;
+    for (std::size_t i = 0; i < product->size(); ++i) {
+        const double angle = 2 * std::numbers::pi * frequencies_[i] * term.delay;
+        (*product)[i] = (*product)[i] * Scaled{{std::cos(angle), std::sin(angle)}, 0};
+    }
+}
+
+std::vector<std::complex<double>> numbers(const std::vector<Scaled> &scaled)
+{
+    std::vector<std::complex<double>> values;
+    values.reserve(scaled.size());
+    for (const Scaled &value : scaled)
+        values.push_back(value.number());
+    return values;
+}
+
+Evaluation Evaluator::Work::evaluate(const Response &response, std::size_t count, bool by_stage)
+{
+    count = std::min(count, frequencies_.size());
+    Plan plan = make_plan(response, options_);
+    Evaluation result;
+    result.error = plan.error;
+    result.warnings = plan.warnings;
+    result.frequency = plan.frequency;
+    result.sensitivity = plan.sensitivity.value_or(Not_A_Number);
+    if (result.refused())
+        return result;
+    const std::vector<Factor> factors = normalise(plan, &result);
+    if (result.refused())
+        return result;
+    warn_of_sensitivity(plan, &result);
+    std::vector<Scaled> product(count);
+    for (const Factor &factor : factors) {
+        if (!by_stage) {
+            multiply(factor, &product);
+            continue;
+        }
+        std::vector<Scaled> alone(count);
+        multiply(factor, &alone);
+        std::ranges::transform(product, alone, product.begin(), std::multiplies<>());
+        result.stages.push_back({factor.term.stage, numbers(alone)});
+    }
+    result.values = numbers(product);
+    return result;
+}
+
+Evaluator::Evaluator(std::vector<double> frequencies, EvaluationOptions options)
+    : work_(std::make_unique<Work>(std::move(frequencies), options))
+{
+}
+
+Evaluator::Evaluator(Evaluator &&) noexcept = default;
+Evaluator &Evaluator::operator=(Evaluator &&) noexcept = default;
+Evaluator::~Evaluator() = default;
+
+const std::vector<double> &Evaluator::frequencies() const { return work_->frequencies(); }
+
+Evaluation Evaluator::evaluate(const Response &response, std::size_t count)
+{
+    return work_->evaluate(response, count, false);
+}
+
+Evaluation Evaluator::evaluate_stages(const Response &response, std::size_t count)
+{
+    return work_->evaluate(response, count, true);
+}
+
+std::size_t Evaluator::filters_evaluated() const { return work_->evaluated(); }
+
+Evaluation evaluate(const Response &response, std::vector<double> frequencies,
+                    EvaluationOptions options)
+{
+    return Evaluator(std::move(frequencies), options).evaluate(response);
+}
+
+} // namespace quarl

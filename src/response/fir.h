@@ -1,0 +1,41 @@
+// FIR filters: coefficients unfolded, divided by their sum, recognised as symmetric; evaluated.
+#pragma once
+
+#include "quarl/stages.h"
+
+#include <complex>
+#include <span>
+#include <vector>
+
+namespace quarl
+{
+
+/// The coefficients that are to be evaluated.
+struct Taps {
+    enum class Symmetry {
+        None, ///< `coefficients` is all there is
+        Odd,  ///< the first half and the middle
+        Even  ///< the first half
+    };
+    Symmetry symmetry = Symmetry::None;
+    std::vector<double> coefficients;
+    double divisor = 1.0; ///< the sum that the coefficients were divided by; 1: they were not
+};
+
+/// Of a shape of coefficients without denominators, or of a FIR filter.
+Taps taps_of(const Coefficients &shape);
+Taps taps_of(const Fir &shape);
+
+/// Sum of the coefficients, both halves of symmetric ones.
+double sum(const Taps &taps);
+
+/// The transfer function at e^(-i angle), for each angle per sample in radians. That of a symmetric
+/// filter is real: its delay of half its length is taken back. 1 without coefficients.
+std::vector<std::complex<double>> evaluate(const Taps &taps, std::span<const double> angles);
+
+/// Sum of coefficient k times e^(-i k angle) for each angle, within 1e-15 times their number of the
+/// sum of their magnitudes.
+std::vector<std::complex<double>> power_series(std::span<const double> coefficients,
+                                               std::span<const double> angles);
+
+} // namespace quarl

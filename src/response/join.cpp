@@ -1,0 +1,83 @@
+// The filter blockettes of a stage, joined.
+#include "platform/format.h"
+#include "quarl/response.h"
+#include "response/kind.h"
+
+namespace quarl
+{
+
+namespace
+{
+
+void append(const Coefficients &from, std::vector<double> *to)
+{
+    to->insert(to->end(), from.numerators.begin(), from.numerators.end());
+}
+
+void append(const Fir &from, std::vector<double> *to)
+{
+    to->insert(to->end(), from.coefficients.begin(), from.coefficients.end());
+}
+
+void append(const ResponseList &from, std::vector<ResponseList::Entry> *to)
+{
+    to->insert(to->end(), from.entries.begin(), from.entries.end());
+}
+
+template <class From, class Entry> void append(const From & /*from*/, std::vector<Entry> * /*to*/)
+{
+}
+
+template <class Entry> std::vector<Entry> entries_of(const std::vector<FilterPtr> &filters)
+{
+    std::vector<Entry> all;
+    for (const FilterPtr &filter : filters)
+        std::visit([&all](const auto &shape) { append(shape, &all); }, filter->shape());
+    return all;
+}
+
+/// Of filters of one kind. FIR filters given in full are alike in both shapes that they have.
+FilterPtr join(const std::vector<FilterPtr> &filters, Kind kind)
+{
+    FilterShape shape;
+    if (kind == Kind::List)
+        shape = ResponseList{entries_of<ResponseList::Entry>(filters)};
+    else
+        shape = Fir{kind == Kind::OddFir    ? 'B'
+                    : kind == Kind::EvenFir ? 'C'
+                                            : 'A',
+                    entries_of<double>(filters)};
+    const Filter &first = *filters.front();
+    return std::make_shared<const Filter>(std::move(shape), first.input(), filters.back()->output(),
+                                          first.name());
+}
+
+std::vector<FilterPtr> filters_of(const Stage &stage)
+{
+    std::vector<FilterPtr> filters;
+    for (const Part &part : stage.parts) {
+        const auto *filter = std::get_if<FilterPtr>(&part);
+        if (filter && kind_of((*filter)->shape()) != Kind::Generic)
+            filters.push_back(*filter);
+    }
+    return filters;
+}
+
+} // namespace
+
+JoinedFilter joined_filter(const Stage &stage)
+{
+    const std::vector<FilterPtr> filters = filters_of(stage);
+    if (filters.size() < 2)
+        return {filters.empty() ? nullptr : filters.front(), ""};
+    const Kind kind = kind_of(filters.front()->shape());
+    for (const FilterPtr &filter : filters)
+        if (kind_of(filter->shape()) != kind)
+            return {nullptr, formatted<"stage %d: filters of two kinds: %s, %s">(
+                                 stage.number, name_of(kind), name_of(kind_of(filter->shape())))};
+    if (!can_be_continued(kind))
+        return {nullptr, formatted<"stage %d: %s more than once">(stage.number, name_of(kind))};
+    return {join(filters, kind), ""};
+}
+
+} // namespace quarl
