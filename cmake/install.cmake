@@ -33,8 +33,6 @@ install(EXPORT quarl_targets NAMESPACE quarl:: FILE quarl-config.cmake DESTINATI
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/quarl-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/quarl-config-version.cmake DESTINATION ${config_dir})
-install(DIRECTORY src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quarl
-        FILES_MATCHING PATTERN "*.h" PATTERN "inflate*.h" EXCLUDE PATTERN "db_session.h" EXCLUDE)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 # The prefix is taken from where the file lies, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)

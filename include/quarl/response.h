@@ -21,7 +21,7 @@
 // concerned. Nothing here throws, except for want of memory.
 #pragma once
 
-#include "quarl/stages.h"
+#include <quarl/stages.h>
 
 #include <complex>
 #include <cstddef>

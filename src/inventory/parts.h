@@ -1,8 +1,8 @@
 // The parts of a stage, taken from the records of a channel's blockettes.
 #pragma once
 
-#include "quarl/stages.h"
-#include "records.h"
+#include <quarl/records.h>
+#include <quarl/stages.h>
 
 namespace quarl
 {

@@ -1,4 +1,4 @@
-#include "quarl/stages.h"
+#include <quarl/stages.h>
 
 #include <algorithm>
 #include <functional>

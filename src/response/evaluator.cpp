@@ -1,8 +1,8 @@
 #include "platform/format.h"
-#include "quarl/response.h"
 #include "response/kind.h"
 #include "response/plan.h"
 #include "response/transfer.h"
+#include <quarl/response.h>
 
 #include <algorithm>
 #include <functional>

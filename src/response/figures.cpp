@@ -1,8 +1,8 @@
 // Single numbers of responses, and the grid of their curves.
-#include "quarl/response.h"
 #include "response/fir.h"
 #include "response/kind.h"
 #include "response/transfer.h"
+#include <quarl/response.h>
 
 #include <cmath>
 #include <numbers>

@@ -1,7 +1,7 @@
 // FIR filters: coefficients unfolded, divided by their sum, recognised as symmetric; evaluated.
 #pragma once
 
-#include "quarl/stages.h"
+#include <quarl/stages.h>
 
 #include <complex>
 #include <span>

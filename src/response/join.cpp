@@ -1,7 +1,7 @@
 // The filter blockettes of a stage, joined.
 #include "platform/format.h"
-#include "quarl/response.h"
 #include "response/kind.h"
+#include <quarl/response.h>
 
 namespace quarl
 {

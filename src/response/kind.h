@@ -1,7 +1,7 @@
 // Kinds of filters, as far as they are evaluated in different ways.
 #pragma once
 
-#include "quarl/stages.h"
+#include <quarl/stages.h>
 
 namespace quarl
 {

@@ -1,7 +1,7 @@
 // What a response asks to be evaluated, or why it cannot be.
 #pragma once
 
-#include "quarl/response.h"
+#include <quarl/response.h>
 
 namespace quarl
 {

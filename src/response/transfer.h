@@ -1,8 +1,8 @@
 // Transfer functions of filters, not normalised.
 #pragma once
 
-#include "quarl/stages.h"
 #include "response/scaled.h"
+#include <quarl/stages.h>
 
 #include <span>
 #include <vector>

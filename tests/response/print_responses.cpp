@@ -5,10 +5,11 @@
 //   refused reason
 //   warnings count, then: frequency amplitude phase
 #include "inventory/parts.h"
-#include "quarl/response.h"
-#include "seed/seed.h"
 
 #include <cstdio>
+#include <quarl/response.h>
+#include <quarl/volume.h>
+#include <utility>
 
 namespace
 {
@@ -66,7 +67,7 @@ void Printer::take(const record_t *record, int type)
         return builder_.add(blk.stage_num, gain_of(blk));
     }
     case 60:
-        by_reference_ = true; // its dictionary has no records
+        by_reference_ = true;
         break;
     case 61:
         return add(static_cast<const blk_061_t &>(*record));
@@ -98,12 +99,11 @@ void Printer::finish()
 int main(int argc, char *argv[])
 {
     for (int i = 1; i < argc; ++i) {
-        const auto volume = seed_read(argv[i]);
+        Volume volume(argv[i], {.message = [](const Message &) {}});
         Printer printer;
-        Record record;
-        int type = 0;
-        while (read_blk(volume.get(), &record, &type))
-            printer.take(record.get(), type);
+        for (const Item &item : volume)
+            if (item.record())
+                printer.take(item.record(), item.type());
         printer.finish();
     }
 }

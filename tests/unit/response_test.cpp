@@ -1,5 +1,5 @@
 // Responses with known closed forms, and those that are refused.
-#include "quarl/response.h"
+#include <quarl/response.h>
 
 #include <cmath>
 #include <gtest/gtest.h>

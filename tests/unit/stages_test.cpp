@@ -1,5 +1,5 @@
 // The stages of a response: collected, shared, compared.
-#include "quarl/stages.h"
+#include <quarl/stages.h>
 
 #include <gtest/gtest.h>
 
