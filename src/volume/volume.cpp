@@ -59,6 +59,7 @@ void open_database(State *state)
 void open_input(State *state, const std::string &path)
 {
     state->handle = seed_read(path);
+    ItemAccess{state->handle->now}.room(&state->handle->record_bytes);
     state->handle->on_bad_item = state->options.bad_item;
     state->handle->reads_references = state->options.references;
     state->handle->logical->on_record = state->options.record;
@@ -68,7 +69,11 @@ void open_input(State *state, const std::string &path)
 /// The turn of the item that is out is over.
 void finish_item(State *state)
 {
-    if (std::exchange(state->counts, false))
+    if (!std::exchange(state->counts, false))
+        return;
+    if (state->type == Data_Record)
+        count_data(&state->count, state->handle->now.length());
+    else
         count_blk(state->record.get(), state->type);
 }
 
@@ -104,7 +109,7 @@ const Item *end_file(State *state, bool stopped)
     state->in_file = false;
     state->ended = end.statistics.items == 0 || end.stopped || state->run.File_Flag != 0;
     ItemAccess item{handle.now};
-    item.begin({state->run.Tapefile, bytes, in.recno, in.seq_num, in.type_code, in.cont_code});
+    item.begin_at(in, state->run.Tapefile, bytes);
     item.type(End_Of_File, 0);
     item.parsed(&end, false, 0);
     if (!state->ended)
