@@ -2,6 +2,7 @@
 
 #include "platform/allocate.h"
 #include "platform/db_session.h"
+#include "platform/db_url.h"
 #include "platform/elog.h"
 
 #include <algorithm>
@@ -30,20 +31,6 @@ constexpr std::array<std::string_view, 5> Columns = {"sta", "chan", "seedstart",
 /// for the whole row.
 constexpr std::string_view Select =
     "select t.sta, t.chan, t.seedstart, t.seedend, t.seedformat from seedformat t";
-
-/// `text` with every byte that is not `plain` as %XX.
-template <class Plain> std::string percent_encoded(std::string_view text, Plain plain)
-{
-    std::string encoded;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (plain(byte))
-            encoded += c;
-        else
-            encoded += {'%', "0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
-    }
-    return encoded;
-}
 
 /// Size of a file, -1 when there is none.
 off_t file_size(const std::string &path)
@@ -153,25 +140,16 @@ Session open_sqlite(const std::string &name)
     return session;
 }
 
-/// The URL as SOCI has to get it. SOCI cuts it at blanks and puts a "=" behind a text without one.
-std::string postgresql_url(std::string_view url)
+Session open_postgresql(const std::string &name)
 {
-    std::size_t host = url.find("://") + 3;
-    const std::size_t user_end = url.find_first_of("@/", host);
-    if (user_end != std::string_view::npos && url[user_end] == '@')
-        host = user_end;
-    const bool asks = url.find('?', host) != std::string_view::npos;
-    std::string_view joint = asks ? "&" : "?";
-    if (url.ends_with('?'))
-        joint = "";
-    const auto plain = [](unsigned char c) { return c > ' ' && c < 0x7F && c != '"'; };
-    return percent_encoded(url, plain).append(joint) + "fallback_application_name=quarl";
-}
-
-Session open_postgresql(const std::string &url)
-{
+    const DatabaseUrl url(name);
+    if (!url.is_clear()) {
+        elog_set_reason("it is not clear what the password is: write '/' as %2F and '@' as %40 in"
+                        " it, and a port as a number");
+        return {};
+    }
     setenv("PGCONNECT_TIMEOUT", "10", 0);
-    Session session = open_session("postgresql", postgresql_url(url));
+    Session session = open_session("postgresql", url.connection());
     prepare_session(&session,
                     {"set session characteristics as transaction read only",
                      "set synchronize_seqscans = off", "set max_parallel_workers_per_gather = 0",
@@ -236,6 +214,14 @@ std::string select_rows(const Backend &backend, const Session &session, TextRows
     return error;
 }
 
+/// Takes what may not be shown out of the reason that is left for elog.
+void mend_reason(const Database &database)
+{
+    const int error = errno;
+    elog_set_reason(DatabaseUrl(database.source).without_secrets(elog_take_reason()));
+    errno = error;
+}
+
 /// Reads the table; what goes wrong is complained about and not tried again.
 void read_table(Database *database)
 {
@@ -252,11 +238,13 @@ void read_table(Database *database)
     }
     database->rows.clear();
     database->refused = true;
-    elog_complain<MessageKind::database_not_read, "Can't read database table '%s'\n">(1,
-                                                                                      Table_Name);
+    mend_reason(*database);
+    elog_complain<"Can't read database table '%s'\n">(1, Table_Name);
 }
 
 } // namespace
+
+std::string shown_database(const char *name) { return DatabaseUrl(name).shown(); }
 
 Dbptr dbinvalid() { return {dbINVALID, dbINVALID, dbINVALID, dbINVALID}; }
 
@@ -265,9 +253,11 @@ int VXdbopen(const char *name, const char * /*mode*/, Dbptr *db)
     *db = dbinvalid();
     Database database = database_of(name);
     Session session = database.backend.open(database.source);
-    if (!session)
+    if (!session) {
+        mend_reason(database);
         return -1;
-    if (database.backend.stays_open)
+    }
+    if (database.backend.stays_open) {
         database.session = std::move(session);
     std::vector<Database> &all = Current<Databases>::get().all;
     all.push_back(std::move(database));
