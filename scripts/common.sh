@@ -71,7 +71,8 @@ need_postgresql_server() {
 
 # What the program needs to be built and to run.
 build_packages=(g++ make cmake libarchive-dev libisal-dev zlib1g-dev liblzma-dev
-    libsoci-dev libsoci-sqlite3-4.0 libsoci-postgresql4.0 libtomlplusplus-dev)
+    libsoci-dev libsoci-sqlite3-4.0 libsoci-postgresql4.0 libsqlite3-dev
+    libtomlplusplus-dev)
 
 # build_preset PRESET TARGET [OPTION]...: configures a preset with cmake's options and builds a target of it.
 build_preset() {

@@ -6,6 +6,10 @@
 #include <initializer_list>
 #include <span>
 #include <string>
+#include <vector>
+
+namespace quarl
+{
 
 /// Names a database, a table of it and one row (`record`) of the table. Plain numbers; the tables
 /// live in the current `Databases`.

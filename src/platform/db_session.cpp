@@ -39,27 +39,10 @@ struct EndStatement {
 };
 using Statement = std::unique_ptr<void, EndStatement>;
 
-/// Loads a library for the rest of the run; null with the reason left for elog.
-void *load_library(const std::string &name, const std::string &package)
-{
-    void *library = dlopen((name + ".so.4.0").c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        elog_set_reason(std::string(dlerror()) + " (Debian package " + package + ")");
-    return library;
-}
-
-template <class Function> bool find_symbol(void *library, const char *name, Function *function)
-{
-    *function = reinterpret_cast<Function>(dlsym(library, name));
-    if (*function == nullptr)
-        elog_set_reason(dlerror());
-    return *function != nullptr;
-}
-
 /// Loads SOCI and the backend, which SOCI itself would also look for in the current directory.
 bool load_soci(const std::string &backend)
 {
-    void *core = load_library("libsoci_core", "libsoci-core4.0");
+    void *core = load_library("libsoci_core.so.4.0", "libsoci-core4.0");
     if (core == nullptr)
         return false;
     const std::string package = "libsoci-" + backend + (backend == "sqlite3" ? "-4.0" : "4.0");
@@ -76,7 +59,7 @@ bool load_soci(const std::string &backend)
            find_symbol(core, "soci_get_into_string", &Api.get_into_string) &&
            find_symbol(core, "soci_statement_state", &Api.statement_state) &&
            find_symbol(core, "soci_statement_error_message", &Api.statement_error_message) &&
-           load_library("libsoci_" + backend, package) != nullptr;
+           load_library("libsoci_" + backend + ".so.4.0", package) != nullptr;
 }
 
 /// The database's own words in a message of SOCI: the first line, without SOCI's introductions and
@@ -113,6 +96,22 @@ void take_rows(void *statement, TextRows *rows)
 }
 
 } // namespace
+
+void *load_library(const std::string &name, const std::string &package)
+{
+    void *library = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        elog_set_reason(std::string(dlerror()) + " (Debian package " + package + ")");
+    return library;
+}
+
+bool find_symbol(void *library, const char *name, void **symbol)
+{
+    *symbol = dlsym(library, name);
+    if (*symbol == nullptr)
+        elog_set_reason(dlerror());
+    return *symbol != nullptr;
+}
 
 void EndSession::operator()(void *session) const { Api.destroy_session(session); }
 

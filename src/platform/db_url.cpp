@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace quarl
+{
+
 namespace
 {
 
@@ -254,3 +257,5 @@ std::string DatabaseUrl::without_secrets(std::string words) const
     }
     return words;
 }
+
+} // namespace quarl

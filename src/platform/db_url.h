@@ -5,6 +5,9 @@
 #include <string_view>
 #include <vector>
 
+namespace quarl
+{
+
 /// `text` with every byte that is not `plain` as %XX.
 std::string percent_encoded(std::string_view text, bool (*plain)(unsigned char));
 
@@ -45,3 +48,5 @@ private:
     std::vector<Secret> secrets_;
     bool is_clear_ = true;
 };
+
+} // namespace quarl

@@ -52,8 +52,9 @@ void read_parameters(State *state)
 void open_database(State *state)
 {
     const std::string &name = state->options.database;
+    const std::string shown = shown_database(name.c_str());
     if (!name.empty() && VXdbopen(name.c_str(), "r", &state->run.Db) != 0)
-        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, name);
+        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, shown);
 }
 
 void open_input(State *state, const std::string &path)
