@@ -3,36 +3,12 @@
 #include "volume/seed.h"
 #include "volume/state.h"
 
-#include <algorithm>
 #include <new>
 #include <quarl/volume.h>
 #include <utility>
 
 namespace quarl
 {
-
-void State::hear(Message &message)
-{
-    if (handle) {
-        const SeedInput &in = *handle->logical;
-        message.place = {run.Tapefile, in.totbytes - in.pbytes + in.cur,
-                         in.recno,     in.seq_num,
-                         in.type_code, in.cont_code};
-        message.item = handle->framing ? &handle->now : nullptr;
-    }
-    if (options.message)
-        options.message(message);
-    else
-        say_on_stderr(message);
-}
-
-void State::before_wait()
-{
-    if (options.before_wait)
-        options.before_wait();
-}
-
-bool State::gives_up() { return options.interrupted && options.interrupted(); }
 
 namespace
 {
@@ -89,10 +65,7 @@ void begin_file(State *state)
 /// The byte up to which the items of the input file reach.
 std::int64_t items_end(const read_handle_t &handle)
 {
-    const SeedInput &in = *handle.logical;
-    const std::int64_t buffer_at = in.totbytes - in.pbytes;
-    return handle.framing ? handle.now.place().offset
-                          : buffer_at + std::clamp(in.cur, 0, in.pbytes);
+    return handle.framing ? handle.now.place().offset : position(handle.logical.get());
 }
 
 /// The input file has ended, or is left: the item for it, or null when it held nothing. Another
