@@ -36,8 +36,8 @@ public:
     ~Volume();
 
     /// The next item: control blockettes and data records in volume order, and behind the last of
-    /// each input file that held anything its FileEnd. Null at the end of the volume. Throws Error
-    /// when the reading cannot go on; every later call throws the same.
+    /// each input file that held anything, or failed, its FileEnd. Null at the end of the volume.
+    /// Throws Error when the reading cannot go on; every later call throws the same.
     const Item *next();
 
     /// The text that `code` of a dictionary stands for, as far as the volume was read; null when it

@@ -88,7 +88,7 @@ const Item *end_file(State *state, bool stopped)
     item.parsed(&end, false, 0);
     if (!state->ended)
         ++state->run.Tapefile;
-    return bytes > 0 || end.stopped ? &handle.now : nullptr;
+    return bytes > 0 || !end.complete() ? &handle.now : nullptr;
 }
 
 bool is_to_stop(const State &state)
@@ -152,6 +152,9 @@ try {
 } catch (const std::bad_alloc &) {
     state_->failure = Error(MessageKind::out_of_memory, "Out of memory");
     throw Error(*state_->failure);
+} catch (...) { // a callback's own: nobody knows in the middle of what
+    state_->ended = true;
+    throw;
 }
 
 const std::string *Volume::text(Dictionary dictionary, int code) const
