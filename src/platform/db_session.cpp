@@ -37,7 +37,7 @@ struct Soci {
 std::mutex Loading; ///< volumes of several threads may ask at once
 bool Loaded = false;
 bool Exiting = false; ///< libraries are gone or about to go: sessions end with the process
-Soci Api; ///< valid once load_core has returned true
+Soci Api;             ///< valid once load_core has returned true
 
 struct EndStatement {
     void operator()(void *statement) const { Api.destroy_statement(statement); }

@@ -1,7 +1,7 @@
 // Drives a decoder that turns pieces of input into pieces of output.
 #pragma once
 
-#include "platform/gz_cat.h"
+#include "platform/inflater.h"
 #include "platform/inflate_source.h"
 
 #include <string>
