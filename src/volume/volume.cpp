@@ -18,7 +18,7 @@ void read_parameters(State *state)
     VolumeOptions &options = state->options;
     if (!options.parameter_file.empty() &&
         pfread_file(options.parameter_file, &state->run.Parameters) != 0)
-        elog_die<MessageKind::parameter_file, "Can't read parameter file %s\n">(
+        elog_die<MessageKind::parameter_file, "Couldn't read parameter file %s.\n">(
             0, options.parameter_file);
     auto &aliases = state->run.Parameters.tables["data_type_aliases"];
     for (const auto &[name, known] : options.format_aliases)
