@@ -252,7 +252,7 @@ TEST(VolumeErrors, EndItAndAreThrownAgain)
     VolumeOptions options = quiet();
     options.parameter_file = "/nowhere/quarl.pf";
     EXPECT_EQ(error_of([&] { Volume("/dev/null", options); }),
-              "parameter-file 0 Can't read parameter file /nowhere/quarl.pf");
+              "parameter-file 0 Couldn't read parameter file /nowhere/quarl.pf.");
     options.parameter_file = {};
     options.database = "/nowhere/formats.db";
     EXPECT_EQ(error_of([&] { Volume("/dev/null", options); }).substr(0, 63),
