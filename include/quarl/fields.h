@@ -27,6 +27,7 @@ enum class Dictionary {
     abbreviations, ///< 033: generic abbreviations
     units,         ///< 034: unit names
     responses,     ///< 041 to 048: response lookup keys
+    encodings,     ///< encoding formats of Blockette 1000, which the standard defines
 };
 
 /// What a field holds.
@@ -38,6 +39,8 @@ enum class Meaning {
     code,     ///< refers to an entry of `dictionary`
     key,      ///< defines an entry of `dictionary`
     exponent, ///< of 2
+    flag,     ///< true or false
+    optional, ///< a number or text; a negative or an empty one: not given
     absent,   ///< has its place in the record, but no parser fills it
 };
 
@@ -47,12 +50,15 @@ struct About {
     std::string_view unit = {}; ///< "" for none
     Meaning meaning = Meaning::number;
     Dictionary dictionary = Dictionary::none;
+    std::string_view each = {}; ///< the term for one of them, where a field holds several numbers
 };
 
 namespace fields
 {
 
-/// Values as they are handed out: int, double, char, text without terminator, lists of numbers.
+/// Values as they are handed out: bool, int, double, char, text without terminator, lists of
+/// numbers.
+inline bool plain(bool value) { return value; }
 inline int plain(int value) { return value; }
 inline double plain(double value) { return value; }
 inline char plain(char value) { return value; }
@@ -135,6 +141,29 @@ template <class Member>
 constexpr auto key(std::string_view name, Dictionary dictionary, Member member)
 {
     return Field<Member>{{name, {}, Meaning::key, dictionary}, member};
+}
+/// One bit of a byte of flags.
+template <class Record> struct Bit {
+    int Record::*flags;
+    int mask;
+    bool operator()(const Record &record) const { return (record.*flags & mask) != 0; }
+};
+template <class Record> constexpr auto flag(std::string_view name, int Record::*flags, int bit)
+{
+    return Field<Bit<Record>>{{name, {}, Meaning::flag}, {flags, 1 << bit}};
+}
+/// A byte of flags that is kept with its sign: 0 to 255.
+template <class Record> struct Byte {
+    int Record::*flags;
+    int operator()(const Record &record) const { return record.*flags & 0xFF; }
+};
+template <class Record> constexpr auto flags_byte(std::string_view name, int Record::*flags)
+{
+    return Field<Byte<Record>>{{name, {}, Meaning::number}, {flags}};
+}
+template <class Member> constexpr auto optional(std::string_view name, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::optional}, member};
 }
 template <class Member> constexpr auto exponent(std::string_view name, Member member)
 {

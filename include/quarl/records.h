@@ -47,6 +47,21 @@ struct channel_context_t {
     char chan_id[Channel_Id_Size] = "";
     int subchan_id = 0;
     bool channel_is_of_station = false; ///< the last channel came behind the last station
+
+    static constexpr auto station_context()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("network", &channel_context_t::network_code),
+                          text("station", &channel_context_t::station));
+    }
+    /// These say something when the channel is of the station.
+    static constexpr auto channel_context()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("location", &channel_context_t::loc_id),
+                          text("channel", &channel_context_t::chan_id),
+                          when("epoch_start", &channel_context_t::start_date));
+    }
 };
 
 struct Complex_t {
@@ -157,7 +172,7 @@ struct blk_031_t : blk_t {
         return std::tuple(key("comment_code_key", Dictionary::comments, &blk_031_t::comment_id),
                           text("comment_class_code", &blk_031_t::class_code),
                           text("description_of_comment", &blk_031_t::comment),
-                          code("comment_level_units", Dictionary::units, &blk_031_t::units));
+                          code("units_of_comment_level", Dictionary::units, &blk_031_t::units));
     }
 };
 
@@ -257,6 +272,12 @@ struct blk_051_t : blk_t {
     char station[Station_Size] = "";
     char network_code[Network_Size] = "";
 
+    static constexpr auto station_context()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("network", &blk_051_t::network_code),
+                          text("station", &blk_051_t::station));
+    }
     static constexpr auto fields()
     {
         using namespace quarl::fields;
@@ -287,7 +308,7 @@ struct blk_052_t : blk_t {
     int record_length = 12;      ///< data record length exponent, in the legal range
     int record_length_read = 12; ///< as it stands in the volume
     double sample_rate = 0.0;
-    double max_drift = 0.0; ///< maximum clock drift, seconds
+    double max_drift = 0.0; ///< maximum clock drift, seconds per sample
     int num_comments = 0;
     char chan_flags[27] = "";
     char start_date[Time_Size] = "";
@@ -298,6 +319,12 @@ struct blk_052_t : blk_t {
     char channel[Channel_Size] = ""; ///< full name, built by fix_channel
     int changroup = 0;
 
+    static constexpr auto station_context()
+    {
+        using namespace quarl::fields;
+        return std::tuple(text("network", &blk_052_t::network_code),
+                          text("station", &blk_052_t::station));
+    }
     static constexpr auto fields()
     {
         using namespace quarl::fields;
@@ -318,7 +345,7 @@ struct blk_052_t : blk_t {
             exponent("data_record_length", &blk_052_t::record_length),
             exponent("data_record_length_as_read", &blk_052_t::record_length_read),
             number("sample_rate", &blk_052_t::sample_rate, "Hz"),
-            number("max_clock_drift", &blk_052_t::max_drift, "s"),
+            number("max_clock_drift", &blk_052_t::max_drift, "s/sample"),
             number("number_of_comments", &blk_052_t::num_comments),
             text("channel_flags", &blk_052_t::chan_flags),
             when("start_date", &blk_052_t::start_date), until("end_date", &blk_052_t::end_date),
@@ -421,7 +448,7 @@ struct blk_055_t : blk_t, channel_context_t {
                                column({"frequency", "Hz"}, &blk_055_t::frequency),
                                column({"amplitude"}, &blk_055_t::amplitude),
                                column({"amplitude_error"}, &blk_055_t::amplitude_error),
-                               column({"phase", "degrees"}, &blk_055_t::phase),
+                               column({"phase_angle", "degrees"}, &blk_055_t::phase),
                                column({"phase_error", "degrees"}, &blk_055_t::phase_error)));
     }
 };
@@ -677,7 +704,7 @@ struct blk_045_t : blk_t {
                                column({"frequency", "Hz"}, &blk_045_t::frequency),
                                column({"amplitude"}, &blk_045_t::amplitude),
                                column({"amplitude_error"}, &blk_045_t::amplitude_error),
-                               column({"phase", "degrees"}, &blk_045_t::phase),
+                               column({"phase_angle", "degrees"}, &blk_045_t::phase),
                                column({"phase_error", "degrees"}, &blk_045_t::phase_error)));
     }
 };
@@ -776,7 +803,7 @@ struct blk_060_t : blk_t, channel_context_t {
         return std::tuple(
             list("stages", "number_of_stages", &blk_060_t::num_stages,
                  column({"stage_sequence_number"}, &blk_060_t::stage, &Stage::stage_num),
-                 column({"response_lookup_keys", {}, Meaning::code, Dictionary::responses},
+                 column({"responses", {}, Meaning::code, Dictionary::responses, "response"},
                         &blk_060_t::stage, &Stage::lookup_key)));
     }
 };
@@ -887,7 +914,7 @@ struct blk_073_t : blk_t {
     {
         using namespace quarl::fields;
         return std::tuple(
-            list("segments", "number_of_data_pieces", &blk_073_t::num_segs,
+            list("data_pieces", "number_of_data_pieces", &blk_073_t::num_segs,
                  column({"station", {}, Meaning::text}, &blk_073_t::stn_id),
                  column({"location", {}, Meaning::text}, &blk_073_t::loc_id),
                  column({"channel", {}, Meaning::text}, &blk_073_t::chan_id),
@@ -981,26 +1008,47 @@ struct blk_dh_t : record_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(text("station", &blk_dh_t::stn_id), text("location", &blk_dh_t::loc_id),
-                          text("channel", &blk_dh_t::chan_id),
-                          text("network", &blk_dh_t::network_code),
-                          absent("channel_name", &blk_dh_t::channel),
-                          when("record_start_time", &blk_dh_t::start_time),
-                          number("number_of_samples", &blk_dh_t::nsamps),
-                          number("sample_rate_factor", &blk_dh_t::rate_f),
-                          number("sample_rate_multiplier", &blk_dh_t::rate_m),
-                          number("activity_flags", &blk_dh_t::activity),
-                          number("io_and_clock_flags", &blk_dh_t::io_flags),
-                          number("data_quality_flags", &blk_dh_t::quality),
-                          number("number_of_blockettes_that_follow", &blk_dh_t::blks_fol),
-                          number("time_correction", &blk_dh_t::time_cor, "0.0001 s"),
-                          number("beginning_of_data", &blk_dh_t::beg_data, "bytes"),
-                          number("first_blockette", &blk_dh_t::beg_blks, "bytes"),
-                          text("data_format", &blk_dh_t::format),
-                          number("record_length", &blk_dh_t::length, "bytes"),
-                          text("quality_indicator", &blk_dh_t::quality_indicator),
-                          number("encoding_format", &blk_dh_t::encoding),
-                          number("word_order", &blk_dh_t::word_order));
+        return std::tuple(
+            text("network", &blk_dh_t::network_code), text("station", &blk_dh_t::stn_id),
+            text("location", &blk_dh_t::loc_id), text("channel", &blk_dh_t::chan_id),
+            absent("channel_name", &blk_dh_t::channel),
+            when("record_start_time", &blk_dh_t::start_time),
+            number("sample_rate", &blk_dh_t::samp_rate, "Hz"), number("samples", &blk_dh_t::nsamps),
+            number("sample_rate_factor", &blk_dh_t::rate_f),
+            number("sample_rate_multiplier", &blk_dh_t::rate_m),
+            flags_byte("activity_flags", &blk_dh_t::activity),
+            flag("calibration_signals_present", &blk_dh_t::activity, 0),
+            flag("time_correction_applied", &blk_dh_t::activity, 1),
+            flag("beginning_of_event", &blk_dh_t::activity, 2),
+            flag("end_of_event", &blk_dh_t::activity, 3),
+            flag("positive_leap_second", &blk_dh_t::activity, 4),
+            flag("negative_leap_second", &blk_dh_t::activity, 5),
+            flag("event_in_progress", &blk_dh_t::activity, 6),
+            flags_byte("io_and_clock_flags", &blk_dh_t::io_flags),
+            flag("station_volume_parity_error", &blk_dh_t::io_flags, 0),
+            flag("long_record_read", &blk_dh_t::io_flags, 1),
+            flag("short_record_read", &blk_dh_t::io_flags, 2),
+            flag("start_of_time_series", &blk_dh_t::io_flags, 3),
+            flag("end_of_time_series", &blk_dh_t::io_flags, 4),
+            flag("clock_locked", &blk_dh_t::io_flags, 5),
+            flags_byte("data_quality_flags", &blk_dh_t::quality),
+            flag("amplifier_saturation_detected", &blk_dh_t::quality, 0),
+            flag("digitizer_clipping_detected", &blk_dh_t::quality, 1),
+            flag("spikes_detected", &blk_dh_t::quality, 2),
+            flag("glitches_detected", &blk_dh_t::quality, 3),
+            flag("missing_data_present", &blk_dh_t::quality, 4),
+            flag("telemetry_synchronization_error", &blk_dh_t::quality, 5),
+            flag("digital_filter_charging", &blk_dh_t::quality, 6),
+            flag("time_tag_questionable", &blk_dh_t::quality, 7),
+            number("number_of_blockettes_that_follow", &blk_dh_t::blks_fol),
+            number("time_correction", &blk_dh_t::time_cor, "0.0001 s"),
+            number("beginning_of_data", &blk_dh_t::beg_data, "bytes"),
+            number("first_blockette", &blk_dh_t::beg_blks, "bytes"),
+            optional("data_format", &blk_dh_t::format),
+            code("encoding", Dictionary::encodings, &blk_dh_t::encoding),
+            optional("word_order", &blk_dh_t::word_order),
+            text("quality_indicator", &blk_dh_t::quality_indicator),
+            number("subsequence_number", &blk_dh_t::sub_seq_num));
     }
 };
 

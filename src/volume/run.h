@@ -25,6 +25,7 @@ struct Run {
     Tbl<std::string> Tbl_032 = newtbl<std::string>(10); ///< authors by source code
     Tbl<std::string> Tbl_033 = newtbl<std::string>(10); ///< generic abbreviations by code
     Tbl<std::string> Tbl_034 = newtbl<std::string>(10); ///< unit names by code
+    Tbl<std::string> Tbl_responses;                     ///< response names by lookup key
 };
 
 inline Run &run() { return Current<Run>::get(); }

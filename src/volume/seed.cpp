@@ -221,6 +221,8 @@ void read_reference(read_handle_t *handle, int type)
     with_any_family(type, [&](auto family) {
         auto made = family.make();
         family.parse(made.get(), handle->item.text());
+        if constexpr (requires { made->lookup_key; })
+            keep_text(&run().Tbl_responses, made->lookup_key, made->response_name);
         handle->reference = Record(made.release(), FreeBlk{type});
     });
 }

@@ -170,8 +170,10 @@ const std::string *Volume::text(Dictionary dictionary, int code) const
         return gettbl(state_->run.Tbl_033, code);
     case Dictionary::units:
         return gettbl(state_->run.Tbl_034, code);
+    case Dictionary::responses:
+        return gettbl(state_->run.Tbl_responses, code);
     case Dictionary::none:
-    case Dictionary::responses: // have no text
+    case Dictionary::encodings: // no volume defines them
         break;
     }
     return nullptr;

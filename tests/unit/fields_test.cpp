@@ -83,7 +83,7 @@ const std::string Coefficients =
     "numerators:1 coefficient=21 error=22 denominators:1 coefficient=23 error=24";
 const std::string Coefficients_Text = "0001" + r(21) + r(22) + "0001" + r(23) + r(24);
 const std::string List =
-    "responses:1 frequency=21 amplitude=22 amplitude_error=23 phase=24 phase_error=25";
+    "responses:1 frequency=21 amplitude=22 amplitude_error=23 phase_angle=24 phase_error=25";
 const std::string List_Text = "0001" + r(21) + r(22) + r(23) + r(24) + r(25);
 const std::string Comment = "beginning_effective_time=t1 end_effective_time=t2 comment=3 "
                             "comment_level=4";
@@ -108,7 +108,7 @@ TEST(Fields, NameEveryValueInOrder)
          "decoder_keys:2 decoder_key=k1 decoder_key=k2"},
         {31, "0001Ctext~003",
          "comment_code_key=1 comment_class_code=C description_of_comment=text "
-         "comment_level_units=3"},
+         "units_of_comment_level=3"},
         {32, "01author~date~publisher~",
          "source_lookup_code=1 name_of_publication_or_author=author "
          "date_published_or_catalog=date publisher_name=publisher"},
@@ -155,8 +155,8 @@ TEST(Fields, NameEveryValueInOrder)
         {58, "01" + r(5) + r(6), "stage_sequence_number=1 sensitivity_or_gain=5 frequency=6"},
         {59, "t1~t2~0003000004", Comment},
         {60, "0201020003000402010005",
-         "stages:2 stage_sequence_number=1 response_lookup_keys=3+4 stage_sequence_number=2 "
-         "response_lookup_keys=5"},
+         "stages:2 stage_sequence_number=1 responses=3+4 stage_sequence_number=2 "
+         "responses=5"},
         {61, "01name~B0110120001            21",
          "stage_sequence_number=1 response_name=name symmetry_code=B " + Units +
              " coefficients:1 coefficient=21"},
@@ -175,7 +175,7 @@ TEST(Fields, NameEveryValueInOrder)
          "station=AAA location=00 channel=BHZ arrival_time=t1 amplitude=2 period=3 "
          "signal_to_noise_ratio=4 name_of_phase=name source=5 network=NN"},
         {73, "0001AAA  00BHZt1~00000203",
-         "segments:1 station=AAA location=00 channel=BHZ time_of_record=t1 sequence_number=2 "
+         "data_pieces:1 station=AAA location=00 channel=BHZ time_of_record=t1 sequence_number=2 "
          "subsequence_number=3"},
         {74, "AAA  00BHZt1~00000203t4~00000506001t7~00000809NN",
          "station=AAA location=00 channel=BHZ series_start_time=t1 first_sequence_number=2 "
@@ -208,12 +208,21 @@ TEST(Fields, NameTheValuesOfADataRecord)
     header->encoding = 13;
     header->word_order = 1;
     EXPECT_EQ(described(*header),
-              "station=AAA location=00 channel=BHZ network=NN "
-              "record_start_time=2001,060,01:02:03.0004 number_of_samples=5 sample_rate_factor=6 "
-              "sample_rate_multiplier=7 activity_flags=8 io_and_clock_flags=9 "
-              "data_quality_flags=16 number_of_blockettes_that_follow=12 time_correction=11 "
-              "beginning_of_data=64 first_blockette=48 data_format=fmt record_length=512 "
-              "quality_indicator=Q encoding_format=13 word_order=1");
+              "network=NN station=AAA location=00 channel=BHZ "
+              "record_start_time=2001,060,01:02:03.0004 sample_rate=42 samples=5 "
+              "sample_rate_factor=6 sample_rate_multiplier=7 "
+              "activity_flags=8 calibration_signals_present=0 time_correction_applied=0 "
+              "beginning_of_event=0 end_of_event=1 positive_leap_second=0 negative_leap_second=0 "
+              "event_in_progress=0 "
+              "io_and_clock_flags=9 station_volume_parity_error=1 long_record_read=0 "
+              "short_record_read=0 start_of_time_series=1 end_of_time_series=0 clock_locked=0 "
+              "data_quality_flags=16 amplifier_saturation_detected=0 "
+              "digitizer_clipping_detected=0 spikes_detected=0 glitches_detected=0 "
+              "missing_data_present=1 telemetry_synchronization_error=0 "
+              "digital_filter_charging=0 time_tag_questionable=0 "
+              "number_of_blockettes_that_follow=12 time_correction=11 beginning_of_data=64 "
+              "first_blockette=48 data_format=fmt encoding=13 word_order=1 quality_indicator=Q "
+              "subsequence_number=0");
 }
 
 } // namespace
