@@ -1,6 +1,7 @@
 // quarl: start-up, parameter file, options, database; then the run loop.
 #include "programs/banner.h"
 #include "programs/program.h"
+#include "programs/reading.h"
 #include "programs/sdd.h"
 
 #include <cstdlib>
@@ -25,13 +26,6 @@ Wishes usage(Console *console)
                                                                   console->Program_Name);
     banner(console);
     return {.ends = true, .status = 1};
-}
-
-void open_database(const char *name)
-{
-    const std::string shown = shown_database(name);
-    if (VXdbopen(name, "r+", &run().Db) != 0)
-        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, shown);
 }
 
 /// Reads the options in command-line order, each acted on at once.
@@ -69,11 +63,8 @@ Wishes read_options(Console *console, int argc, char *argv[])
 
 int list_volume(Console *console, int argc, char *argv[])
 {
-    auto state = std::make_unique<State>(VolumeOptions());
-    state->options.message = [console](const Message &message) { console->say(message); };
+    auto state = prepare_state(console);
     const Reading reading(*state);
-    if (pfread("quarl", &run().Parameters) != 0)
-        elog_die<MessageKind::parameter_file, "Couldn't read parameter file quarl.pf.\n">(0);
     const Wishes wishes = read_options(console, argc, argv);
     if (wishes.ends)
         return wishes.status;

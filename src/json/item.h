@@ -1,0 +1,15 @@
+// The line of JSON for an item of a volume.
+#pragma once
+
+#include "platform/out.h"
+
+#include <quarl/item.h>
+#include <quarl/volume.h>
+
+namespace quarl::json
+{
+
+/// Writes `item`, which `volume` yielded last, as one object and a newline.
+void print_item(Out &out, const Volume &volume, const Item &item);
+
+} // namespace quarl::json

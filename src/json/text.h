@@ -1,0 +1,82 @@
+// JSON text of single values, written to where there is room for it.
+#pragma once
+
+#include "platform/format.h"
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace quarl::json
+{
+
+/// Characters of the longest number.
+inline constexpr std::size_t Number_Room = 32;
+
+/// Characters that a string of `size` bytes may take, quotes included.
+constexpr std::size_t string_room(std::size_t size) { return 6 * size + 2; }
+
+/// True for a byte that a string shows as it is.
+inline constexpr auto Stays = [] {
+    std::array<bool, 256> stays{};
+    for (int byte = 0x20; byte < 0x7F; ++byte)
+        stays[byte] = byte != '"' && byte != '\\';
+    return stays;
+}();
+
+/// One byte that does not stay: escaped, or in UTF-8.
+char *put_special(char *to, unsigned char byte);
+
+/// Writes a text of Latin-1 as a JSON string; returns the end.
+inline char *put_string(char *to, std::string_view text)
+{
+    *to++ = '"';
+    for (const char c : text) {
+        if (const auto byte = static_cast<unsigned char>(c); Stays[byte])
+            *to++ = c;
+        else
+            to = put_special(to, byte);
+    }
+    *to++ = '"';
+    return to;
+}
+
+/// The shortest text that reads back as the same double; "null" when it is no finite number.
+char *put_any_real(char *to, double value);
+
+inline char *put_number(char *to, std::int64_t value)
+{
+    auto magnitude = static_cast<std::uint64_t>(value);
+    if (value < 0) {
+        *to++ = '-';
+        magnitude = ~magnitude + 1;
+    }
+    return format::put_digits<10>(to, magnitude, format::decimal_digits(magnitude));
+}
+inline char *put_number(char *to, int value) { return put_number(to, std::int64_t{value}); }
+
+inline char *put_number(char *to, double value)
+{
+    constexpr double Few_Digits = 10000; // from here on an exponent may be shorter
+    if (std::fabs(value) < Few_Digits && (value != 0 || !std::signbit(value)))
+        if (const int whole = static_cast<int>(value); whole == value)
+            return put_number(to, whole);
+    return put_any_real(to, value);
+}
+
+/// Copies a text whose size is known to the compiler.
+template <std::size_t N> char *put_text(char *to, const char (&text)[N])
+{
+    std::memcpy(to, text, N - 1);
+    return to + N - 1;
+}
+
+inline char *put_bool(char *to, bool value)
+{
+    std::memcpy(to, value ? "true " : "false", 5);
+    return to + (value ? 4 : 5);
+}
+
+} // namespace quarl::json
