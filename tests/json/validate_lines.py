@@ -1,0 +1,71 @@
+#!/usr/bin/python3
+"""Validates what quarl-json prints against the schema that it prints.
+
+Usage: validate_lines.py QUARL_JSON COMPOSE_VOLUME. Every line has to be valid by its definition,
+and a line of each kind by the schema as a whole. A line with a key too many, without a key, or with
+a value of another kind is invalid.
+"""
+import json
+import re
+import sys
+
+import jsonschema
+
+from volumes import run, volumes
+
+TIME = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d+)?Z")
+
+
+def time_checker():
+    """Times that are no times make an object bad; all others are looked at."""
+    checker = jsonschema.FormatChecker(formats=())
+    checker.checks("date-time")(lambda time: time is None or TIME.fullmatch(time) is not None)
+    return checker
+
+
+def definition(item):
+    """Name of the definition that is an item's."""
+    if item["item"] != "blockette":
+        return item["item"]
+    return "unparsed" if "parsed" in item else f"blockette_{item['type']:03d}"
+
+
+def validators(schema, checker):
+    """A validator for each definition."""
+    for name in schema["$defs"]:
+        part = {"$ref": f"#/$defs/{name}", "$defs": schema["$defs"]}
+        yield name, jsonschema.Draft202012Validator(part, format_checker=checker)
+
+
+def wrong_lines(item):
+    """The item with one member changed."""
+    yield dict(item, another=1)
+    for key, value in item.items():
+        if key != "bad":
+            yield {k: v for k, v in item.items() if k != key}
+            yield dict(item, **{key: {} if not isinstance(value, dict) else 0})
+
+
+def main():
+    quarl_json, compose = sys.argv[1:]
+    schema = json.loads(run(quarl_json, "--schema")[0])
+    jsonschema.Draft202012Validator.check_schema(schema)
+    whole = jsonschema.Draft202012Validator(schema)
+    strict, lenient = (dict(validators(schema, checker)) for checker in (time_checker(), None))
+    seen = {}
+    for name, path in volumes(compose):
+        for line in run(quarl_json, path)[0].decode("utf-8").splitlines():
+            item = json.loads(line)
+            kind = definition(item)
+            (lenient if item.get("bad") else strict)[kind].validate(item)
+            if seen.setdefault(kind, 0) == 0:
+                whole.validate(item)
+                for wrong in wrong_lines(item):
+                    assert not strict[kind].is_valid(wrong), f"{name}: {wrong}"
+            seen[kind] += 1
+    unseen = schema["$defs"].keys() - seen.keys() - {"time"}
+    assert not unseen, f"no volume has {unseen}"
+    print(f"{sum(seen.values())} lines of {len(seen)} kinds are valid")
+
+
+main()
