@@ -6,16 +6,19 @@ set(dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libquarl-dev)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
-install(TARGETS quarl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES etc/quarl.pf DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
-install(FILES doc/quarl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(TARGETS quarl quarl_json RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES etc/quarl.pf ${CMAKE_BINARY_DIR}/share/quarl/quarl.schema.json
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
+install(FILES doc/quarl.1 doc/quarl-json.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
-install(FILES completion/quarl.bash RENAME quarl
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+foreach(program quarl quarl-json)
+  install(FILES completion/${program}.bash RENAME ${program}
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+endforeach()
 # Below /usr, Debian's zsh looks into a folder of its own; elsewhere zsh has one name for it.
 set(zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh)
 install(CODE "
@@ -24,6 +27,7 @@ install(CODE "
     set(directory vendor-completions)
   endif()
   file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_quarl\"
+               \"${CMAKE_SOURCE_DIR}/completion/_quarl-json\"
        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")")
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
@@ -62,7 +66,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION science)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "lists what SEED volumes hold, exact to the byte
 quarl reads a volume in the FDSN Standard for the Exchange of Earthquake Data and lists every
 control-header blockette and data record in it, with counts, bytes and shares at the end.
-Volumes may be compressed, and may come from standard input or a tape.")
+Volumes may be compressed, and may come from standard input or a tape. quarl-json prints the same
+as lines of JSON for programs.")
 # What the program is linked with is found by dpkg-shlibdeps. The rest is loaded when it is needed:
 # zlib and liblzma are on every Debian system; ISA-L reads gzip faster than zlib; libarchive reads
 # the rarer compressions; SOCI's backends bring SOCI and the databases' client libraries along.

@@ -22,10 +22,19 @@ bool exists(const blk_dh_t &h)
            h.sec_int <= 60 && ticks >= 0 && ticks < Ticks_Per_Second;
 }
 
+/// The first sample, from the beginning of the header's day.
 Ticks start_of(const blk_dh_t &h)
 {
     const Ticks seconds = (h.hour * 60 + h.minutes) * 60 + h.sec_int;
-    return days_since_1970(h.year, h.doy) * Ticks_Per_Day + seconds * Ticks_Per_Second + h.sec_frac;
+    return seconds * Ticks_Per_Second + h.sec_frac;
+}
+
+/// A time that is told from the beginning of the header's day.
+char *put_from_day(char *to, const blk_dh_t &h, Ticks time)
+{
+    if (time >= 0 && time < Ticks_Per_Day)
+        return put_time(to, h.year, h.doy, time);
+    return put_time(to, days_since_1970(h.year, h.doy) * Ticks_Per_Day + time);
 }
 
 Ticks rounded_quotient(Ticks a, Ticks b) { return (a + b / 2) / b; }
@@ -48,15 +57,15 @@ Ticks duration(const blk_dh_t &h)
 char *put_data_times(char *to, const blk_dh_t &header, bool *bad)
 {
     char *value = put_text(to, ",\"start\":");
-    const Ticks start = exists(header) ? start_of(header) : 0;
-    char *end = exists(header) ? put_time(value, start) : nullptr;
+    const Ticks start = start_of(header);
+    char *end = exists(header) ? put_from_day(value, header, start) : nullptr;
     *bad = end == nullptr;
     if (!end) {
         end = put_string(value, header.start_time);
         return put_text(end, ",\"end\":null");
     }
     value = put_text(end, ",\"end\":");
-    if (char *behind = put_time(value, start + duration(header)))
+    if (char *behind = put_from_day(value, header, start + duration(header)))
         return behind;
     *bad = true;
     return put_text(value, "null");

@@ -29,10 +29,30 @@ inline constexpr auto Stays = [] {
 /// One byte that does not stay: escaped, or in UTF-8.
 char *put_special(char *to, unsigned char byte);
 
+/// True when all eight bytes of a word stay.
+inline bool all_stay(std::uint64_t word)
+{
+    constexpr std::uint64_t Ones = 0x0101010101010101;
+    constexpr std::uint64_t High = 0x80 * Ones;
+    const auto has_zero = [](std::uint64_t w) { return (w - Ones) & ~w & High; };
+    const std::uint64_t below_blank = word - 0x20 * Ones; // borrows only behind such a byte
+    const std::uint64_t above_tilde = word + Ones;
+    return ((word | below_blank | above_tilde | has_zero(word ^ '"' * Ones) |
+             has_zero(word ^ '\\' * Ones)) &
+            High) == 0;
+}
+
 /// Writes a text of Latin-1 as a JSON string; returns the end.
 inline char *put_string(char *to, std::string_view text)
 {
     *to++ = '"';
+    for (std::uint64_t word = 0; text.size() >= sizeof word; text.remove_prefix(sizeof word)) {
+        std::memcpy(&word, text.data(), sizeof word);
+        if (!all_stay(word))
+            break;
+        std::memcpy(to, &word, sizeof word);
+        to += sizeof word;
+    }
     for (const char c : text) {
         if (const auto byte = static_cast<unsigned char>(c); Stays[byte])
             *to++ = c;
@@ -48,12 +68,24 @@ char *put_any_real(char *to, double value);
 
 inline char *put_number(char *to, std::int64_t value)
 {
-    auto magnitude = static_cast<std::uint64_t>(value);
+    auto rest = static_cast<std::uint64_t>(value);
     if (value < 0) {
         *to++ = '-';
-        magnitude = ~magnitude + 1;
+        rest = ~rest + 1;
     }
-    return format::put_digits<10>(to, magnitude, format::decimal_digits(magnitude));
+    if (rest < 10) { // as most are
+        *to = static_cast<char>('0' + rest);
+        return to + 1;
+    }
+    char *const end = to + format::decimal_digits(rest);
+    char *at = end;
+    for (; rest >= 100; rest /= 100)
+        format::put_pair(at -= 2, rest % 100);
+    if (rest >= 10)
+        format::put_pair(at - 2, rest);
+    else
+        at[-1] = static_cast<char>('0' + rest);
+    return end;
 }
 inline char *put_number(char *to, int value) { return put_number(to, std::int64_t{value}); }
 

@@ -57,8 +57,30 @@ bool take_time_of_day(std::string_view text, Parts *parts)
     return take(&text, '.') && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+/// Takes `text` apart where it has all parts and four decimals, as nearly all have.
+bool split_whole(std::string_view text, Parts *parts)
+{
+    constexpr std::string_view Whole = "0000,000,00:00:00.0000";
+    if (text.size() != Whole.size())
+        return false;
+    bool fits = true;
+    for (std::size_t i = 0; i < Whole.size(); ++i)
+        fits &= Whole[i] == '0' ? is_digit(text[i]) : text[i] == Whole[i];
+    const auto two = [&](std::size_t i) { return (text[i] - '0') * 10 + (text[i + 1] - '0'); };
+    parts->year = two(0) * 100 + two(2);
+    parts->day_of_year = (text[5] - '0') * 100 + two(6);
+    parts->hour = two(9);
+    parts->minute = two(12);
+    parts->second = two(15);
+    parts->decimals = text.substr(18);
+    return fits;
+}
+
 bool split(std::string_view text, Parts *parts)
 {
+    if (split_whole(text, parts))
+        return true;
+    *parts = Parts();
     const std::size_t size = text.size();
     if (!take_number(&text, 4, &parts->year) || size - text.size() != 4)
         return false;
@@ -106,7 +128,11 @@ char *put_parts(char *to, const Parts &parts)
     to = put_pair(to, 'T', parts.hour);
     to = put_pair(to, ':', parts.minute);
     to = put_pair(to, ':', parts.second);
-    if (!parts.decimals.empty()) {
+    if (parts.decimals.size() == 4) {
+        *to++ = '.';
+        std::memcpy(to, parts.decimals.data(), 4);
+        to += 4;
+    } else if (!parts.decimals.empty()) {
         *to++ = '.';
         std::memcpy(to, parts.decimals.data(), parts.decimals.size());
         to += parts.decimals.size();
@@ -141,23 +167,24 @@ char *put_time(char *to, Ticks time)
     const Ticks year = 1970 + time / Mean_Year;
     if (year < 0 || year > Last_Year + 1)
         return nullptr;
-    Parts parts;
-    parts.year = static_cast<int>(year);
     // The mean year is a day off at most.
-    parts.year -= day < days_since_1970(parts.year, 1);
-    parts.year += day >= days_since_1970(parts.year + 1, 1);
-    if (parts.year < 0 || parts.year > Last_Year)
+    auto exact = static_cast<int>(year);
+    exact -= day < days_since_1970(exact, 1);
+    exact += day >= days_since_1970(exact + 1, 1);
+    if (exact < 0 || exact > Last_Year)
         return nullptr;
-    parts.day_of_year = static_cast<int>(day - days_since_1970(parts.year, 1)) + 1;
-    const Ticks rest = time - day * Ticks_Per_Day;
-    const int seconds = static_cast<int>(rest / Ticks_Per_Second);
-    parts.hour = seconds / 3600;
-    parts.minute = seconds / 60 % 60;
-    parts.second = seconds % 60;
+    const auto day_of_year = static_cast<int>(day - days_since_1970(exact, 1)) + 1;
+    return put_time(to, exact, day_of_year, time - day * Ticks_Per_Day);
+}
+
+char *put_time(char *to, int year, int day_of_year, Ticks of_day)
+{
+    const auto ticks = static_cast<std::uint32_t>(of_day);
+    const auto seconds = static_cast<int>(ticks / Ticks_Per_Second);
     char decimals[4];
-    format::put_fixed_digits<4>(decimals, static_cast<std::uint32_t>(rest % Ticks_Per_Second));
-    parts.decimals = {decimals, sizeof decimals};
-    return put_parts(to, parts);
+    format::put_fixed_digits<4>(decimals, ticks % Ticks_Per_Second);
+    return put_parts(to, {year, day_of_year, seconds / 3600, seconds / 60 % 60, seconds % 60,
+                          std::string_view(decimals, sizeof decimals)});
 }
 
 } // namespace quarl::json

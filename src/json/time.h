@@ -26,6 +26,9 @@ bool is_leap_year(int year);
 /// JSON string; returns the end. Null when `text` is no time.
 char *put_time(char *to, std::string_view text);
 
+/// Writes a time of a day that exists, with four decimals, as a JSON string.
+char *put_time(char *to, int year, int day_of_year, Ticks of_day);
+
 /// Writes a point in time with four decimals as a JSON string. Null when its year has no four
 /// digits.
 char *put_time(char *to, Ticks time);

@@ -24,8 +24,7 @@ def described(schema):
     kind = schema["type"]
     text = " or ".join(kind) if isinstance(kind, list) else kind
     about = schema.get("description", "")
-    short = about if about != text else ""
-    return f"{text}; {short}" if short else text
+    return f"{text}; {about}" if about and kind != ["string", "null"] else text
 
 
 def rows(schema, depth=0):

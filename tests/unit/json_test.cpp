@@ -1,0 +1,238 @@
+// JSON text: strings, numbers, times, and whole lines.
+#include "compose/files.h"
+#include "programs/json_lines.h"
+#include "support/capture.h"
+#include "support/recipe.h"
+#include "json/data_times.h"
+#include "json/text.h"
+#include "json/time.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace
+{
+
+using namespace std::string_literals;
+
+/// What f(to) writes.
+template <class F> std::string written(F &&f)
+{
+    std::string text(4096, '\0');
+    char *end = f(text.data());
+    text.resize(end ? static_cast<std::size_t>(end - text.data()) : 0);
+    return text;
+}
+
+TEST(JsonText, EscapesAndRecodes)
+{
+    const struct {
+        std::string text, expected;
+    } cases[] = {
+        {"", R"("")"},
+        {"a plain text of some length", R"("a plain text of some length")"},
+        {"12345678\"", R"("12345678\"")"},
+        {"back\\slash and more", R"("back\\slash and more")"},
+        {"\b\t\n\f\r", R"("\b\t\n\f\r")"},
+        {"\0\x01\x1f\x7f"s, R"("\u0000\u0001\u001f\u007f")"},
+        {"\x80\x9f\xa0\xbf\xc0\xff", "\"\\u0080\\u009f\u00a0\u00bf\u00c0\u00ff\""},
+    };
+    for (const auto &[text, expected] : cases)
+        EXPECT_EQ(written([&](char *to) { return json::put_string(to, text); }), expected);
+    // A byte that does not stay is seen wherever it stands among eight.
+    for (int byte = 0; byte < 256; ++byte)
+        for (std::size_t at = 0; at < 8; ++at) {
+            std::string eight = "~~~~ !~~";
+            eight[at] = static_cast<char>(byte);
+            const std::string one =
+                written([&](char *to) { return json::put_string(to, eight.substr(at, 1)); });
+            EXPECT_EQ(written([&](char *to) { return json::put_string(to, eight); }),
+                      '"' + eight.substr(0, at) + one.substr(1, one.size() - 2) +
+                          eight.substr(at + 1) + '"');
+        }
+}
+
+std::string number(auto value)
+{
+    return written([&](char *to) { return json::put_number(to, value); });
+}
+
+TEST(JsonText, WritesNumbersThatReadBack)
+{
+    constexpr double Infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        double value;
+        std::string expected;
+    } cases[] = {
+        {0, "0"},
+        {-0.0, "-0"},
+        {1, "1"},
+        {-90, "-90"},
+        {9999, "9999"},
+        {0.1, "0.1"},
+        {100000, "1e+05"},
+        {46.5123, "46.5123"},
+        {1e22, "1e+22"},
+        {5e-324, "5e-324"},
+        {Infinity, "null"},
+        {-Infinity, "null"},
+        {1e-5, "1e-05"},
+        {0.5, "0.5"},
+        {-9999.5, "-9999.5"},
+        {std::nan(""), "null"},
+    };
+    for (const auto &[value, expected] : cases)
+        EXPECT_EQ(number(value), expected);
+    for (const std::int64_t value :
+         {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max(),
+          std::int64_t{-10}, std::int64_t{99}, std::int64_t{100}, std::int64_t{1234567}})
+        EXPECT_EQ(number(value), std::to_string(value));
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 100000; ++i) {
+        const auto value = std::bit_cast<double>(random());
+        if (std::isfinite(value))
+            EXPECT_EQ(std::strtod(number(value).c_str(), nullptr), value);
+    }
+}
+
+TEST(JsonTime, TurnsSeedTimesIntoIso)
+{
+    const struct {
+        std::string_view time, expected;
+    } cases[] = {
+        {"2021", "2021-01-01T00:00:00Z"},
+        {"2021,152", "2021-06-01T00:00:00Z"},
+        {"2021,7", "2021-01-07T00:00:00Z"},
+        {"2021,152,23", "2021-06-01T23:00:00Z"},
+        {"2021,152,23:59", "2021-06-01T23:59:00Z"},
+        {"2021,152,1:2:3", "2021-06-01T01:02:03Z"},
+        {"2021,152,23:59:58.", "2021-06-01T23:59:58Z"},
+        {"2021,152,23:59:58.12", "2021-06-01T23:59:58.12Z"},
+        {"2021,152,23:59:58.1234", "2021-06-01T23:59:58.1234Z"},
+        {"2016,366,23:59:60.0000", "2016-12-31T23:59:60.0000Z"},
+        {"2024,060,00:00:00.0000", "2024-02-29T00:00:00.0000Z"},
+        {"2023,060,00:00:00.0000", "2023-03-01T00:00:00.0000Z"},
+        {"1900,060", "1900-03-01T00:00:00Z"},
+        {"2000,031", "2000-01-31T00:00:00Z"},
+        {"2000,032", "2000-02-01T00:00:00Z"},
+        {"2000,366", "2000-12-31T00:00:00Z"},
+        // None of these is a time.
+        {"2023,366", ""},
+        {"2021,000", ""},
+        {"2021,152,24:00:00.0000", ""},
+        {"2021,152,00:60", ""},
+        {"2021,152,00:00:61", ""},
+        {"2021,152,00:00:00.00x0", ""},
+        {"2021,152,00:00:00.0000x", ""},
+        {"2021,152 00:00:00.0000", ""},
+        {"21,152", ""},
+        {"2021,", ""},
+        {"", ""},
+        {"unknown", ""},
+    };
+    for (const auto &[time, expected] : cases) {
+        const std::string text = written([&](char *to) { return json::put_time(to, time); });
+        EXPECT_EQ(text, expected.empty() ? "" : '"' + std::string(expected) + '"') << time;
+    }
+}
+
+TEST(JsonTime, CountsEveryDayOnce)
+{
+    std::string before;
+    for (std::int64_t day = json::days_since_1970(0, 1); day <= json::days_since_1970(9999, 365);
+         ++day) {
+        std::string date = written([&](char *to) {
+            return json::put_time(to, day * json::Ticks_Per_Day + json::Ticks_Per_Day - 1);
+        });
+        EXPECT_LT(before, date);
+        EXPECT_TRUE(date.ends_with("T23:59:59.9999Z\""));
+        before = std::move(date);
+    }
+    EXPECT_EQ(before, "\"9999-12-31T23:59:59.9999Z\"");
+    EXPECT_EQ(json::days_since_1970(1970, 1), 0);
+    EXPECT_EQ(json::days_since_1970(2024, 61), 19783);
+    for (const int year : {-1, 10000})
+        EXPECT_EQ(json::put_time(nullptr, json::days_since_1970(year, 1) * json::Ticks_Per_Day),
+                  nullptr);
+}
+
+/// The lines for a recipe's volume.
+std::vector<std::string> lines(const std::string &recipe, const char *types)
+{
+    const std::string path = testing::TempDir() + "json_test." + std::to_string(getpid());
+    write_file(path, parse_recipe(recipe).volume());
+    const Captured captured = capture([&] {
+        Selection selection;
+        EXPECT_TRUE(selection.read(types));
+        print_lines(&console(), std::make_unique<State>(VolumeOptions()), path, selection);
+    });
+    unlink(path.c_str());
+    std::vector<std::string> all;
+    for (std::size_t at = 0; at < captured.out.size();) {
+        const std::size_t end = captured.out.find('\n', at);
+        all.push_back(captured.out.substr(at, end - at));
+        at = end + 1;
+    }
+    return all;
+}
+
+TEST(JsonLines, TellWhatAVolumeHolds)
+{
+    const std::string recipe =
+        "records 512\n"
+        "header A\n"
+        "034 001|M/S~Velocity~\n"
+        "047 0016|DEC~8.0000E+01|00004|00001|\\s4.3750E-02|-4.3750E-02\n"
+        "405 a \"b\"\\x09\n"
+        "header S\n"
+        "050 QRL\\s\\s| 34.945900|-106.457200| 1850.0|0002|001|Quarry~002|"
+        "3210|10|2020,001~2020,999~N|G\\s\n"
+        "060 01|02|02|0016|0099\n"
+        "data sta=QRL loc= chan=BHZ net=G time=2024,366,23:59:59.5 samples=9 "
+        "rate=4,1 b1000=11,1,9 correction=5000\n"
+        "truncate 1600\n";
+    const std::vector<std::string> expected = {
+        R"({"item":"blockette","type":34,"name":"Units Abbreviation","file":0,"offset":8,)"
+        R"("record":1,"length":23,"unit_lookup_code":1,"unit_name":"M/S",)"
+        R"("unit_description":"Velocity"})",
+        R"({"item":"blockette","type":405,"name":"Beam Delay","file":0,"offset":88,"record":1,)"
+        R"("length":13,"parsed":false,"text":"a \"b\"\t"})",
+        R"({"item":"blockette","type":50,"name":"Station Identifier","file":0,"offset":520,)"
+        R"("record":2,"length":89,"station":"QRL","latitude":34.9459,"longitude":-106.4572,)"
+        R"("elevation":1850,"site_name":"Quarry","network_identifier_code":2,)"
+        R"("network_identifier":null,"word_order_32_bit":3210,"word_order_16_bit":10,)"
+        R"("start_effective_date":"2020-01-01T00:00:00Z","end_effective_date":"2020,999",)"
+        R"("update_flag":"N","network":"G","bad":true})",
+        R"({"item":"blockette","type":60,"name":"Response Reference","file":0,"offset":609,)"
+        R"("record":2,"length":21,"network":"G","station":"QRL","location":null,"channel":null,)"
+        R"("epoch_start":null,"number_of_stages":1,"stages":[{"stage_sequence_number":2,)"
+        R"("number_of_responses":2,"responses":[{"response_code":16,"response":"DEC"},)"
+        R"({"response_code":99,"response":null}]}]})",
+        R"({"item":"file","file":0,"complete":false,"cut":true,"failed":false,"stopped":false,)"
+        R"("bytes":1600,"logical_records":4,"parameter_bytes":112,"data_bytes":512,)"
+        R"("waste_bytes":976,"types":[{"item":"data","name":"Data","count":1,"bytes":512},)"
+        R"({"item":"blockette","type":34,"name":"Units Abbreviation","count":1,"bytes":23},)"
+        R"({"item":"blockette","type":47,"name":"Decimation Dictionary Blockette","count":1,)"
+        R"("bytes":0},{"item":"blockette","type":50,"name":"Station Identifier","count":1,)"
+        R"("bytes":89},{"item":"blockette","type":60,"name":"Response Reference","count":1,)"
+        R"("bytes":0},{"item":"blockette","type":405,"name":"Beam Delay","count":1,"bytes":0}]})",
+    };
+    EXPECT_EQ(lines(recipe, "034,405,050,060,file"), expected);
+    const std::vector<std::string> data = lines(recipe, "data");
+    ASSERT_EQ(data.size(), 1U);
+    EXPECT_NE(
+        data[0].find(R"("start":"2025-01-01T00:00:00.0000Z","end":"2025-01-01T00:00:02.0000Z")"),
+        std::string::npos)
+        << data[0];
+}
+
+TEST(JsonLines, AreSelectedByType)
+{
+    for (const char *types : {"050", "5", "050,052", "data", "file,data,999"})
+        EXPECT_TRUE(Selection().read(types)) << types;
+    for (const char *types : {"", ",", "050,", "x", "0500", "-50", "+5", "50 ", " 50", "Data"})
+        EXPECT_FALSE(Selection().read(types)) << types;
+}
+
+} // namespace
