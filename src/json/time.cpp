@@ -140,6 +140,9 @@ char *put_parts(char *to, const Parts &parts)
     return put_text(to, "Z\"");
 }
 
+/// The quotient, rounded down.
+Ticks quotient_below(Ticks a, Ticks b) { return a / b - (a % b < 0); }
+
 } // namespace
 
 bool is_leap_year(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
@@ -162,12 +165,11 @@ char *put_time(char *to, std::string_view text)
 
 char *put_time(char *to, Ticks time)
 {
-    static constexpr Ticks Mean_Year = Ticks_Per_Day * 146097 / 400;
-    const Ticks day = time / Ticks_Per_Day - (time % Ticks_Per_Day < 0);
-    const Ticks year = 1970 + time / Mean_Year;
-    if (year < 0 || year > Last_Year + 1)
+    const Ticks day = quotient_below(time, Ticks_Per_Day);
+    const Ticks year = 1970 + quotient_below(day * 400, 146097);
+    if (year < -1 || year > Last_Year + 1)
         return nullptr;
-    // The mean year is a day off at most.
+    // The mean year is a day or two off at most.
     auto exact = static_cast<int>(year);
     exact -= day < days_since_1970(exact, 1);
     exact += day >= days_since_1970(exact + 1, 1);

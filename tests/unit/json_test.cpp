@@ -3,10 +3,10 @@
 #include "programs/json_lines.h"
 #include "support/capture.h"
 #include "support/recipe.h"
-#include "json/data_times.h"
 #include "json/text.h"
 #include "json/time.h"
 
+#include <bit>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -91,8 +91,9 @@ TEST(JsonText, WritesNumbersThatReadBack)
     std::mt19937_64 random(1);
     for (int i = 0; i < 100000; ++i) {
         const auto value = std::bit_cast<double>(random());
-        if (std::isfinite(value))
+        if (std::isfinite(value)) {
             EXPECT_EQ(std::strtod(number(value).c_str(), nullptr), value);
+        }
     }
 }
 
@@ -189,9 +190,9 @@ TEST(JsonLines, TellWhatAVolumeHolds)
         "050 QRL\\s\\s| 34.945900|-106.457200| 1850.0|0002|001|Quarry~002|"
         "3210|10|2020,001~2020,999~N|G\\s\n"
         "060 01|02|02|0016|0099\n"
-        "data sta=QRL loc= chan=BHZ net=G time=2024,366,23:59:59.5 samples=9 "
+        "data sta=QRL loc= chan=BHZ net=G time=2024,366,23:59:59.5000 samples=9 "
         "rate=4,1 b1000=11,1,9 correction=5000\n"
-        "truncate 1600\n";
+        "raw 000004T\\s\n";
     const std::vector<std::string> expected = {
         R"({"item":"blockette","type":34,"name":"Units Abbreviation","file":0,"offset":8,)"
         R"("record":1,"length":23,"unit_lookup_code":1,"unit_name":"M/S",)"
@@ -199,23 +200,23 @@ TEST(JsonLines, TellWhatAVolumeHolds)
         R"({"item":"blockette","type":405,"name":"Beam Delay","file":0,"offset":88,"record":1,)"
         R"("length":13,"parsed":false,"text":"a \"b\"\t"})",
         R"({"item":"blockette","type":50,"name":"Station Identifier","file":0,"offset":520,)"
-        R"("record":2,"length":89,"station":"QRL","latitude":34.9459,"longitude":-106.4572,)"
+        R"("record":2,"length":84,"station":"QRL","latitude":34.9459,"longitude":-106.4572,)"
         R"("elevation":1850,"site_name":"Quarry","network_identifier_code":2,)"
         R"("network_identifier":null,"word_order_32_bit":3210,"word_order_16_bit":10,)"
         R"("start_effective_date":"2020-01-01T00:00:00Z","end_effective_date":"2020,999",)"
         R"("update_flag":"N","network":"G","bad":true})",
-        R"({"item":"blockette","type":60,"name":"Response Reference","file":0,"offset":609,)"
+        R"({"item":"blockette","type":60,"name":"Response Reference","file":0,"offset":604,)"
         R"("record":2,"length":21,"network":"G","station":"QRL","location":null,"channel":null,)"
         R"("epoch_start":null,"number_of_stages":1,"stages":[{"stage_sequence_number":2,)"
         R"("number_of_responses":2,"responses":[{"response_code":16,"response":"DEC"},)"
         R"({"response_code":99,"response":null}]}]})",
         R"({"item":"file","file":0,"complete":false,"cut":true,"failed":false,"stopped":false,)"
-        R"("bytes":1600,"logical_records":4,"parameter_bytes":112,"data_bytes":512,)"
-        R"("waste_bytes":976,"types":[{"item":"data","name":"Data","count":1,"bytes":512},)"
+        R"("bytes":1544,"logical_records":4,"parameter_bytes":107,"data_bytes":512,)"
+        R"("waste_bytes":925,"types":[{"item":"data","name":"Data","count":1,"bytes":512},)"
         R"({"item":"blockette","type":34,"name":"Units Abbreviation","count":1,"bytes":23},)"
         R"({"item":"blockette","type":47,"name":"Decimation Dictionary Blockette","count":1,)"
         R"("bytes":0},{"item":"blockette","type":50,"name":"Station Identifier","count":1,)"
-        R"("bytes":89},{"item":"blockette","type":60,"name":"Response Reference","count":1,)"
+        R"("bytes":84},{"item":"blockette","type":60,"name":"Response Reference","count":1,)"
         R"("bytes":0},{"item":"blockette","type":405,"name":"Beam Delay","count":1,"bytes":0}]})",
     };
     EXPECT_EQ(lines(recipe, "034,405,050,060,file"), expected);

@@ -1,0 +1,19 @@
+// A volume from the first byte to the last line of JSON; the first byte of the input is the target
+// whole_run's, whose corpus it shares.
+#include "fuzz/harness.h"
+#include "platform/inflate.h"
+#include "programs/json_lines.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    if (size == 0)
+        return 0;
+    const std::string_view bytes = as_text(data + 1, size - 1);
+    if (new_inflater(-1, bytes))
+        return 0; // the target "compressed" reads these
+    const MemoryFile volume(bytes);
+    run_one([&](Console *console) {
+        print_lines(console, std::make_unique<State>(VolumeOptions()), volume.path(), Selection());
+    });
+    return 0;
+}
