@@ -46,6 +46,13 @@ def wrong_lines(item):
             yield dict(item, **{key: {} if not isinstance(value, dict) else 0})
 
 
+def without_repeats(pairs):
+    """An object, whose keys must differ."""
+    item = dict(pairs)
+    assert len(item) == len(pairs), pairs
+    return item
+
+
 def main():
     quarl_json, compose = sys.argv[1:]
     schema = json.loads(run(quarl_json, "--schema")[0])
@@ -55,7 +62,7 @@ def main():
     seen = {}
     for name, path in volumes(compose):
         for line in run(quarl_json, path)[0].decode("utf-8").splitlines():
-            item = json.loads(line)
+            item = json.loads(line, object_pairs_hook=without_repeats)
             kind = definition(item)
             (lenient if item.get("bad") else strict)[kind].validate(item)
             if seen.setdefault(kind, 0) == 0:
