@@ -1,8 +1,8 @@
 // Drives a decoder that turns pieces of input into pieces of output.
 #pragma once
 
-#include "platform/inflater.h"
 #include "platform/inflate_source.h"
+#include "platform/inflater.h"
 
 #include <string>
 #include <string_view>
