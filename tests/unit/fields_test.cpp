@@ -31,27 +31,32 @@ std::string shown(const std::vector<int> &values)
     return text;
 }
 
-/// "name=value name=value list:count[name=value ...; ...]" of all fields that parsers fill.
+template <class Field, class T>
+requires(!Field::Is_List) std::string described_field(const Field &field, const T &record)
+{
+    return "=" + shown(field.value(record));
+}
+
+template <class List, class T>
+requires(List::Is_List) std::string described_field(const List &list, const T &record)
+{
+    std::string all = ":" + shown(list.promised(record));
+    const auto describe = [&](const auto &column, std::size_t i) {
+        all += " " + std::string(column.name) + "=" + shown(column.value(record, i));
+    };
+    for (std::size_t i = 0; i < list.size(record); ++i)
+        std::apply([&](const auto &...column) { (describe(column, i), ...); }, list.columns);
+    return all;
+}
+
+/// "name=value name=value list:count name=value ..." of all fields that parsers fill.
 template <class T> std::string described(const T &record)
 {
     std::string all;
     for_each_field<T>([&](const auto &field) {
-        if (field.meaning == Meaning::absent)
-            return;
-        all += (all.empty() ? "" : " ") + std::string(field.name);
-        if constexpr (!field.Is_List) {
-            all += "=" + shown(field.value(record));
-        } else {
-            all += ":" + shown(field.promised(record));
-            for (std::size_t i = 0; i < field.size(record); ++i)
-                std::apply(
-                    [&](const auto &...column) {
-                        ((all +=
-                          " " + std::string(column.name) + "=" + shown(column.value(record, i))),
-                         ...);
-                    },
-                    field.columns);
-        }
+        if (field.meaning != Meaning::absent)
+            all +=
+                (all.empty() ? "" : " ") + std::string(field.name) + described_field(field, record);
     });
     return all;
 }
