@@ -107,7 +107,7 @@ template <std::size_t N> char *put_text(char *to, const char (&text)[N])
 
 inline char *put_bool(char *to, bool value)
 {
-    std::memcpy(to, value ? "true " : "false", 5);
+    std::copy_n(value ? "true " : "false", 5, to); // of one size: faster than by the real one
     return to + (value ? 4 : 5);
 }
 

@@ -74,7 +74,7 @@ int sdd(Console *console, std::unique_ptr<State> state, const std::string &path,
     if (run().File_Flag && run().File_No)
         position_tape(console, path);
     for (const Item &item : volume) {
-        if (!listing_off && item.type() != End_Of_File)
+        if (!listing_off && !item.get<FileEnd>())
             list_record(console->out(), item);
         summarise(console->out(), item);
     }

@@ -425,8 +425,24 @@ def from_tape(program, files):
         return process.stdout.read()
 
 
+def check_calls(quarl_json):
+    """What the command line gives."""
+    for wrong in (["-x"], ["--no"], ["-t"], ["-t", "05x"], ["-t", ""], ["a", "b"]):
+        lines, messages, status = run(quarl_json, *wrong)
+        assert (lines, messages.count(b"\n"), status) == (b"", 1, 2), wrong
+    for right in ("--help", "--version"):
+        lines, messages, status = run(quarl_json, right)
+        assert lines.endswith(b"\n") and (messages, status) == (b"", 0), right
+    sample = SOURCE / "examples" / "sample.seed"
+    every = run(quarl_json, sample)[0].splitlines()
+    some = run(quarl_json, sample, "-t", "050,52,data")[0].splitlines()
+    assert some == [line for line in every if b'"type":50,"name"' in line[:40] or
+                    b'"type":52,"name"' in line[:40] or b'"item":"data"' in line[:20]]
+
+
 def main():
     quarl, quarl_json, compose = sys.argv[1:]
+    check_calls(quarl_json)
     seen = {}
     for name, path in volumes(compose):
         compare(quarl, quarl_json, [path], name, seen)
