@@ -141,6 +141,8 @@ TEST_F(DbTest, PointersToNothing)
 class PostgresTest : public DbTest
 {
 protected:
+    ~PostgresTest() override { Test_State.databases.all.clear(); } // while the libraries are there
+
     void SetUp() override
     {
         DbTest::SetUp();
