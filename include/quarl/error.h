@@ -46,7 +46,8 @@ enum class MessageKind {
     parameter_file,
     output_failed,
     out_of_memory,
-    interrupted,
+    interrupted, ///< the reading was asked to stop
+    progress,    ///< an answer to the question how far it is
     usage,
 };
 

@@ -36,10 +36,12 @@ struct VolumeOptions {
     std::function<void(int sequence_number)> record = {};
     /// Called before each read of the input or of a database, which may wait.
     std::function<void()> before_wait = {};
-    /// Called when a signal interrupted a read that waits: true ends the input here. What was read
-    /// before is still yielded.
+    /// Asked before each read of the input, and when a signal has interrupted one that waits, or
+    /// the opening: true ends the input here. What was read before is still yielded. Must not
+    /// throw.
     std::function<bool()> interrupted = {};
-    /// While it is true no further item is read: the volume ends. Must outlive the volume.
+    /// While it is true no further item is read: the volume ends, with a message. Must outlive the
+    /// volume.
     const std::atomic<bool> *stop = nullptr;
 };
 

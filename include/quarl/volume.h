@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <quarl/error.h>
@@ -19,6 +20,14 @@ namespace quarl
 {
 
 struct State;
+
+/// How far the reading of an input file has come. Bytes that are read need not have been yielded.
+struct Progress {
+    int file = 0;            ///< number of the input file, from 0
+    std::int64_t bytes = 0;  ///< read, decompressed
+    std::int64_t stored = 0; ///< read of a regular file as it is stored; else 0
+    std::int64_t size = -1;  ///< of a regular file as it is stored; -1: not known
+};
 
 /// A volume: the input files behind one path, one after the other (a disk file is one, a tape may
 /// hold many). It owns all state of the reading, so volumes can be read in turns, and in several
@@ -39,6 +48,9 @@ public:
     /// each input file that held anything, or failed, its FileEnd. Null at the end of the volume.
     /// Throws Error when the reading cannot go on; every later call throws the same.
     const Item *next();
+
+    /// May be asked for at any time, also by the functions of VolumeOptions.
+    [[nodiscard]] Progress progress() const;
 
     /// The text that `code` of a dictionary stands for, as far as the volume was read; null when it
     /// is not defined. Lives until the next item is asked for.

@@ -44,6 +44,7 @@ constexpr std::array Names = {
     "output-failed"sv,
     "out-of-memory"sv,
     "interrupted"sv,
+    "progress"sv,
     "usage"sv,
 };
 static_assert(Names.size() == static_cast<std::size_t>(MessageKind::usage) + 1);

@@ -26,7 +26,7 @@ public:
     virtual void hear(Message &message) = 0;
     /// A call that may wait comes next.
     virtual void before_wait() {}
-    /// A signal interrupted a call that waits: true gives it up.
+    /// A call that may wait comes next, or was interrupted by a signal: true gives it up.
     virtual bool gives_up() { return false; }
 
 private:
@@ -48,8 +48,21 @@ std::string elog_take_reason();
 
 /// A call that may wait comes next: what is held is written out.
 void before_wait();
-/// True when a call that a signal interrupted is to be given up.
+/// True when a call that may wait, or that a signal interrupted, is to be given up.
 bool gives_up();
+
+/// A system call that may wait, repeated when a signal interrupts it. -1 with EINTR when it is
+/// given up.
+template <class Call> auto unless_given_up(Call call) -> decltype(call())
+{
+    while (!gives_up()) {
+        const auto result = call();
+        if (result >= 0 || errno != EINTR)
+            return result;
+    }
+    errno = EINTR;
+    return -1;
+}
 
 struct Elog {
     /// Room for a message's text; valid until the next message.

@@ -4,7 +4,6 @@
 #include "platform/inflate.h"
 
 #include <array>
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -37,7 +36,7 @@ std::unique_ptr<Stream> open_descriptor(int fd, bool owned)
 } // namespace
 
 Stream::Stream(int fd, bool owned, std::unique_ptr<Inflater> inflater)
-    : fd_(fd), owned_(owned), inflater_(std::move(inflater))
+    : fd_(fd), owned_(owned), begin_(lseek(fd, 0, SEEK_CUR)), inflater_(std::move(inflater))
 {
 }
 
@@ -50,24 +49,22 @@ Stream::~Stream()
 
 ssize_t Stream::read(char *to, std::size_t size)
 {
-    if (inflater_)
-        return inflater_->read(to, size);
-    for (;;) {
-        const ssize_t count = ::read(fd_, to, size);
-        if (count >= 0 || errno != EINTR || gives_up())
-            return count;
-    }
+    return unless_given_up(
+        [&] { return inflater_ ? inflater_->read(to, size) : ::read(fd_, to, size); });
+}
+
+Stored Stream::stored() const
+{
+    struct stat status = {};
+    if (begin_ < 0 || fstat(fd_, &status) != 0 || !S_ISREG(status.st_mode))
+        return {};
+    return {lseek(fd_, 0, SEEK_CUR) - begin_, status.st_size - begin_};
 }
 
 std::unique_ptr<Stream> gz_cat(const char *path)
 {
-    int fd = -1;
-    do
-        fd = open(path, O_RDONLY | O_CLOEXEC);
-    while (fd < 0 && errno == EINTR && !gives_up());
-    if (fd < 0)
-        return nullptr;
-    return open_descriptor(fd, true);
+    const int fd = unless_given_up([&] { return open(path, O_RDONLY | O_CLOEXEC); });
+    return fd < 0 ? nullptr : open_descriptor(fd, true);
 }
 
 std::unique_ptr<Stream> gz_cat_stdin() { return open_descriptor(STDIN_FILENO, false); }

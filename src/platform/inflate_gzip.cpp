@@ -12,6 +12,7 @@
 #include "platform/inflate_stream.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <isa-l/igzip_lib.h>
 #include <string_view>
 #include <unistd.h>
@@ -251,7 +252,7 @@ GzipInflater::GzipInflater(int fd)
 ssize_t GzipInflater::read(char *to, std::size_t size)
 {
     const ssize_t count = decoder_->read(to, size);
-    if (exact_)
+    if (exact_ || (count < 0 && errno == EINTR)) // given up
         return count;
     if (count < 0)
         return start_again(to, size);

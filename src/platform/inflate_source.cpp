@@ -10,10 +10,10 @@ namespace quarl
 
 std::size_t BlockSource::next()
 {
-    ssize_t count = 0;
-    do
-        count = error_ != 0 ? 0 : ::read(fd_, block_.data(), block_.size());
-    while (count < 0 && errno == EINTR && !gives_up());
+    if (error_ != 0)
+        return 0;
+    const ssize_t count =
+        unless_given_up([&] { return ::read(fd_, block_.data(), block_.size()); });
     if (count >= 0)
         return static_cast<std::size_t>(count);
     error_ = errno;

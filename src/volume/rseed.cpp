@@ -86,13 +86,16 @@ void report_read_error(SeedInput *in)
 }
 
 /// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. False (the
-/// input has run out) for bytes beyond the capacity of the buffer.
+/// input has run out) for bytes beyond the capacity of the buffer, or beyond what was read of an
+/// input that was given up.
 bool take_slowly(SeedInput *in, int from, char *dest, int n)
 {
     if (n > SeedInput::sZphysical - from)
         return false;
     while (in->pbytes < from + n && can_read(in))
         read_once(in);
+    if (in->stopped && in->pbytes < from + n)
+        return false;
     const int present = std::clamp(in->pbytes - from, 0, n);
     std::memcpy(dest, in->buffer + std::min(from, in->pbytes), present);
     std::memset(dest + present, 0, n - present);
@@ -132,7 +135,8 @@ inline bool copy_bytes(SeedInput *in, char *dest, int n)
 {
     if (!take(in, in->cur, dest, n)) {
         in->eof = 1;
-        in->pbytes = 0;
+        if (!in->stopped) // then it is still asked how far the items reach
+            in->pbytes = 0;
         errno = 0;
         return false;
     }
@@ -197,6 +201,13 @@ int saturated_sum(int a, int b)
     return a > Max - b ? Max : a + b;
 }
 
+[[noreturn]] void opening_failed(const std::string &path)
+{
+    if (errno == EINTR)
+        elog_die<MessageKind::interrupted, "Interrupted while opening input file %s\n">(0, path);
+    elog_die<MessageKind::input_not_opened, "Can't open input file %s\n">(1, path);
+}
+
 } // namespace
 
 std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
@@ -205,7 +216,7 @@ std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
     allocate(in->store, Slides * SeedInput::sZphysical, "handle->buffer");
     in->stream = path.empty() || path == "-" ? gz_cat_stdin() : gz_cat(path.c_str());
     if (!in->stream)
-        elog_die<MessageKind::input_not_opened, "Can't open input file %s\n">(1, path);
+        opening_failed(path);
     clrSeedInput(in.get());
     return in;
 }

@@ -45,7 +45,8 @@ struct SeedInput {
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
 };
 
-/// Opens `path` ("" or "-": standard input). A path that cannot be opened ends the run.
+/// Opens `path` ("" or "-": standard input). A path that cannot be opened, or whose opening is
+/// given up, ends the run.
 std::unique_ptr<SeedInput> newSeedInput(const std::string &path);
 
 /// Begins a new input file on the same descriptor: buffered bytes and the record length are

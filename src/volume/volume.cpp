@@ -65,7 +65,11 @@ void begin_file(State *state)
 /// The byte up to which the items of the input file reach.
 std::int64_t items_end(const read_handle_t &handle)
 {
-    return handle.framing ? handle.now.place().offset : position(handle.logical.get());
+    if (handle.framing)
+        return handle.now.place().offset;
+    const SeedInput *in = handle.logical.get();
+    const bool only_header = in->cur == in->start + Record_Header; // maybe of a data record
+    return position(in) - (only_header ? Record_Header : 0);
 }
 
 /// The input file has ended, or is left: the item for it, or null when it held nothing. Another
@@ -79,6 +83,10 @@ const Item *end_file(State *state, bool stopped)
     end.cut = handle.cut || in.told_cut;
     end.failed = in.failed;
     const std::int64_t bytes = end.stopped ? items_end(handle) : in.totbytes;
+    handle.framing = false;
+    if (end.stopped)
+        elog_complain<MessageKind::interrupted, "Interrupted at byte %d of input file #%d\n">(
+            0, bytes, state->run.Tapefile);
     end.statistics = statistics(bytes, in.recno);
     state->in_file = false;
     state->ended = end.statistics.items == 0 || end.stopped || state->run.File_Flag != 0;
@@ -155,6 +163,13 @@ try {
 } catch (...) { // a callback's own: nobody knows in the middle of what
     state_->ended = true;
     throw;
+}
+
+Progress Volume::progress() const
+{
+    const SeedInput &in = *state_->handle->logical;
+    const Stored stored = in.stream->stored();
+    return {state_->run.Tapefile, in.totbytes, stored.read, stored.size};
 }
 
 const std::string *Volume::text(Dictionary dictionary, int code) const

@@ -367,11 +367,11 @@ TEST(VolumeEvents, OfInputFilesAndTheirEnds)
     const std::string second_all =
         second + "-1 @1:512 #2 2D \n-2 @1:4608 #2 2D  items 2 records 2 bytes 4608\n";
     const std::string cut = "input-cut|Input ends inside logical record ";
-    VolumeOptions one_file;
-    one_file.one_file = true;
+    const VolumeOptions one_file{.one_file = true};
     const std::atomic<bool> stop = true;
-    VolumeOptions stopped;
-    stopped.stop = &stop;
+    const VolumeOptions stopped{.stop = &stop};
+    const std::string stop_told =
+        "interrupted|Interrupted at byte 0 of input file #0||0| @0:0 #0 0##|no item\n";
     const struct {
         std::vector<std::string> files;
         std::string events;
@@ -379,7 +379,7 @@ TEST(VolumeEvents, OfInputFilesAndTheirEnds)
     } cases[] = {
         {two, first_all + second_all},
         {two, first_all, one_file},
-        {two, "-2 @0:0 #0 0## items 0 records 0 bytes 0 stopped\n", stopped},
+        {two, stop_told + "-2 @0:0 #0 0## items 0 records 0 bytes 0 stopped\n", stopped},
         {{""}, ""},
         {{std::string(512, ' ')}, "record 0\n-2 @0:512 #1 0   items 0 records 1 bytes 512\n"},
         // Zeros stand for what is missing of the item that the input cuts.
