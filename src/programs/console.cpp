@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -27,6 +28,19 @@ bool same_file(int a, int b)
            first.st_ino == second.st_ino;
 }
 
+/// False when another job has the terminal: it would show through, or this one would be stopped.
+bool in_foreground()
+{
+    const pid_t front = tcgetpgrp(STDERR_FILENO);
+    return front < 0 || front == getpgrp(); // a terminal that does not control jobs has no front
+}
+
+std::size_t terminal_width()
+{
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 } // namespace
 
 Console::Console(std::string program)
@@ -35,13 +49,17 @@ Console::Console(std::string program)
 {
     const bool one_file = same_file(STDOUT_FILENO, STDERR_FILENO);
     messages_ = one_file ? &out_ : &err_;
-    holds_ = one_file || isatty(STDERR_FILENO) == 0;
+    const bool terminal = isatty(STDERR_FILENO) != 0;
+    holds_ = one_file || !terminal;
+    has_status_line_ = terminal && isatty(STDOUT_FILENO) == 0;
 }
 
 void Console::say(const Message &message)
 {
-    if (!holds_ || messages_->size() > Held_At_Most)
+    if (!holds_ || messages_->size() > Held_At_Most) {
         elog_clear_register();
+        wipe_status(); // there is none where messages are held
+    }
     messages_->write(prefix_);
     if (message.reason.empty() && message.text.size() < Usual_Message) {
         char *to = messages_->reserve(Usual_Message);
@@ -53,6 +71,23 @@ void Console::say(const Message &message)
     }
     if (!holds_)
         messages_->flush();
+}
+
+void Console::show_status(std::string_view text)
+{
+    if (!in_foreground())
+        return;
+    text = text.substr(0, terminal_width() - 1); // the cursor stays in the line
+    const std::size_t rest = std::max(status_width_, text.size()) - text.size();
+    err_.write("\r" + std::string(text) + std::string(rest, ' '));
+    err_.flush();
+    status_width_ = text.size() + rest;
+}
+
+void Console::wipe_status()
+{
+    if (status_width_ > 0)
+        err_.write("\r" + std::string(std::exchange(status_width_, 0), ' ') + "\r");
 }
 
 void Console::elog_clear_register()

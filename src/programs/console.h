@@ -10,6 +10,7 @@
 #include "platform/out.h"
 
 #include <string>
+#include <string_view>
 
 namespace quarl
 {
@@ -36,6 +37,13 @@ public:
 
     /// Writes out whatever is held: the listing first, then the messages.
     void elog_clear_register();
+    /// Messages go to a terminal, and what the program prints does not.
+    [[nodiscard]] bool has_status_line() const { return has_status_line_; }
+    /// Shows `text` as the last line of that terminal, in place of what was shown there before,
+    /// while the program runs in its foreground. The next message wipes it out.
+    void show_status(std::string_view text);
+    void wipe_status();
+
     /// From now on messages have a stream of their own: the listing's has failed.
     void message_goes_to_stderr() { messages_ = &err_; }
     /// Where messages are held: for a listing that belongs to one.
@@ -47,6 +55,8 @@ private:
     Out err_;
     Out *messages_ = &err_;
     bool holds_ = false; ///< messages beyond the next one
+    bool has_status_line_ = false;
+    std::size_t status_width_ = 0; ///< characters shown in the status line
 };
 
 } // namespace quarl

@@ -4,6 +4,7 @@
 #include "blockette/sdblknam.h"
 #include "platform/elog.h"
 #include "platform/text.h"
+#include "programs/progress.h"
 #include "programs/sdd.h"
 #include "json/item.h"
 
@@ -66,7 +67,9 @@ int print_lines(Console *console, std::unique_ptr<State> state, const std::strin
                 const Selection &selection)
 {
     state->options.bad_item = [console](const Item &item) { show_bad_item(console, item); };
+    Follower follower(console, &state->options);
     Volume volume(path, std::move(state));
+    follower.follow(volume);
     while (const Item *item = volume.next()) {
         complain(*item);
         if (selection.has(*item))

@@ -1,5 +1,7 @@
 #include "programs/program.h"
 
+#include "programs/interrupt.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <memory>
@@ -24,6 +26,7 @@ void keep_standard_descriptors()
 /// Says why the run ends; what was listed before stands in front of it.
 int fail(Console *console, const Error &error)
 {
+    console->wipe_status();
     if (error.kind() == MessageKind::output_failed) {
         console->out().discard();
         console->message_goes_to_stderr();
@@ -44,6 +47,7 @@ try {
     const Current<Host> host(*console);
     try {
         const int status = work();
+        console->wipe_status();
         console->elog_clear_register();
         return status;
     } catch (const std::bad_alloc &) {
@@ -61,11 +65,12 @@ int run_program(int argc, char *argv[], const std::function<int(Console *)> &wor
     keep_standard_descriptors();
     // Not on the stack, which cannot grow where memory is limited.
     const auto console = std::make_unique<Console>(argc > 0 ? argv[0] : "quarl");
+    catch_reports();
     const int status = run_guarded(console.get(), [&] { return work(console.get()); });
-    if (status == Reader_Gone) {
-        std::signal(SIGPIPE, SIG_DFL);
-        std::raise(SIGPIPE);
-    }
+    if (const int signal = ending_signal())
+        end_by(signal);
+    if (status == Reader_Gone)
+        end_by(SIGPIPE);
     return status;
 }
 

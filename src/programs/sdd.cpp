@@ -3,6 +3,7 @@
 #include "listing/pbrief.h"
 #include "listing/summary.h"
 #include "platform/elog.h"
+#include "programs/progress.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -70,7 +71,9 @@ int sdd(Console *console, std::unique_ptr<State> state, const std::string &path,
     const Reading reading(*state); // the listing looks up texts and asks for flags
     set_hooks(&state->options, console);
     state->options.references = false;
+    Follower follower(console, &state->options);
     Volume volume(path, std::move(state));
+    follower.follow(volume);
     if (run().File_Flag && run().File_No)
         position_tape(console, path);
     for (const Item &item : volume) {
