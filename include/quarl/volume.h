@@ -6,6 +6,7 @@
 //             std::puts(station->name);
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <functional>
@@ -22,6 +23,15 @@ namespace quarl
 {
 
 struct State;
+
+/// A logical record of which the header was read.
+struct LogicalRecord {
+    Place place;                  ///< of its first byte; number, type and continuation code
+    std::array<char, 8> header{}; ///< as it stands
+    int length = 0;               ///< bytes
+    bool continues = false;       ///< what began in the record before goes on in it
+    bool follows_full = false;    ///< the record before had no room for another blockette's prefix
+};
 
 /// How a volume is to be read. All may be left out.
 struct VolumeOptions {
@@ -45,6 +55,8 @@ struct VolumeOptions {
     std::function<void(const Item &)> bad_item = {};
     /// Gets the sequence number of each logical record that is entered.
     std::function<void(int sequence_number)> record = {};
+    /// Gets each logical record that is entered, before what begins in it.
+    std::function<void(const LogicalRecord &)> logical_record = {};
     /// Called before each read of the input or of a database, which may wait.
     std::function<void()> before_wait = {};
     /// Called when a signal interrupted a read that waits: true ends the input here. What was read

@@ -1,0 +1,40 @@
+// The parts of channel epochs' responses while a volume is read: the dictionaries that they refer
+// to are complete at its end only.
+#pragma once
+
+#include "inventory/parts.h"
+
+#include <quarl/inventory.h>
+#include <unordered_map>
+#include <vector>
+
+namespace quarl
+{
+
+/// Collects parts by channel epoch, equal ones once, and makes responses of them in the end.
+class ResponseParts
+{
+public:
+    /// A part of the channel epoch with this index.
+    void add(std::size_t epoch, const StagePart &part);
+    /// A stage of it is entry `key` of the response dictionary.
+    void refer(std::size_t epoch, int stage, int key);
+    /// Gives `epoch`, whose index it is, its response. Units are named by `inventory`.
+    void resolve(const Inventory &inventory, std::size_t index, ChannelEpoch *epoch);
+
+private:
+    static constexpr int No_Key = -1;
+    struct Raw {
+        int stage = 0;
+        int key = No_Key;
+        StagePtr part; ///< a stage with this part alone; null for a reference
+    };
+    Part named(const Inventory &inventory, const Part &part);
+
+    std::vector<std::vector<Raw>> raw_; ///< by channel epoch
+    Interner<Stage> parts_;
+    ResponsePool pool_;
+    std::unordered_map<const Filter *, FilterPtr> named_;
+};
+
+} // namespace quarl
