@@ -33,14 +33,15 @@ install(EXPORT quarl_targets NAMESPACE quarl:: FILE quarl-config.cmake DESTINATI
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/quarl-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/quarl-config-version.cmake DESTINATION ${config_dir})
-install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/quarl DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN "*.h")
 # The prefix is taken from where the file lies, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/quarl.pc.in ${CMAKE_BINARY_DIR}/quarl.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/quarl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES LICENSE DESTINATION ${dev_docdir} RENAME copyright)
-install(FILES examples/list_channels.cpp examples/CMakeLists.txt
-        DESTINATION ${dev_docdir}/examples)
+install(DIRECTORY examples DESTINATION ${dev_docdir}
+        FILES_MATCHING PATTERN "*.cpp" PATTERN CMakeLists.txt)
 
 # Installing and packaging take what was built, and build nothing themselves: tests do both.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)

@@ -71,7 +71,11 @@ need_postgresql_server() {
 
 # What the program needs to be built and to run.
 build_packages=(g++ make cmake libarchive-dev libisal-dev zlib1g-dev liblzma-dev
-    libsoci-dev libsoci-sqlite3-4.0 libsoci-postgresql4.0 libtomlplusplus-dev)
+    libsoci-dev libsoci-sqlite3-4.0 libsoci-postgresql4.0 libsqlite3-dev
+    libtomlplusplus-dev)
+
+# What the quick tests need besides.
+test_packages=(libgtest-dev libsqlite3-dev)
 
 # build_preset PRESET TARGET [OPTION]...: configures a preset with cmake's options and builds a target of it.
 build_preset() {
@@ -81,4 +85,12 @@ build_preset() {
     cmake --preset "$preset" "$@" >"$log" 2>&1 || { cat "$log"; rm -f "$log"; return 1; }
     rm -f "$log"
     cmake --build --preset "$preset" --target "$target" -j "$jobs" -- --no-print-directory -s
+}
+
+# report_skipped PRESET: says what the preset's last test run could not do here, and why.
+report_skipped() {
+    awk '/^[0-9]+\/[0-9]+ Test: / { name = $3 }
+        /^skipped/ { print name ": " $0 }
+        skip { print name ": skipped: " $0 }
+        { skip = /: Skipped$/ }' "build/$1/Testing/Temporary/LastTest.log"
 }

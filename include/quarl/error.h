@@ -70,15 +70,15 @@ struct Message {
     std::string_view reason; ///< the system's or a library's words; empty: none
     int error = 0;           ///< errno behind the reason; 0: none
     Place place;             ///< where the reading stands
-    const Item *item;        ///< the item that it is about; null: about none
+    const Item *item;        ///< what it is about, as far as it is read; null: no item
 };
 
 /// "TEXT" or "TEXT: REASON".
 std::string full_text(const Message &message);
 
-/// Ends the reading of a volume: the input cannot be opened, an item is larger than 10000 bytes, a
-/// count is above its limit, or there is no memory. `what()` is the whole text, its reason
-/// included.
+/// Ends the reading of a volume: the input, the parameter file or the database cannot be opened, an
+/// item is larger than 10000 bytes, a count is above its limit, or there is no memory. `what()` is
+/// the whole text, its reason included.
 class Error : public std::runtime_error
 {
 public:

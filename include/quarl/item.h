@@ -64,7 +64,8 @@ public:
     [[nodiscard]] std::string_view name() const;
 
     /// Bytes as they stand in the volume: a blockette without the headers of the logical records
-    /// that it crosses, a data record with its own first eight.
+    /// that it crosses, a data record with its own first eight. Zeros stand for those that a cut
+    /// input lacks. Empty until they are read.
     [[nodiscard]] std::string_view bytes() const;
 
     /// Length in bytes: of a blockette as declared, of a data record as found out.

@@ -68,18 +68,18 @@ constexpr std::array<Sdinfo, Nseed> sdinfo = {{
 static_assert(std::is_sorted(sdinfo.begin(), sdinfo.end(),
                              [](const Sdinfo &a, const Sdinfo &b) { return a.id < b.id; }));
 
-const Sdinfo *find_row(int type)
+} // namespace
+
+const Sdinfo *find_sdinfo(int type)
 {
     const auto *row = std::lower_bound(sdinfo.begin(), sdinfo.end(), type,
                                        [](const Sdinfo &a, int id) { return a.id < id; });
     return row != sdinfo.end() && row->id == type ? row : nullptr;
 }
 
-} // namespace
-
 std::string_view sdblknam(int type)
 {
-    if (const Sdinfo *row = find_row(type))
+    if (const Sdinfo *row = find_sdinfo(type))
         return row->name;
     elog_log<MessageKind::blockette_unknown, "sdblknam: Unknown blockette type %d\n">(0, type);
     return "Unknown Type";
@@ -87,7 +87,7 @@ std::string_view sdblknam(int type)
 
 int sdminsz(int type)
 {
-    if (const Sdinfo *row = find_row(type))
+    if (const Sdinfo *row = find_sdinfo(type))
         return row->minsz;
     elog_log<MessageKind::blockette_unknown, "sdminsz: Unknown blockette type %d\n">(0, type);
     return 0;

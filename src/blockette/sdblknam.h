@@ -13,6 +13,9 @@ struct Sdinfo {
     std::string_view name; ///< display name, trailing blanks and all
 };
 
+/// The row of `type`; null for a type outside the catalogue.
+const Sdinfo *find_sdinfo(int type);
+
 /// Display name of `type`; "Unknown Type", with a diagnostic, for a type outside the catalogue.
 std::string_view sdblknam(int type);
 

@@ -2,6 +2,8 @@
 
 #include "platform/allocate.h"
 #include "platform/db_session.h"
+#include "platform/db_sqlite.h"
+#include "platform/db_url.h"
 #include "platform/elog.h"
 
 #include <algorithm>
@@ -9,12 +11,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <fcntl.h>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 namespace quarl
@@ -31,147 +29,16 @@ constexpr std::array<std::string_view, 5> Columns = {"sta", "chan", "seedstart",
 constexpr std::string_view Select =
     "select t.sta, t.chan, t.seedstart, t.seedend, t.seedformat from seedformat t";
 
-/// `text` with every byte that is not `plain` as %XX.
-template <class Plain> std::string percent_encoded(std::string_view text, Plain plain)
+Session open_postgresql(const std::string &name)
 {
-    std::string encoded;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (plain(byte))
-            encoded += c;
-        else
-            encoded += {'%', "0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
-    }
-    return encoded;
-}
-
-/// Size of a file, -1 when there is none.
-off_t file_size(const std::string &path)
-{
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0 ? status.st_size : -1;
-}
-
-/// A file of SQLite, open for reading.
-class SqliteFile
-{
-public:
-    explicit SqliteFile(const char *path) : fd_(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-    SqliteFile(const SqliteFile &) = delete;
-    SqliteFile &operator=(const SqliteFile &) = delete;
-    ~SqliteFile()
-    {
-        if (fd_ >= 0)
-            close(fd_);
-    }
-
-    /// Takes the lock of a reader until the end: no writer takes its write-ahead log away
-    /// meanwhile. A file without such a log needs none, and a writer that waits for it would shut
-    /// SQLite's own out. Waits some seconds; false with the reason left for elog. A file system
-    /// without locks will do.
-    [[nodiscard]] bool lock() const
-    {
-        struct flock readers = {};
-        readers.l_type = F_RDLCK;
-        readers.l_start = 0x40000002;
-        readers.l_len = 510;
-        for (int wait = 0; wait < 250; ++wait) {
-            if (fcntl(fd_, F_OFD_SETLK, &readers) == 0 || (errno != EAGAIN && errno != EACCES))
-                return true;
-            usleep(20000);
-        }
-        elog_set_reason("database is locked");
-        return false;
-    }
-
-    /// Whether it is a database; when not, errno or the reason is left for elog.
-    [[nodiscard]] bool is_database()
-    {
-        if (fd_ < 0)
-            return false;
-        errno = 0;
-        const bool whole = pread(fd_, head_.data(), head_.size(), 0) == ssize_t{20};
-        if (whole && std::string_view(head_.data(), Magic.size()) == Magic)
-            return true;
-        if (errno != EISDIR)
-            elog_set_reason("file is not a database");
-        return false;
-    }
-
-    /// Whether changes go to a log before they go to the file.
-    [[nodiscard]] bool write_ahead() const { return head_[18] == 2 || head_[19] == 2; }
-
-private:
-    static constexpr std::string_view Magic{"SQLite format 3\0", 16};
-
-    int fd_;
-    std::array<char, 20> head_{};
-};
-
-/// How SQLite is to open a file so that it writes nothing, neither to it nor beside it.
-struct SqliteAccess {
-    const char *parameters;
-    const char *first_query;
-};
-
-/// A plain reader of a database with a write-ahead log creates the log and its index when they are
-/// not there. With both there the index is read in place. Without log there is no writer and the
-/// file alone counts. A log without index was left behind: only a reader that needs no locks keeps
-/// the index in its own memory.
-SqliteAccess sqlite_access(const std::string &path, bool write_ahead)
-{
-    constexpr const char *query_only = "pragma query_only = on";
-    const off_t log = file_size(path + "-wal");
-    if (log >= 0 && file_size(path + "-shm") >= 0)
-        return {"&readonly_shm=1", query_only};
-    if (log > 0)
-        return {"&vfs=unix-none", "pragma locking_mode = exclusive"};
-    return {write_ahead || log == 0 ? "&immutable=1" : "", query_only};
-}
-
-/// The file closes after the session: closing one takes the locks of the whole process off it.
-Session open_sqlite(const std::string &name)
-{
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(name.c_str(), nullptr),
-                                                           &std::free);
-    if (!real)
+    const DatabaseUrl url(name);
+    if (!url.is_clear()) {
+        elog_set_reason("it is not clear what the password is: write '/' as %2F and '@' as %40 in"
+                        " it, and a port as a number");
         return {};
-    const auto file = std::make_shared<SqliteFile>(real.get());
-    if (!file->is_database() || (file->write_ahead() && !file->lock()))
-        return {};
-    const std::string path(real.get());
-    const SqliteAccess access = sqlite_access(path, file->write_ahead());
-    const auto plain = [](unsigned char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-               c == '/' || c == '.' || c == '-' || c == '_';
-    };
-    Session session =
-        open_session("sqlite3", "dbname=file:" + percent_encoded(path, plain) + "?mode=ro" +
-                                    access.parameters + " readonly=1 timeout=5");
-    session.get_deleter().keeps = file;
-    prepare_session(&session, {access.first_query, "select count(*) from sqlite_master"});
-    return session;
-}
-
-/// The URL as SOCI has to get it. SOCI cuts it at blanks and puts a "=" behind a text without one.
-std::string postgresql_url(std::string_view url)
-{
-    std::size_t host = url.find("://") + 3;
-    const std::size_t user_end = url.find_first_of("@/", host);
-    if (user_end != std::string_view::npos && url[user_end] == '@')
-        host = user_end;
-    const bool asks = url.find('?', host) != std::string_view::npos;
-    std::string_view joint = asks ? "&" : "?";
-    if (url.ends_with('?'))
-        joint = "";
-    const auto plain = [](unsigned char c) { return c > ' ' && c < 0x7F && c != '"'; };
-    return percent_encoded(url, plain).append(joint) + "fallback_application_name=quarl";
-}
-
-Session open_postgresql(const std::string &url)
-{
+    }
     setenv("PGCONNECT_TIMEOUT", "10", 0);
-    Session session = open_session("postgresql", postgresql_url(url));
+    Session session = open_session("postgresql", url.connection());
     prepare_session(&session,
                     {"set session characteristics as transaction read only",
                      "set synchronize_seqscans = off", "set max_parallel_workers_per_gather = 0",
@@ -236,27 +103,52 @@ std::string select_rows(const Backend &backend, const Session &session, TextRows
     return error;
 }
 
+/// Reads all rows of the table, again when others changed the database meanwhile; false with the
+/// reason left for elog.
+bool read_rows(Database *database)
+{
+    for (int tries = 0; tries < 10; ++tries) {
+        Session opened_now;
+        if (!database->session)
+            opened_now = database->backend.open(database->source);
+        const Session &session = database->session ? database->session : opened_now;
+        if (!session)
+            return false;
+        const std::string error = select_rows(database->backend, session, &database->rows);
+        const auto &undisturbed = session.get_deleter().undisturbed;
+        if (undisturbed && !undisturbed())
+            continue;
+        elog_set_reason(error);
+        return error.empty();
+    }
+    elog_set_reason("database is locked");
+    return false;
+}
+
+/// Takes what may not be shown out of the reason that is left for elog.
+void mend_reason(const Database &database)
+{
+    const int error = errno;
+    elog_set_reason(DatabaseUrl(database.source).without_secrets(elog_take_reason()));
+    errno = error;
+}
+
 /// Reads the table; what goes wrong is complained about and not tried again.
 void read_table(Database *database)
 {
     before_wait(); // a server may take its time
-    Session opened_now;
-    if (!database->session)
-        opened_now = database->backend.open(database->source);
-    const Session &session = database->session ? database->session : opened_now;
-    if (session) {
-        const std::string error = select_rows(database->backend, session, &database->rows);
-        if (error.empty())
-            return;
-        elog_set_reason(error);
-    }
+    if (read_rows(database))
+        return;
     database->rows.clear();
     database->refused = true;
+    mend_reason(*database);
     elog_complain<MessageKind::database_not_read, "Can't read database table '%s'\n">(1,
                                                                                       Table_Name);
 }
 
 } // namespace
+
+std::string shown_database(const char *name) { return DatabaseUrl(name).shown(); }
 
 Dbptr dbinvalid() { return {dbINVALID, dbINVALID, dbINVALID, dbINVALID}; }
 
@@ -265,8 +157,10 @@ int VXdbopen(const char *name, const char * /*mode*/, Dbptr *db)
     *db = dbinvalid();
     Database database = database_of(name);
     Session session = database.backend.open(database.source);
-    if (!session)
+    if (!session) {
+        mend_reason(database);
         return -1;
+    }
     if (database.backend.stays_open)
         database.session = std::move(session);
     std::vector<Database> &all = Current<Databases>::get().all;

@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace quarl
@@ -40,8 +41,12 @@ Dbptr dbinvalid();
 /// Opens the database `name` for reading whatever `mode` says: the path of an SQLite file, the same
 /// behind "sqlite://" (the path is taken as it stands), or "postgresql://..." or "postgres://..."
 /// in any form that libpq takes. The file is not changed and nothing appears beside it. 0 on
-/// success; otherwise -1 with the reason left for elog (errno or elog_set_reason).
+/// success; otherwise -1 with the reason, which holds no password, left for elog (errno or
+/// elog_set_reason).
 [[nodiscard]] int VXdbopen(const char *name, const char *mode, Dbptr *db);
+
+/// The name of a database as messages may show it: with "***" for the password of a URL.
+std::string shown_database(const char *name);
 
 /// The view of `table` in an open database (a pointer to nothing for any table but "seedformat"):
 /// all its rows are read at once, in the table's own order. A table that cannot be read is

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <mutex>
 #include <soci/soci-simple.h>
 
 namespace quarl
@@ -32,37 +34,18 @@ struct Soci {
     decltype(&soci_statement_error_message) statement_error_message;
 };
 
-Soci Api; ///< valid once load_soci has returned true
+std::mutex Loading; ///< volumes of several threads may ask at once
+bool Loaded = false;
+bool Exiting = false; ///< libraries are gone or about to go: sessions end with the process
+Soci Api; ///< valid once load_core has returned true
 
 struct EndStatement {
     void operator()(void *statement) const { Api.destroy_statement(statement); }
 };
 using Statement = std::unique_ptr<void, EndStatement>;
 
-/// Loads a library for the rest of the run; null with the reason left for elog.
-void *load_library(const std::string &name, const std::string &package)
+bool find_symbols(void *core)
 {
-    void *library = dlopen((name + ".so.4.0").c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        elog_set_reason(std::string(dlerror()) + " (Debian package " + package + ")");
-    return library;
-}
-
-template <class Function> bool find_symbol(void *library, const char *name, Function *function)
-{
-    *function = reinterpret_cast<Function>(dlsym(library, name));
-    if (*function == nullptr)
-        elog_set_reason(dlerror());
-    return *function != nullptr;
-}
-
-/// Loads SOCI and the backend, which SOCI itself would also look for in the current directory.
-bool load_soci(const std::string &backend)
-{
-    void *core = load_library("libsoci_core", "libsoci-core4.0");
-    if (core == nullptr)
-        return false;
-    const std::string package = "libsoci-" + backend + (backend == "sqlite3" ? "-4.0" : "4.0");
     return find_symbol(core, "soci_create_session", &Api.create_session) &&
            find_symbol(core, "soci_destroy_session", &Api.destroy_session) &&
            find_symbol(core, "soci_session_state", &Api.session_state) &&
@@ -75,8 +58,24 @@ bool load_soci(const std::string &backend)
            find_symbol(core, "soci_fetch", &Api.fetch) &&
            find_symbol(core, "soci_get_into_string", &Api.get_into_string) &&
            find_symbol(core, "soci_statement_state", &Api.statement_state) &&
-           find_symbol(core, "soci_statement_error_message", &Api.statement_error_message) &&
-           load_library("libsoci_" + backend, package) != nullptr;
+           find_symbol(core, "soci_statement_error_message", &Api.statement_error_message);
+}
+
+/// Loads SOCI itself, once.
+bool load_core()
+{
+    const std::scoped_lock lock(Loading);
+    if (!Loaded)
+        if (void *core = load_library("libsoci_core.so.4.0", "libsoci-core4.0"))
+            Loaded = find_symbols(core);
+    return Loaded;
+}
+
+/// Loads SOCI and the backend, which SOCI itself would also look for in the current directory.
+bool load_soci(const std::string &backend)
+{
+    const std::string package = "libsoci-" + backend + (backend == "sqlite3" ? "-4.0" : "4.0");
+    return load_core() && load_library("libsoci_" + backend + ".so.4.0", package) != nullptr;
 }
 
 /// The database's own words in a message of SOCI: the first line, without SOCI's introductions and
@@ -114,7 +113,27 @@ void take_rows(void *statement, TextRows *rows)
 
 } // namespace
 
-void EndSession::operator()(void *session) const { Api.destroy_session(session); }
+void *load_library(const std::string &name, const std::string &package)
+{
+    void *library = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        elog_set_reason(std::string(dlerror()) + " (Debian package " + package + ")");
+    return library;
+}
+
+bool find_symbol(void *library, const char *name, void **symbol)
+{
+    *symbol = dlsym(library, name);
+    if (*symbol == nullptr)
+        elog_set_reason(dlerror());
+    return *symbol != nullptr;
+}
+
+void EndSession::operator()(void *session) const
+{
+    if (!Exiting)
+        Api.destroy_session(session);
+}
 
 Session open_session(const std::string &backend, const std::string &connection)
 {
@@ -125,6 +144,9 @@ Session open_session(const std::string &backend, const std::string &connection)
         elog_set_reason(own_words(Api.session_error_message(session.get())));
         session.reset();
     }
+    // Registered behind what the client library registers, so called before it.
+    static const int Registered = std::atexit([] { Exiting = true; });
+    (void)Registered;
     return session;
 }
 

@@ -1,6 +1,7 @@
 // A session with a database through SOCI, and texts from it.
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -11,7 +12,9 @@ namespace quarl
 {
 
 struct EndSession {
-    std::shared_ptr<const void> keeps; ///< what has to stay until the session has ended
+    /// Whether what was read in this session is one state of the database; empty where the database
+    /// sees to that. Holds what has to stay until the session has ended.
+    std::function<bool()> undisturbed;
     void operator()(void *session) const;
 };
 using Session = std::unique_ptr<void, EndSession>;
@@ -51,6 +54,20 @@ private:
     std::string text_;
     std::vector<std::size_t> ends_; ///< where each field ends in text_ and the next begins
 };
+
+/// Loads a library for the rest of the run; null with the reason left for elog.
+void *load_library(const std::string &name, const std::string &package);
+
+/// Finds something in a library; false with the reason left for elog.
+bool find_symbol(void *library, const char *name, void **symbol);
+
+template <class Function> bool find_symbol(void *library, const char *name, Function *function)
+{
+    void *symbol = nullptr;
+    const bool found = find_symbol(library, name, &symbol);
+    *function = reinterpret_cast<Function>(symbol);
+    return found;
+}
 
 /// Opens a session with SOCI's backend `backend`; null with the reason left for elog.
 Session open_session(const std::string &backend, const std::string &connection);

@@ -77,6 +77,8 @@ Message message_of(MessageKind kind, std::string_view text, std::string_view wor
 
 } // namespace
 
+std::string_view name_of(MessageKind kind) { return Names[static_cast<std::size_t>(kind)]; }
+
 std::string full_text(const Message &message)
 {
     std::string text(message.text);

@@ -1,6 +1,8 @@
 // Opens a possibly compressed file as one stream of plain bytes.
 #pragma once
 
+#include "platform/inflater.h"
+
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -8,15 +10,6 @@
 
 namespace quarl
 {
-
-/// Inflates one compressed descriptor; what stands behind it is the decompression library's.
-class Inflater
-{
-public:
-    virtual ~Inflater() = default;
-    /// As Stream::read.
-    virtual ssize_t read(char *to, std::size_t size) = 0;
-};
 
 /// A readable stream over a descriptor, which it owns except for standard input. Plain contents are
 /// read straight from the descriptor with exactly the sizes asked for.

@@ -1,7 +1,7 @@
 // Decompression of a descriptor's contents.
 #pragma once
 
-#include "platform/gz_cat.h"
+#include "platform/inflater.h"
 
 #include <memory>
 #include <string_view>

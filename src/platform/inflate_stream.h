@@ -7,7 +7,7 @@
 // with libarchive.
 #pragma once
 
-#include "platform/gz_cat.h"
+#include "platform/inflater.h"
 
 #include <memory>
 

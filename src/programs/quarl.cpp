@@ -29,9 +29,9 @@ Wishes usage(Console *console)
 
 void open_database(const char *name)
 {
+    const std::string shown = shown_database(name);
     if (VXdbopen(name, "r+", &run().Db) != 0)
-        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(
-            1, std::string_view(name));
+        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, shown);
 }
 
 /// Reads the options in command-line order, each acted on at once.

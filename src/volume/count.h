@@ -26,6 +26,14 @@ void init_count();
 /// bytes.
 void count_blk(const record_t *blk, int blk_num);
 
+/// What count_blk does for a data record of `length` bytes.
+inline void count_data(Count *count, int length)
+{
+    ++count->nblks;
+    ++count->blk_cnt[0];
+    count->tot_siz[0] += length;
+}
+
 /// The size in bytes that counts for a record: the declared length of a blockette, the record
 /// length of a data record.
 std::int64_t block_size(const record_t *blk, int blk_type);

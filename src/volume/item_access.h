@@ -1,7 +1,8 @@
 // How the reading fills the item that it yields.
 #pragma once
 
-#include <array>
+#include "volume/rseed.h"
+
 #include <quarl/item.h>
 
 namespace quarl
@@ -10,16 +11,30 @@ namespace quarl
 struct ItemAccess {
     Item &item;
 
-    /// A new item begins at `place`; nothing more is known of it.
-    void begin(const Place &place)
+    /// Where a data record is put together on the day that its own bytes are asked for.
+    void room(std::string *room) { item.room_ = room; }
+
+    /// A new item begins at the byte `at` of the input's buffer; nothing more is known of it.
+    void begin(const SeedInput &in, int file, int at)
     {
+        begin_at(in, file, in.totbytes - in.pbytes + at);
+    }
+    /// The same for a byte of the input file.
+    void begin_at(const SeedInput &in, int file, std::int64_t offset)
+    {
+        Place &place = item.place_;
+        place.file = file;
+        place.offset = offset;
+        place.record = in.recno;
+        place.sequence_number = in.seq_num;
+        place.type_code = in.type_code;
+        place.continuation_code = in.cont_code;
         item.type_ = 0;
         item.length_ = 0;
         item.bad_ = false;
         item.record_ = nullptr;
         item.fields_size_ = 0;
         item.bytes_ = {};
-        item.place_ = place;
     }
     void type(int type, int length)
     {
@@ -27,15 +42,14 @@ struct ItemAccess {
         item.length_ = length;
     }
     void bytes(std::string_view bytes) { item.bytes_ = bytes; }
-    /// A data record stands at `record` with a header that is not its own; `room` is for the day
-    /// when its own bytes are asked for.
-    void data(const char *record, int length, std::string *room)
+    /// A data record stands at `bytes` behind a header that is not its own.
+    void data(const blk_dh_t *header, const char *bytes, const std::array<char, 8> &own_header)
     {
-        item.length_ = length;
-        item.bytes_ = {record, static_cast<std::size_t>(length)};
-        item.room_ = room;
+        item.length_ = header->length;
+        item.bytes_ = {bytes, static_cast<std::size_t>(header->length)};
+        item.record_header_ = own_header;
+        item.record_ = header;
     }
-    void record_header(const std::array<char, 8> &own) { item.record_header_ = own; }
     void parsed(const record_t *record, bool bad, std::size_t fields_size)
     {
         item.record_ = record;

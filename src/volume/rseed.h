@@ -76,6 +76,12 @@ inline int bytes_left(const SeedInput *in)
     return std::max(in->recsiz - (in->cur - in->start), 0);
 }
 
+/// The byte of the input file up to which it was read.
+inline std::int64_t position(const SeedInput *in)
+{
+    return in->totbytes - in->pbytes + std::clamp(in->cur, 0, in->pbytes);
+}
+
 /// Tells the user, once per file, when bytes were read beyond an input that ends inside the current
 /// record. A cut that nothing was read beyond is told when the record is left.
 void tell_if_cut(SeedInput *in);

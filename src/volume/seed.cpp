@@ -43,10 +43,8 @@ bool is_cut(read_handle_t *handle)
 /// An item begins at the byte `at` of the input's buffer.
 void begin_item(read_handle_t *handle, int at)
 {
-    const SeedInput *in = handle->logical.get();
     handle->framing = true;
-    ItemAccess{handle->now}.begin({run().Tapefile, in->totbytes - in->pbytes + at, in->recno,
-                                   in->seq_num, in->type_code, in->cont_code});
+    ItemAccess{handle->now}.begin(*handle->logical, run().Tapefile, at);
 }
 
 void number_record(read_handle_t *handle, blk_dh_t *header)
@@ -145,7 +143,6 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
     *type = Data_Record;
     ItemAccess item{handle->now};
     item.type(Data_Record, 0);
-    item.record_header(handle->logical->header);
     count_record(handle);
     const char *bytes = read_data_header(handle);
     if (!bytes)
@@ -164,8 +161,7 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
     header->raw = bytes;
     if (header->beg_data >= 0 && header->beg_data < header->length)
         header->data = bytes + header->beg_data;
-    item.data(bytes, header->length, &handle->record_bytes);
-    item.parsed(header, false, 0);
+    item.data(header, bytes, handle->logical->header);
     return 1;
 }
 

@@ -13,7 +13,9 @@
 
 #include <memory>
 #include <optional>
-#include <quarl/volume.h>
+#include <quarl/item.h>
+#include <quarl/options.h>
+#include <utility>
 
 namespace quarl
 {

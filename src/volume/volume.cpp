@@ -3,36 +3,12 @@
 #include "volume/seed.h"
 #include "volume/state.h"
 
-#include <algorithm>
 #include <new>
 #include <quarl/volume.h>
 #include <utility>
 
 namespace quarl
 {
-
-void State::hear(Message &message)
-{
-    if (handle) {
-        const SeedInput &in = *handle->logical;
-        message.place = {run.Tapefile, in.totbytes - in.pbytes + in.cur,
-                         in.recno,     in.seq_num,
-                         in.type_code, in.cont_code};
-        message.item = handle->framing ? &handle->now : nullptr;
-    }
-    if (options.message)
-        options.message(message);
-    else
-        say_on_stderr(message);
-}
-
-void State::before_wait()
-{
-    if (options.before_wait)
-        options.before_wait();
-}
-
-bool State::gives_up() { return options.interrupted && options.interrupted(); }
 
 namespace
 {
@@ -52,8 +28,9 @@ void read_parameters(State *state)
 void open_database(State *state)
 {
     const std::string &name = state->options.database;
+    const std::string shown = shown_database(name.c_str());
     if (!name.empty() && VXdbopen(name.c_str(), "r", &state->run.Db) != 0)
-        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, name);
+        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, shown);
 }
 
 /// Tells of the logical record that was entered.
@@ -71,6 +48,7 @@ void tell_record(const State &state)
 void open_input(State *state, const std::string &path)
 {
     state->handle = seed_read(path);
+    ItemAccess{state->handle->now}.room(&state->handle->record_bytes);
     state->handle->on_bad_item = state->options.bad_item;
     state->handle->reads_references = state->options.references;
     state->handle->logical->on_record = state->options.record;
@@ -82,7 +60,11 @@ void open_input(State *state, const std::string &path)
 /// The turn of the item that is out is over.
 void finish_item(State *state)
 {
-    if (std::exchange(state->counts, false))
+    if (!std::exchange(state->counts, false))
+        return;
+    if (state->type == Data_Record)
+        count_data(&state->count, state->handle->now.length());
+    else
         count_blk(state->record.get(), state->type);
 }
 
@@ -97,10 +79,7 @@ void begin_file(State *state)
 /// The byte up to which the items of the input file reach.
 std::int64_t items_end(const read_handle_t &handle)
 {
-    const SeedInput &in = *handle.logical;
-    const std::int64_t buffer_at = in.totbytes - in.pbytes;
-    return handle.framing ? handle.now.place().offset
-                          : buffer_at + std::clamp(in.cur, 0, in.pbytes);
+    return handle.framing ? handle.now.place().offset : position(handle.logical.get());
 }
 
 /// The input file has ended, or is left: the item for it, or null when it held nothing. Another
@@ -118,12 +97,12 @@ const Item *end_file(State *state, bool stopped)
     state->in_file = false;
     state->ended = end.statistics.items == 0 || end.stopped || state->run.File_Flag != 0;
     ItemAccess item{handle.now};
-    item.begin({state->run.Tapefile, bytes, in.recno, in.seq_num, in.type_code, in.cont_code});
+    item.begin_at(in, state->run.Tapefile, bytes);
     item.type(End_Of_File, 0);
     item.parsed(&end, false, 0);
     if (!state->ended)
         ++state->run.Tapefile;
-    return bytes > 0 || end.stopped ? &handle.now : nullptr;
+    return bytes > 0 || !end.complete() ? &handle.now : nullptr;
 }
 
 bool is_to_stop(const State &state)
@@ -187,6 +166,9 @@ try {
 } catch (const std::bad_alloc &) {
     state_->failure = Error(MessageKind::out_of_memory, "Out of memory");
     throw Error(*state_->failure);
+} catch (...) { // a callback's own: nobody knows in the middle of what
+    state_->ended = true;
+    throw;
 }
 
 const std::string *Volume::text(Dictionary dictionary, int code) const

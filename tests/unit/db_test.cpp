@@ -1,24 +1,12 @@
-#include "compose/files.h"
-#include "platform/db.h"
-#include "platform/elog.h"
-#include "support/capture.h"
+#include "db_fixture.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <chrono>
-#include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <numeric>
 #include <poll.h>
-#include <set>
-#include <sqlite3.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -29,10 +17,6 @@ namespace
 
 namespace fs = std::filesystem;
 
-const std::string Create =
-    "create table seedformat (sta text, chan text, seedstart text, seedend text, seedformat text);";
-const std::string Insert = "insert into seedformat values ('ANMO', 'BHZ', 's', 'e', 'f');";
-const std::string Row = "ANMO|BHZ|s|e|f\n";
 const std::string Three = "insert into seedformat values ('C', '1', '2', '3', '4'),"
                           " ('A', '1', '2', '3', '4'), ('B', '1', '2', '3', '4');";
 const std::string Index = "alter table seedformat add more text; create index i on seedformat"
@@ -42,96 +26,6 @@ const std::string View = "alter table seedformat rename to raw;"
 
 const std::string Fresh = "alter database postgres reset all; drop schema public cascade;"
                           "create schema public;";
-
-/// Rows of an open database, one per line, as the look-up of now shows them.
-std::string rows_of(Dbptr db)
-{
-    Dbptr view = dblookup(db, "seedformat");
-    int count = -1;
-    EXPECT_EQ(dbquery(view, dbRECORD_COUNT, &count), 0);
-    std::string rows;
-    for (view.record = 0; view.record < count; ++view.record)
-        for (const char *name : {"sta", "chan", "seedstart", "seedend", "seedformat"}) {
-            std::array<char, 64> text{};
-            EXPECT_EQ(dbgetv(view, {{name, text}}), 0);
-            rows += text.data() + std::string(name == std::string("seedformat") ? "\n" : "|");
-        }
-    return rows;
-}
-
-/// Opens a database and reads the table twice: what was complained about, then the rows.
-std::string outcome(const std::string &name)
-{
-    testing::internal::CaptureStderr();
-    Dbptr db = dbinvalid();
-    std::string rows;
-    if (VXdbopen(name.c_str(), "r+", &db) != 0) {
-        elog_complain<MessageKind::database_not_opened, "Can't open database\n">(1);
-        EXPECT_EQ(db.database, dbINVALID);
-    } else {
-        rows = rows_of(db);
-        EXPECT_EQ(rows_of(db), rows);
-    }
-    return testing::internal::GetCapturedStderr() + rows;
-}
-
-const std::string Unopened = "quarl: Can't open database: ";
-const std::string Unread = "quarl: Can't read database table 'seedformat': ";
-
-sqlite3 *run_sql(const std::string &path, const std::string &sql)
-{
-    sqlite3 *file = nullptr;
-    char *error = nullptr;
-    sqlite3_open(path.c_str(), &file);
-    if (sqlite3_exec(file, sql.c_str(), nullptr, nullptr, &error) != SQLITE_OK)
-        ADD_FAILURE() << sql << ": " << error;
-    return file;
-}
-
-void make_file(const std::string &path, const std::string &sql)
-{
-    sqlite3_close(run_sql(path, sql));
-}
-
-/// Starts a process that runs some SQL and keeps the file open until it is killed.
-pid_t start_writer(const std::string &path, const std::string &sql)
-{
-    const pid_t writer = fork();
-    if (writer == 0) {
-        run_sql(path, sql);
-        raise(SIGSTOP);
-    }
-    waitpid(writer, nullptr, WUNTRACED);
-    return writer;
-}
-
-void end_writer(pid_t writer)
-{
-    kill(writer, SIGKILL);
-    waitpid(writer, nullptr, 0);
-}
-
-class DbTest : public testing::Test
-{
-protected:
-    void SetUp() override { ASSERT_NE(mkdtemp(directory_.data()), nullptr); }
-    void TearDown() override { fs::remove_all(directory_); }
-
-    std::string path(const std::string &name) const { return directory_ + "/" + name; }
-
-    /// Name, time of change and contents of every file.
-    std::string files() const
-    {
-        std::set<std::string> found;
-        for (const auto &entry : fs::directory_iterator(directory_)) {
-            const auto changed = entry.last_write_time().time_since_epoch().count();
-            found.insert(entry.path().string() + std::to_string(changed) + read_file(entry.path()));
-        }
-        return std::accumulate(found.begin(), found.end(), std::string());
-    }
-
-    std::string directory_ = testing::TempDir() + "quarl_db." + std::string(6, 'X');
-};
 
 bool mapped(const char *library)
 {
@@ -171,25 +65,6 @@ TEST_F(DbTest, SqliteRows)
         make_file(path("db"), text);
         EXPECT_EQ(outcome(path("db")), expected) << text;
     }
-}
-
-TEST_F(DbTest, NothingIsWritten)
-{
-    const std::string log = "pragma journal_mode = wal;";
-    make_file(path("plain"), Create + Insert);
-    make_file(path("log"), log + Create + Insert);
-    make_file(path("empty-log"), log + Create + Insert);
-    write_file(path("empty-log-wal"), "");
-    const pid_t writer = start_writer(path("live"), log + Create + Insert);
-    end_writer(start_writer(path("abandoned"), log + Create + Insert));
-    for (const char *end : {"", "-wal"})
-        fs::copy_file(path("live") + end, path("no-index") + end);
-    ASSERT_TRUE(fs::exists(path("abandoned-shm")));
-    const auto before = files();
-    for (const char *name : {"plain", "log", "empty-log", "live", "abandoned", "no-index"})
-        EXPECT_EQ(outcome(path(name)), Row) << name;
-    EXPECT_EQ(files(), before);
-    end_writer(writer);
 }
 
 TEST_F(DbTest, NotADatabase)
@@ -240,20 +115,6 @@ TEST_F(DbTest, EmptyTableIsAskedAgain)
             EXPECT_EQ(rows_of(db), Row) << mode;
         }
     }
-}
-
-TEST_F(DbTest, WaitsForAWriter)
-{
-    const pid_t writer = start_writer(path("db"), Create + Insert + "begin exclusive;");
-    std::atomic<bool> ended = false;
-    std::thread end([writer, &ended] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        ended = true;
-        end_writer(writer);
-    });
-    EXPECT_EQ(outcome(path("db")), Row);
-    EXPECT_TRUE(ended);
-    end.join();
 }
 
 TEST_F(DbTest, PointersToNothing)

@@ -26,19 +26,11 @@ using Random = std::mt19937_64;
 
 constexpr std::uint64_t Seed = 20260704;
 
-#if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__)
-constexpr int Usual_Rounds = 20'000;
-#elif defined(__has_feature)
-constexpr int Usual_Rounds = __has_feature(address_sanitizer) ? 20'000 : 1'500'000;
-#else
-constexpr int Usual_Rounds = 1'500'000;
-#endif
-
-/// Cases per generator; QUARL_NUMBER_ROUNDS asks for more.
+/// Cases per generator; QUARL_NUMBER_ROUNDS asks for another number.
 int rounds()
 {
     const char *asked = std::getenv("QUARL_NUMBER_ROUNDS");
-    return asked ? std::atoi(asked) : Usual_Rounds;
+    return asked ? std::atoi(asked) : 15'000;
 }
 
 int below(Random &random, int limit)
