@@ -123,18 +123,21 @@ void Checker::add_data(const Item &item, const blk_dh_t &header)
 
 std::string Checker::subject(const Item &item) const
 {
-    const bool of_channel = item.type() >= 53 && item.type() <= 62;
+    const bool of_channel = item.type() >= 52 && item.type() <= 62;
+    const bool of_station = item.type() == 50 || item.type() == 51;
     const Inventory &inventory = context_->inventory;
     if (of_channel && !inventory.channel_epochs().empty())
         return subject_of(inventory, inventory.channel_epochs().back());
+    if (of_station && !inventory.station_epochs().empty())
+        return inventory.station_of(inventory.station_epochs().back()).code.text();
     return formatted<"blockette %03d">(item.type());
 }
 
 void Checker::add_control(const Item &item)
 {
     Inventory &inventory = context_->inventory;
-    uses_.see(item, inventory, subject(item));
     inventory.add(item);
+    uses_.see(item, inventory, subject(item));
     look(item);
     if (item.type() == End_Of_File)
         return;

@@ -12,7 +12,7 @@ namespace quarl
 class CodeUses
 {
 public:
-    /// Looks at the codes in an item that is about to be added to the inventory.
+    /// Looks at the codes in an item that was added to the inventory.
     void see(const Item &item, const Inventory &inventory, const std::string &subject);
     /// Uses whose codes were not defined yet: one for each code and blockette type that uses it.
     [[nodiscard]] std::vector<PendingUse> take() const;

@@ -1,7 +1,7 @@
 // Joins the spans of data records that come in any order.
 #pragma once
 
-#include <quarl/inventory.h>
+#include <quarl/contents.h>
 #include <vector>
 
 namespace quarl

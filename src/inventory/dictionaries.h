@@ -3,7 +3,8 @@
 
 #include <array>
 #include <map>
-#include <quarl/inventory.h>
+#include <quarl/contents.h>
+#include <quarl/item.h>
 #include <set>
 #include <vector>
 

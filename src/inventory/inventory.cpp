@@ -69,6 +69,7 @@ struct Inventory::Work {
     std::deque<ChannelEpoch> epochs;
     std::unordered_map<ChannelCode, std::size_t, CodeHash> station_of_code;
     std::unordered_map<ChannelCode, std::size_t, CodeHash> channel_of_code;
+    bool finished = false;
     std::size_t epoch = None; ///< the channel epoch that is being described
     ResponseParts parts;
     EpochTable epoch_table;
@@ -295,8 +296,10 @@ void Inventory::add(const Item &item)
 
 void Inventory::finish()
 {
+    if (std::exchange(work_->finished, true))
+        return;
     for (std::size_t i = 0; i < work_->epochs.size(); ++i)
-        work_->parts.resolve(*this, i, &work_->epochs[i]);
+        work_->parts.resolve(work_->dictionaries, i, &work_->epochs[i]);
     for (std::size_t i = 0; i < work_->data.size(); ++i)
         work_->joiners[i].finish(&work_->data[i]);
 }

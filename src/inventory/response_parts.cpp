@@ -19,7 +19,7 @@ void ResponseParts::refer(std::size_t epoch, int stage, int key)
     raw_[epoch].push_back({stage, key, nullptr});
 }
 
-Part ResponseParts::named(const Inventory &inventory, const Part &part)
+Part ResponseParts::named(const Dictionaries &dictionaries, const Part &part)
 {
     const auto *filter = std::get_if<FilterPtr>(&part);
     if (!filter)
@@ -27,25 +27,29 @@ Part ResponseParts::named(const Inventory &inventory, const Part &part)
     FilterPtr &known = named_[filter->get()];
     if (!known) {
         const Filter &raw = **filter;
-        const auto unit = [&](int code) { return Unit{code, std::string(inventory.unit(code))}; };
+        const auto unit = [&](int code) {
+            const DictionaryEntry *entry = dictionaries.find(Dictionary::units, code);
+            return Unit{code, entry ? entry->text : std::string()};
+        };
         known = pool_.filters(
             Filter(raw.shape(), unit(raw.input().code), unit(raw.output().code), raw.name()));
     }
     return known;
 }
 
-void ResponseParts::resolve(const Inventory &inventory, std::size_t index, ChannelEpoch *epoch)
+void ResponseParts::resolve(const Dictionaries &dictionaries, std::size_t index,
+                            ChannelEpoch *epoch)
 {
     ResponseBuilder builder(pool_);
     if (index < raw_.size()) {
         for (const Raw &raw : raw_[index]) {
             const DictionaryEntry *entry =
-                raw.part ? nullptr : inventory.entry(Dictionary::responses, raw.key);
+                raw.part ? nullptr : dictionaries.find(Dictionary::responses, raw.key);
             if (raw.part)
-                builder.add(raw.stage, named(inventory, raw.part->parts.front()));
+                builder.add(raw.stage, named(dictionaries, raw.part->parts.front()));
             else if (entry)
                 for (const Part &part : entry->parts)
-                    builder.add(raw.stage, named(inventory, part));
+                    builder.add(raw.stage, named(dictionaries, part));
         }
         raw_[index] = {};
     }

@@ -2,9 +2,10 @@
 // to are complete at its end only.
 #pragma once
 
+#include "inventory/dictionaries.h"
 #include "inventory/parts.h"
 
-#include <quarl/inventory.h>
+#include <quarl/contents.h>
 #include <unordered_map>
 #include <vector>
 
@@ -19,8 +20,8 @@ public:
     void add(std::size_t epoch, const StagePart &part);
     /// A stage of it is entry `key` of the response dictionary.
     void refer(std::size_t epoch, int stage, int key);
-    /// Gives `epoch`, whose index it is, its response. Units are named by `inventory`.
-    void resolve(const Inventory &inventory, std::size_t index, ChannelEpoch *epoch);
+    /// Gives `epoch`, whose index it is, its response. Units are named by the dictionary.
+    void resolve(const Dictionaries &dictionaries, std::size_t index, ChannelEpoch *epoch);
 
 private:
     static constexpr int No_Key = -1;
@@ -29,7 +30,7 @@ private:
         int key = No_Key;
         StagePtr part; ///< a stage with this part alone; null for a reference
     };
-    Part named(const Inventory &inventory, const Part &part);
+    Part named(const Dictionaries &dictionaries, const Part &part);
 
     std::vector<std::vector<Raw>> raw_; ///< by channel epoch
     Interner<Stage> parts_;

@@ -1,11 +1,12 @@
 // Codes of channels, and times as text.
 #include "platform/format.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstring>
-#include <quarl/inventory.h>
+#include <quarl/contents.h>
 
 namespace quarl
 {
@@ -13,7 +14,7 @@ namespace quarl
 namespace
 {
 
-void put(char *to, std::string_view code, std::size_t size) { code.substr(0, size).copy(to, size); }
+void put(char *to, std::string_view code, std::size_t size) { trimmed(code).copy(to, size); }
 
 } // namespace
 
