@@ -136,6 +136,7 @@ std::string Checker::subject(const Item &item) const
 void Checker::add_control(const Item &item)
 {
     Inventory &inventory = context_->inventory;
+    context_->fields = fields_read(item);
     inventory.add(item);
     uses_.see(item, inventory, subject(item));
     look(item);

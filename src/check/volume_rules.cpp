@@ -1,7 +1,6 @@
 // The volume as a sequence of logical records and blockettes.
 #include "check/rule.h"
 
-#include "inventory/parts.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -53,11 +52,23 @@ bool lacks_network(const Context &context, const Item &item, std::size_t taken)
            taken == static_cast<std::size_t>(item.length()) + Network;
 }
 
+/// Type and length of a blockette that are no numbers; empty: they are.
+std::string_view bad_prefix(const Item &item)
+{
+    const std::string_view prefix = item.bytes().substr(0, 7);
+    return prefix.find_first_not_of("0123456789 ") == std::string_view::npos ? "" : prefix;
+}
+
 void bad_blockette(const Context &context, const Item &item, const Report &report)
 {
+    if (is_control(item) && !bad_prefix(item).empty())
+        return report(item.place().record, "prefix", [&] {
+            return Told{"volume", "a blockette's type and length are " + quoted(bad_prefix(item)) +
+                                      ", expected are digits"};
+        });
     if (!is_control(item) || !is_read(item))
         return;
-    const FieldsRead fields = fields_read(item);
+    const FieldsRead &fields = context.fields;
     const auto length = static_cast<std::size_t>(std::max(item.length(), 0));
     const bool beyond = fields.size > length && ends_with_list(item.type());
     if (!fields.bad && !beyond)
@@ -79,12 +90,14 @@ void short_filters(const Context &context, const Context &, const Report &report
     constexpr int Keys = 10000;
     for (int key = 0; key < Keys; ++key) {
         const DictionaryEntry *entry = context.inventory.entry(Dictionary::responses, key);
+        if (!entry)
+            continue;
         std::size_t held = 0;
-        for (const Part &part : entry ? entry->parts : std::vector<Part>())
+        for (const Part &part : entry->parts)
             if (const auto *filter = std::get_if<FilterPtr>(&part))
                 if (const auto *fir = std::get_if<Fir>(&(*filter)->shape()))
                     held += fir->coefficients.size();
-        if (entry && entry->promised > held)
+        if (entry->promised > held)
             report(entry->record, "blockette 041",
                    "response key " + std::to_string(key) + " has " + std::to_string(held) +
                        " coefficients, expected are " + std::to_string(entry->promised));
@@ -95,7 +108,7 @@ void blockette_length(const Context &context, const Item &item, const Report &re
 {
     if (!is_control(item) || !is_read(item))
         return;
-    const FieldsRead fields = fields_read(item);
+    const FieldsRead &fields = context.fields;
     const auto length = static_cast<std::size_t>(std::max(item.length(), 0));
     const std::string_view rest = item.bytes().substr(std::min(fields.size, item.bytes().size()));
     const bool fill = rest.find_first_not_of(std::string_view(" \0", 2)) == std::string_view::npos;

@@ -1,7 +1,7 @@
 #include "inventory/parts.h"
 
-#include "blockette/scan.h"
-#include "platform/elog.h"
+#include "platform/number.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,31 +12,66 @@ namespace quarl
 namespace
 {
 
-/// Lets the scanners work on an item's text outside of its reading, and says nothing.
-class QuietScan : Host
+/// Walks the fields of a blockette behind its type and length. Numbers are read as the scanners
+/// read them: blanks are 0, and a blank behind an exponent letter is a "+".
+class Fields
 {
 public:
-    explicit QuietScan(const Item &item) : cursor(item.bytes()) { cursor.advance(Prefix); }
+    explicit Fields(std::string_view text) : text_(text) {}
 
-    /// What of a list of `count` entries of `size` characters the text holds behind the cursor.
-    [[nodiscard]] int held(int count, int size) const
+    std::string_view take(std::size_t width)
     {
-        const auto room = static_cast<int>(cursor.rest().size()) / size;
-        return std::clamp(count, 0, room);
+        const std::string_view field = up_to_nul(text_.substr(std::min(at_, text_.size()), width));
+        at_ += width;
+        return field;
     }
-    [[nodiscard]] FieldsRead read() const { return {cursor.position(), parsing_.Bad_blkflag != 0}; }
+    void skip(std::size_t width) { at_ += width; }
+    char letter()
+    {
+        const std::string_view field = take(1);
+        return field.empty() ? '\0' : field.front();
+    }
+    int integer(std::size_t width)
+    {
+        const std::string_view field = take(width);
+        std::size_t used = 0;
+        const int value = leading_int(field, &used);
+        bad_ |= used == 0 && !blank(field);
+        return value;
+    }
+    double real(std::size_t width)
+    {
+        std::string field(take(width)); // short: no room is allocated
+        const std::size_t letter = field.find_first_of("eE");
+        if (letter + 1 < field.size() && letter != std::string::npos && field[letter + 1] == ' ')
+            field[letter + 1] = '+';
+        std::size_t used = 0;
+        const double value = read_real(field, &used);
+        bad_ |= used == 0 && !blank(field);
+        return value;
+    }
+    /// A text that "~" ends.
+    void skip_text()
+    {
+        const std::string_view rest = text_.substr(std::min(at_, text_.size()));
+        at_ += std::min(rest.find('~') + 1, rest.size());
+    }
+    /// The number of entries of a list, and the room that its entries of `size` characters have.
+    int entries(std::size_t digits, std::size_t size)
+    {
+        const int promised = integer(digits);
+        const auto room = static_cast<int>((text_.size() - std::min(at_, text_.size())) / size);
+        missing_ += promised > room ? static_cast<std::size_t>(promised - room) * size : 0;
+        bad_ |= promised < 0;
+        return std::clamp(promised, 0, room);
+    }
+    [[nodiscard]] FieldsRead read() const { return {at_ + missing_, bad_}; }
 
 private:
-    static constexpr std::size_t Prefix = 7; ///< type and length
-
-    void hear(Message & /*message*/) override {}
-
-    Parsing parsing_;
-    Current<Parsing> current_{parsing_};
-    Current<Host> host_{*this};
-
-public:
-    Cursor cursor;
+    std::string_view text_;
+    std::size_t at_ = 7;      ///< behind type and length
+    std::size_t missing_ = 0; ///< bytes of entries that are promised and not there
+    bool bad_ = false;
 };
 
 std::vector<std::complex<double>> roots(const std::vector<Complex_t> &from)
@@ -92,53 +127,49 @@ void keep_held(std::vector<double> *coefficients, std::size_t before, std::size_
         coefficients->resize(held);
 }
 
-StagePart read_056(QuietScan *scan)
+StagePart read_056(Fields *in)
 {
-    Cursor *in = &scan->cursor;
-    const int stage = scan_int(in, 2);
-    const int input = scan_int(in, 3);
-    const int output = scan_int(in, 3);
+    const int stage = in->integer(2);
+    const int input = in->integer(3);
+    const int output = in->integer(3);
     GenericResponse shape;
-    for (int i = scan->held(scan_count(in, 4), 24); i > 0; --i) {
-        const double frequency = scan_double(in, 12);
-        shape.corners.push_back({frequency, scan_double(in, 12)});
+    for (int i = in->entries(4, 24); i > 0; --i) {
+        const double frequency = in->real(12);
+        shape.corners.push_back({frequency, in->real(12)});
     }
     return {stage, filter_part(std::move(shape), input, output)};
 }
 
-StagePart read_058(QuietScan *scan)
+StagePart read_058(Fields *in)
 {
-    Cursor *in = &scan->cursor;
-    const int stage = scan_int(in, 2);
+    const int stage = in->integer(2);
     Gain gain;
-    gain.value = scan_double(in, 12);
-    gain.frequency = scan_double(in, 12);
-    for (int i = scan->held(scan_count(in, 2), 25); i > 0; --i) {
-        in->advance(24); // a calibration's sensitivity and frequency
-        char time[Time_Size];
-        scan_var_str(in, time);
+    gain.value = in->real(12);
+    gain.frequency = in->real(12);
+    for (int i = in->entries(2, 25); i > 0; --i) {
+        in->skip(24); // a calibration's sensitivity and frequency
+        in->skip_text();
     }
     return {stage, gain};
 }
 
-StagePart read_062(QuietScan *scan)
+StagePart read_062(Fields *in)
 {
-    Cursor *in = &scan->cursor;
-    in->advance(1); // transfer function type, always P
-    const int stage = scan_int(in, 2);
-    const int input = scan_int(in, 3);
-    const int output = scan_int(in, 3);
+    in->skip(1); // transfer function type, always P
+    const int stage = in->integer(2);
+    const int input = in->integer(3);
+    const int output = in->integer(3);
     Polynomial shape;
-    shape.approximation = scan_char(in);
-    shape.frequency_unit = scan_char(in);
-    shape.lower_frequency = scan_double(in, 12);
-    shape.upper_frequency = scan_double(in, 12);
-    shape.lower_bound = scan_double(in, 12);
-    shape.upper_bound = scan_double(in, 12);
-    shape.maximum_error = scan_double(in, 12);
-    for (int i = scan->held(scan_count(in, 3), 24); i > 0; --i) {
-        shape.coefficients.push_back(scan_double(in, 12));
-        in->advance(12); // its error
+    shape.approximation = in->letter();
+    shape.frequency_unit = in->letter();
+    shape.lower_frequency = in->real(12);
+    shape.upper_frequency = in->real(12);
+    shape.lower_bound = in->real(12);
+    shape.upper_bound = in->real(12);
+    shape.maximum_error = in->real(12);
+    for (int i = in->entries(3, 24); i > 0; --i) {
+        shape.coefficients.push_back(in->real(12));
+        in->skip(12); // its error
     }
     return {stage, filter_part(std::move(shape), input, output)};
 }
@@ -146,10 +177,10 @@ StagePart read_062(QuietScan *scan)
 /// Blockettes that are read from their text; nothing for others.
 std::optional<StagePart> scanned_part(const Item &item, FieldsRead *fields)
 {
-    const auto read = [&](StagePart (*reader)(QuietScan *)) {
-        QuietScan scan(item);
-        StagePart part = reader(&scan);
-        *fields = scan.read();
+    const auto read = [&](StagePart (*reader)(Fields *)) {
+        Fields in(item.bytes());
+        StagePart part = reader(&in);
+        *fields = in.read();
         return part;
     };
     switch (item.type()) {

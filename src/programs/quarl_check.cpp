@@ -54,9 +54,10 @@ void say(Console *console, const std::string &text)
 /// Sets the rules that `list` names; says so when there is no such rule.
 bool choose(Console *console, std::string_view list, bool value, Chosen *chosen)
 {
-    while (!list.empty()) {
-        const std::string_view name = trimmed(list.substr(0, list.find(',')));
-        list.remove_prefix(std::min(list.size(), list.find(',') + 1));
+    for (std::size_t at = 0; at <= list.size();) {
+        const std::size_t end = std::min(list.find(',', at), list.size());
+        const std::string_view name = trimmed(list.substr(at, end - at));
+        at = end + 1;
         const auto rule = std::find_if(all_rules().begin(), all_rules().end(),
                                        [&](const Rule &each) { return each.name == name; });
         if (rule == all_rules().end()) {
@@ -64,8 +65,6 @@ bool choose(Console *console, std::string_view list, bool value, Chosen *chosen)
             return false;
         }
         (*chosen)[static_cast<std::size_t>(rule - all_rules().begin())] = value;
-        if (list.empty())
-            break;
     }
     return true;
 }
