@@ -6,15 +6,17 @@ set(dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libquarl-dev)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
-install(TARGETS quarl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS quarl quarl-check RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES etc/quarl.pf DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
-install(FILES doc/quarl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES doc/quarl.1 doc/quarl-check.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(FILES completion/quarl.bash RENAME quarl
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES completion/quarl-check.bash RENAME quarl-check
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 # Below /usr, Debian's zsh looks into a folder of its own; elsewhere zsh has one name for it.
 set(zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh)
@@ -24,6 +26,7 @@ install(CODE "
     set(directory vendor-completions)
   endif()
   file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_quarl\"
+       \"${CMAKE_SOURCE_DIR}/completion/_quarl-check\"
        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")")
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
