@@ -84,7 +84,7 @@ void Dictionaries::add(const Item &item)
 
 void Dictionaries::add_response(const Item &item)
 {
-    std::optional<Part> part = dictionary_part(item);
+    std::optional<Part> part = dictionary_part(item, [this](int code) { return unit(code); });
     if (!part)
         return;
     auto [key, name] =
@@ -111,6 +111,12 @@ void Dictionaries::define(Dictionary dictionary, int code, DictionaryEntry entry
         redefined_.insert({dictionary, code}).second)
         redefinitions_.push_back({dictionary, code, old->second.text, entry.text, entry.record});
     old->second = std::move(entry);
+}
+
+std::string Dictionaries::unit(int code) const
+{
+    const DictionaryEntry *entry = find(Dictionary::units, code);
+    return entry ? entry->text : std::string();
 }
 
 const DictionaryEntry *Dictionaries::find(Dictionary dictionary, int code) const

@@ -17,6 +17,8 @@ public:
     /// Takes the entry that a dictionary blockette (030 to 034, 041 to 048) defines.
     void add(const Item &item);
     [[nodiscard]] const DictionaryEntry *find(Dictionary dictionary, int code) const;
+    /// The name of a unit; "" when it is not defined.
+    [[nodiscard]] std::string unit(int code) const;
     [[nodiscard]] const std::vector<Redefinition> &redefinitions() const { return redefinitions_; }
 
 private:

@@ -275,8 +275,9 @@ void Inventory::Work::add_control(const Item &item)
                                           comment->comment_level});
     else if (const auto *reference = item.get<blk_060_t>())
         add_reference(*reference);
-    else if (const std::optional<StagePart> part = stage_part(item))
-        parts.add(epoch, *part);
+    else if (std::optional<StagePart> part =
+                 stage_part(item, [this](int code) { return dictionaries.unit(code); }))
+        parts.add(epoch, std::move(*part));
 }
 
 Inventory::Inventory() : work_(std::make_unique<Work>()) {}

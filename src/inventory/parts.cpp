@@ -112,10 +112,11 @@ template <class Blk> Decimation rates_of(const Blk &blk)
             .correction = blk.correction};
 }
 
-Part filter_part(FilterShape shape, int input, int output, const char *name = "")
+Part filter_part(FilterShape shape, int input, int output, const UnitNames &units,
+                 const char *name = "")
 {
-    return std::make_shared<const Filter>(std::move(shape), Unit{input, {}}, Unit{output, {}},
-                                          name);
+    return std::make_shared<const Filter>(std::move(shape), Unit{input, units(input)},
+                                          Unit{output, units(output)}, name);
 }
 
 /// A filter's coefficients end where its blockette ends, whatever its count says.
@@ -127,7 +128,7 @@ void keep_held(std::vector<double> *coefficients, std::size_t before, std::size_
         coefficients->resize(held);
 }
 
-StagePart read_056(Fields *in)
+StagePart read_056(Fields *in, const UnitNames &units)
 {
     const int stage = in->integer(2);
     const int input = in->integer(3);
@@ -137,10 +138,10 @@ StagePart read_056(Fields *in)
         const double frequency = in->real(12);
         shape.corners.push_back({frequency, in->real(12)});
     }
-    return {stage, filter_part(std::move(shape), input, output)};
+    return {stage, filter_part(std::move(shape), input, output, units)};
 }
 
-StagePart read_058(Fields *in)
+StagePart read_058(Fields *in, const UnitNames & /*units*/)
 {
     const int stage = in->integer(2);
     Gain gain;
@@ -153,7 +154,7 @@ StagePart read_058(Fields *in)
     return {stage, gain};
 }
 
-StagePart read_062(Fields *in)
+StagePart read_062(Fields *in, const UnitNames &units)
 {
     in->skip(1); // transfer function type, always P
     const int stage = in->integer(2);
@@ -171,15 +172,15 @@ StagePart read_062(Fields *in)
         shape.coefficients.push_back(in->real(12));
         in->skip(12); // its error
     }
-    return {stage, filter_part(std::move(shape), input, output)};
+    return {stage, filter_part(std::move(shape), input, output, units)};
 }
 
 /// Blockettes that are read from their text; nothing for others.
-std::optional<StagePart> scanned_part(const Item &item, FieldsRead *fields)
+std::optional<StagePart> scanned_part(const Item &item, const UnitNames &units, FieldsRead *fields)
 {
-    const auto read = [&](StagePart (*reader)(Fields *)) {
+    const auto read = [&](StagePart (*reader)(Fields *, const UnitNames &)) {
         Fields in(item.bytes());
-        StagePart part = reader(&in);
+        StagePart part = reader(&in, units);
         *fields = in.read();
         return part;
     };
@@ -195,30 +196,31 @@ std::optional<StagePart> scanned_part(const Item &item, FieldsRead *fields)
     }
 }
 
-template <class Blk> Part filter_of(const Blk &blk, FilterShape shape)
+template <class Blk> Part filter_of(const Blk &blk, FilterShape shape, const UnitNames &units)
 {
-    return filter_part(std::move(shape), blk.input_units, blk.output_units);
+    return filter_part(std::move(shape), blk.input_units, blk.output_units, units);
 }
 
-template <class Blk> Part named_filter(const Blk &blk, FilterShape shape)
+template <class Blk> Part named_filter(const Blk &blk, FilterShape shape, const UnitNames &units)
 {
-    return filter_part(std::move(shape), blk.input_units, blk.output_units, blk.response_name);
+    return filter_part(std::move(shape), blk.input_units, blk.output_units, units,
+                       blk.response_name);
 }
 
-StagePart part_of(const blk_054_t &blk)
+StagePart part_of(const blk_054_t &blk, const UnitNames &units)
 {
     constexpr std::size_t Before = 20;
     Coefficients shape = shape_of(blk);
     keep_held(&shape.numerators, Before, 24, blk.length);
-    return {blk.stage_num, filter_of(blk, std::move(shape))};
+    return {blk.stage_num, filter_of(blk, std::move(shape), units)};
 }
 
-StagePart part_of(const blk_061_t &blk)
+StagePart part_of(const blk_061_t &blk, const UnitNames &units)
 {
     const std::size_t before = 21 + std::string_view(blk.response_name).size();
     Fir shape = shape_of(blk);
     keep_held(&shape.coefficients, before, 14, blk.length);
-    return {blk.stage_num, named_filter(blk, std::move(shape))};
+    return {blk.stage_num, named_filter(blk, std::move(shape), units)};
 }
 
 } // namespace
@@ -250,38 +252,39 @@ Decimation decimation_of(const blk_057_t &blk) { return rates_of(blk); }
 
 Gain gain_of(const blk_058_t &blk) { return {.value = blk.gain, .frequency = blk.freq}; }
 
-std::optional<StagePart> stage_part(const Item &item)
+std::optional<StagePart> stage_part(const Item &item, const UnitNames &units)
 {
     if (const auto *roots = item.get<blk_053_t>())
-        return StagePart{roots->stage_num, filter_of(*roots, shape_of(*roots))};
+        return StagePart{roots->stage_num, filter_of(*roots, shape_of(*roots), units)};
     if (const auto *coefficients = item.get<blk_054_t>())
-        return part_of(*coefficients);
+        return part_of(*coefficients, units);
     if (const auto *list = item.get<blk_055_t>())
-        return StagePart{list->stage_num, filter_of(*list, shape_of(*list))};
+        return StagePart{list->stage_num, filter_of(*list, shape_of(*list), units)};
     if (const auto *decimation = item.get<blk_057_t>())
         return StagePart{decimation->stage_num, decimation_of(*decimation)};
     if (const auto *fir = item.get<blk_061_t>())
-        return part_of(*fir);
+        return part_of(*fir, units);
     FieldsRead fields;
-    return scanned_part(item, &fields);
+    return scanned_part(item, units, &fields);
 }
 
-std::optional<Part> dictionary_part(const Item &item)
+std::optional<Part> dictionary_part(const Item &item, const UnitNames &units)
 {
     if (const auto *fir = item.get<blk_041_t>())
-        return named_filter(*fir, Fir{fir->symmetry, fir->coef});
+        return named_filter(*fir, Fir{fir->symmetry, fir->coef}, units);
     if (const auto *roots = item.get<blk_043_t>())
-        return named_filter(*roots, roots_of(*roots));
+        return named_filter(*roots, roots_of(*roots), units);
     if (const auto *blk = item.get<blk_044_t>())
-        return named_filter(*blk, Coefficients{blk->func_type, blk->numer_coef, blk->denom_coef});
+        return named_filter(*blk, Coefficients{blk->func_type, blk->numer_coef, blk->denom_coef},
+                            units);
     if (const auto *list = item.get<blk_045_t>())
-        return named_filter(*list, list_of(*list));
+        return named_filter(*list, list_of(*list), units);
     if (const auto *blk = item.get<blk_046_t>()) {
         GenericResponse shape;
         for (std::size_t i = 0; i < std::min(blk->corner_freq.size(), blk->corner_slope.size());
              ++i)
             shape.corners.push_back({blk->corner_freq[i], blk->corner_slope[i]});
-        return named_filter(*blk, std::move(shape));
+        return named_filter(*blk, std::move(shape), units);
     }
     if (const auto *decimation = item.get<blk_047_t>())
         return rates_of(*decimation);
@@ -293,7 +296,8 @@ std::optional<Part> dictionary_part(const Item &item)
 FieldsRead fields_read(const Item &item)
 {
     FieldsRead fields{item.fields_size(), item.bad()};
-    (void)scanned_part(item, &fields);
+    (void)scanned_part(
+        item, [](int) { return std::string(); }, &fields);
     return fields;
 }
 

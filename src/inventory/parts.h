@@ -2,11 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <quarl/item.h>
 #include <quarl/records.h>
 #include <quarl/stages.h>
-#include <vector>
+#include <string>
 
 namespace quarl
 {
@@ -26,14 +27,16 @@ struct StagePart {
     Part part;
 };
 
-/// What a blockette of a channel (053 to 058, 061, 062) says of a stage. Units have codes and no
-/// names yet. Nothing for other types. Of 061 and 054 the coefficients that the blockette holds are
-/// taken, when its count is above; the count of 062 is read in three characters, as every writer
-/// writes it.
-std::optional<StagePart> stage_part(const Item &item);
+/// The name of the unit with this code, as far as it is known.
+using UnitNames = std::function<std::string(int code)>;
+
+/// What a blockette of a channel (053 to 058, 061, 062) says of a stage. Nothing for other types.
+/// Of 061 and 054 the coefficients that the blockette holds are taken, when its count is above; the
+/// count of 062 is read in three characters, as every writer writes it.
+std::optional<StagePart> stage_part(const Item &item, const UnitNames &units);
 
 /// The same of a blockette of the response dictionary (041, 043 to 048).
-std::optional<Part> dictionary_part(const Item &item);
+std::optional<Part> dictionary_part(const Item &item, const UnitNames &units);
 
 /// How the fields of a blockette were read here: those of 056, 058 and 062 to their ends.
 struct FieldsRead {

@@ -5,18 +5,20 @@
 namespace quarl
 {
 
-void ResponseParts::add(std::size_t epoch, const StagePart &part)
+void ResponseParts::add(std::size_t epoch, StagePart part)
 {
     if (raw_.size() <= epoch)
         raw_.resize(epoch + 1);
-    raw_[epoch].push_back({part.stage, No_Key, parts_(Stage{part.stage, {part.part}})});
+    if (auto *filter = std::get_if<FilterPtr>(&part.part))
+        *filter = pool_.filters(std::move(*filter));
+    raw_[epoch].push_back({part.stage, No_Key, std::move(part.part)});
 }
 
 void ResponseParts::refer(std::size_t epoch, int stage, int key)
 {
     if (raw_.size() <= epoch)
         raw_.resize(epoch + 1);
-    raw_[epoch].push_back({stage, key, nullptr});
+    raw_[epoch].push_back({stage, key, Gain()});
 }
 
 Part ResponseParts::named(const Dictionaries &dictionaries, const Part &part)
@@ -24,16 +26,14 @@ Part ResponseParts::named(const Dictionaries &dictionaries, const Part &part)
     const auto *filter = std::get_if<FilterPtr>(&part);
     if (!filter)
         return part;
+    const Filter &raw = **filter;
+    const Unit input{raw.input().code, dictionaries.unit(raw.input().code)};
+    const Unit output{raw.output().code, dictionaries.unit(raw.output().code)};
+    if (input == raw.input() && output == raw.output())
+        return part; // as nearly always: its units were defined before it
     FilterPtr &known = named_[filter->get()];
-    if (!known) {
-        const Filter &raw = **filter;
-        const auto unit = [&](int code) {
-            const DictionaryEntry *entry = dictionaries.find(Dictionary::units, code);
-            return Unit{code, entry ? entry->text : std::string()};
-        };
-        known = pool_.filters(
-            Filter(raw.shape(), unit(raw.input().code), unit(raw.output().code), raw.name()));
-    }
+    if (!known)
+        known = pool_.filters(Filter(raw.shape(), input, output, raw.name()));
     return known;
 }
 
@@ -44,9 +44,9 @@ void ResponseParts::resolve(const Dictionaries &dictionaries, std::size_t index,
     if (index < raw_.size()) {
         for (const Raw &raw : raw_[index]) {
             const DictionaryEntry *entry =
-                raw.part ? nullptr : dictionaries.find(Dictionary::responses, raw.key);
-            if (raw.part)
-                builder.add(raw.stage, named(dictionaries, raw.part->parts.front()));
+                raw.key == No_Key ? nullptr : dictionaries.find(Dictionary::responses, raw.key);
+            if (raw.key == No_Key)
+                builder.add(raw.stage, named(dictionaries, raw.part));
             else if (entry)
                 for (const Part &part : entry->parts)
                     builder.add(raw.stage, named(dictionaries, part));

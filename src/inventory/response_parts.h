@@ -12,12 +12,12 @@
 namespace quarl
 {
 
-/// Collects parts by channel epoch, equal ones once, and makes responses of them in the end.
+/// Collects parts by channel epoch, equal filters once, and makes responses of them in the end.
 class ResponseParts
 {
 public:
     /// A part of the channel epoch with this index.
-    void add(std::size_t epoch, const StagePart &part);
+    void add(std::size_t epoch, StagePart part);
     /// A stage of it is entry `key` of the response dictionary.
     void refer(std::size_t epoch, int stage, int key);
     /// Gives `epoch`, whose index it is, its response. Units are named by the dictionary.
@@ -28,12 +28,11 @@ private:
     struct Raw {
         int stage = 0;
         int key = No_Key;
-        StagePtr part; ///< a stage with this part alone; null for a reference
+        Part part; ///< when it is no reference
     };
     Part named(const Dictionaries &dictionaries, const Part &part);
 
     std::vector<std::vector<Raw>> raw_; ///< by channel epoch
-    Interner<Stage> parts_;
     ResponsePool pool_;
     std::unordered_map<const Filter *, FilterPtr> named_;
 };
