@@ -6,16 +6,16 @@ set(dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libquarl-dev)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
-install(TARGETS quarl quarl_json RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS quarl quarl_json quarl_check RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES etc/quarl.pf ${CMAKE_BINARY_DIR}/share/quarl/quarl.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
-install(FILES doc/quarl.1 doc/quarl-json.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES doc/quarl.1 doc/quarl-json.1 doc/quarl-check.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
-foreach(program quarl quarl-json)
+foreach(program quarl quarl-json quarl-check)
   install(FILES completion/${program}.bash RENAME ${program}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endforeach()
@@ -28,6 +28,7 @@ install(CODE "
   endif()
   file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_quarl\"
                \"${CMAKE_SOURCE_DIR}/completion/_quarl-json\"
+       \"${CMAKE_SOURCE_DIR}/completion/_quarl-check\"
        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")")
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)

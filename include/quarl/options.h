@@ -1,6 +1,7 @@
 // How a volume is to be read, and what its reader wants to hear.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <map>
@@ -10,6 +11,15 @@
 
 namespace quarl
 {
+
+/// A logical record of which the header was read.
+struct LogicalRecord {
+    Place place;                  ///< of its first byte; number, type and continuation code
+    std::array<char, 8> header{}; ///< as it stands
+    int length = 0;               ///< bytes
+    bool continues = false;       ///< what began in the record before goes on in it
+    bool follows_full = false;    ///< the record before had no room for another blockette's prefix
+};
 
 /// All may be left out. The functions are called while an item is asked for, in the same thread,
 /// and may not ask the same volume for another. One that throws ends the volume.
@@ -34,6 +44,8 @@ struct VolumeOptions {
     std::function<void(const Item &)> bad_item = {};
     /// Gets the sequence number of each logical record that is entered.
     std::function<void(int sequence_number)> record = {};
+    /// Gets each logical record that is entered, before what begins in it.
+    std::function<void(const LogicalRecord &)> logical_record = {};
     /// Called before each read of the input or of a database, which may wait.
     std::function<void()> before_wait = {};
     /// Asked before each read of the input, and when a signal has interrupted one that waits, or

@@ -183,6 +183,11 @@ public:
             return *found;
         return *held_.insert(std::make_shared<const T>(std::move(value))).first;
     }
+    /// The same for a value that is shared already, never null.
+    std::shared_ptr<const T> operator()(std::shared_ptr<const T> value)
+    {
+        return *held_.insert(std::move(value)).first;
+    }
     /// Values held.
     [[nodiscard]] std::size_t size() const { return held_.size(); }
 

@@ -1,8 +1,13 @@
-// The parts of a stage, taken from the records of a channel's blockettes.
+// The parts of a stage, taken from a channel's blockettes and from the response dictionary.
 #pragma once
 
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <quarl/item.h>
 #include <quarl/records.h>
 #include <quarl/stages.h>
+#include <string>
 
 namespace quarl
 {
@@ -11,9 +16,33 @@ PolesZeros shape_of(const blk_053_t &blk);
 Coefficients shape_of(const blk_054_t &blk);
 ResponseList shape_of(const blk_055_t &blk);
 Fir shape_of(const blk_061_t &blk);
-Polynomial shape_of(const blk_062_t &blk);
+Polynomial shape_of(const blk_062_t &blk); ///< as the listing reads it
 
 Decimation decimation_of(const blk_057_t &blk);
 Gain gain_of(const blk_058_t &blk);
+
+/// A part with the number of its stage.
+struct StagePart {
+    int stage = 0;
+    Part part;
+};
+
+/// The name of the unit with this code, as far as it is known.
+using UnitNames = std::function<std::string(int code)>;
+
+/// What a blockette of a channel (053 to 058, 061, 062) says of a stage. Nothing for other types.
+/// Of 061 and 054 the coefficients that the blockette holds are taken, when its count is above; the
+/// count of 062 is read in three characters, as every writer writes it.
+std::optional<StagePart> stage_part(const Item &item, const UnitNames &units);
+
+/// The same of a blockette of the response dictionary (041, 043 to 048).
+std::optional<Part> dictionary_part(const Item &item, const UnitNames &units);
+
+/// How the fields of a blockette were read here: those of 056, 058 and 062 to their ends.
+struct FieldsRead {
+    std::size_t size = 0; ///< bytes that they took, type and length included
+    bool bad = false;
+};
+FieldsRead fields_read(const Item &item);
 
 } // namespace quarl

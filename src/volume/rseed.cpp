@@ -192,6 +192,8 @@ bool enter_record(SeedInput *in)
     in->cur += sizeof header;
     if (in->recsiz == 0)
         in->recsiz = Default_Record_Length;
+    if (in->on_entered)
+        in->on_entered();
     return true;
 }
 
@@ -253,8 +255,9 @@ void tell_if_cut(SeedInput *in)
         tell_cut(in, in->start);
 }
 
-int advanceLogicalRecord(SeedInput *in)
+int advanceLogicalRecord(SeedInput *in, Entry entry)
 {
+    in->entry = in->recno == 0 ? Entry::begin : entry;
     const int left = in->start;
     in->start = saturated_sum(in->start, in->recsiz);
     in->cur = in->start;
@@ -286,7 +289,7 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n)
         tell_if_cut(in);
         dest += part;
         n -= part;
-        if (n > 0 && advanceLogicalRecord(in) != 0)
+        if (n > 0 && advanceLogicalRecord(in, Entry::continue_item) != 0)
             return 0;
     }
     return 1;

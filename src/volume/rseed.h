@@ -15,6 +15,13 @@
 namespace quarl
 {
 
+/// What makes the input enter a logical record.
+enum class Entry {
+    begin,        ///< the first one, or the rest of the one before is padding
+    full,         ///< the one before has no room for a prefix
+    continue_item ///< an item goes on
+};
+
 /// One input stream: a read-ahead buffer and the current logical record in it. While inside a
 /// record, start <= cur; `recsiz` is a power of two or a data record's length.
 struct SeedInput {
@@ -43,6 +50,8 @@ struct SeedInput {
     bool failed = false;     ///< a read error was reported in this file
     bool stopped = false;    ///< a read that waited was given up: the input ends here
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
+    Entry entry = Entry::begin;         ///< of the current record
+    std::function<void()> on_entered;   ///< called when its header was read
 };
 
 /// Opens `path` ("" or "-": standard input). A path that cannot be opened, or whose opening is
@@ -60,7 +69,7 @@ int moredata(SeedInput *in);
 /// Moves to the next logical record and reads its header. 0; -1 when there is none. The user is
 /// told when the input cuts the record that is left, unless there is nothing of it but blanks, NULs
 /// and line feeds.
-int advanceLogicalRecord(SeedInput *in);
+int advanceLogicalRecord(SeedInput *in, Entry entry = Entry::begin);
 
 /// Bytes left in the current logical record.
 inline int bytes_left(const SeedInput *in)
@@ -99,7 +108,7 @@ int read_fixed_header_slowly(SeedInput *in, char *dest, int n);
 /// (they are padding). 1; 0 when the input ended.
 inline int read_fixed_header(SeedInput *in, char *dest, int n)
 {
-    if (bytes_left(in) < n && advanceLogicalRecord(in) != 0)
+    if (bytes_left(in) < n && advanceLogicalRecord(in, Entry::full) != 0)
         return 0;
     if (n > in->pbytes - in->cur)
         return read_fixed_header_slowly(in, dest, n);

@@ -33,6 +33,18 @@ void open_database(State *state)
         elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, shown);
 }
 
+/// Tells of the logical record that was entered.
+void tell_record(const State &state)
+{
+    const SeedInput &in = *state.handle->logical;
+    state.options.logical_record({{state.run.Tapefile, in.totbytes - in.pbytes + in.start, in.recno,
+                                   in.seq_num, in.type_code, in.cont_code},
+                                  in.header,
+                                  in.recsiz,
+                                  in.entry == Entry::continue_item,
+                                  in.entry == Entry::full});
+}
+
 void open_input(State *state, const std::string &path)
 {
     state->handle = seed_read(path);
@@ -40,6 +52,8 @@ void open_input(State *state, const std::string &path)
     state->handle->on_bad_item = state->options.bad_item;
     state->handle->reads_references = state->options.references;
     state->handle->logical->on_record = state->options.record;
+    if (state->options.logical_record)
+        state->handle->logical->on_entered = [state] { tell_record(*state); };
     state->run.File_Flag |= state->options.one_file ? 1 : 0;
 }
 

@@ -1,0 +1,19 @@
+# Completion of quarl-check(1) for bash.
+
+_quarl_check()
+{
+    local current=$2 previous=$3 IFS=$'\n' before=
+    COMPREPLY=()
+    case $previous in
+    --rules | --ignore) # names with commas between them
+        [[ $current != *,* ]] || before=${current%,*},
+        COMPREPLY=($(compgen -P "$before" -W "$(quarl-check --list 2>/dev/null | cut -d ' ' -f 1)" -- "${current##*,}"))
+        compopt -o nospace 2>/dev/null
+        return ;;
+    esac
+    case $current in
+    -*) COMPREPLY=($(compgen -W $'--rules\n--ignore\n--json\n--list\n--help\n--version' -- "$current")) ;;
+    *) COMPREPLY=($(compgen -f -- "$current")) ;;
+    esac
+}
+complete -o filenames -F _quarl_check quarl-check

@@ -1,0 +1,207 @@
+// The parts of an inventory: what a volume describes, and what it holds. Times are seconds since
+// 1970-01-01 00:00 UTC.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <quarl/fields.h>
+#include <quarl/stages.h>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarl
+{
+
+/// The times that stand for an epoch without a start and for one without an end.
+inline constexpr double Always = -9999999999.999;
+inline constexpr double Forever = 9999999999.999;
+
+/// "2018,191" for a midnight, "2018,191,12:30:00.0000" for other times; "" for Always and Forever.
+std::string time_text(double time);
+
+/// The codes of a channel, without blanks. Those of a station lack the last three.
+class ChannelCode
+{
+public:
+    ChannelCode() = default;
+    ChannelCode(std::string_view network, std::string_view station, std::string_view location = {},
+                std::string_view channel = {}, int subchannel = 0);
+
+    [[nodiscard]] std::string_view network() const { return part<0, 2>(); }
+    [[nodiscard]] std::string_view station() const { return part<2, 5>(); }
+    [[nodiscard]] std::string_view location() const { return part<7, 2>(); }
+    [[nodiscard]] std::string_view channel() const { return part<9, 3>(); }
+    [[nodiscard]] int subchannel() const { return subchannel_; }
+
+    /// "IU_ANMO_00_BHZ"; of a station "IU_ANMO"; a subchannel follows behind a colon.
+    [[nodiscard]] std::string text() const;
+    [[nodiscard]] std::size_t hash() const;
+    bool operator==(const ChannelCode &) const = default;
+
+private:
+    friend struct CodeAccess;
+    template <std::size_t At, std::size_t Size> [[nodiscard]] std::string_view part() const
+    {
+        std::size_t size = 0;
+        while (size < Size && letters_[At + size] != '\0')
+            ++size;
+        return {&letters_[At], size};
+    }
+
+    std::array<char, 12> letters_{}; ///< NULs behind each code
+    int subchannel_ = 0;
+};
+
+/// An entry of a dictionary.
+struct DictionaryEntry {
+    std::string text; ///< name of the format or unit, comment, author, abbreviation, response name
+    std::string description;       ///< of a unit
+    std::vector<std::string> keys; ///< decoder keys of a data format
+    int family = -1;               ///< of a data format
+    std::int64_t record = 0;       ///< logical record in which it was defined last
+    std::vector<Part> parts;       ///< of a response: one, or what several blockettes continue
+    std::size_t promised = 0;      ///< coefficients of a response in all its blockettes
+};
+
+/// A code was given another text.
+struct Redefinition {
+    Dictionary dictionary = Dictionary::none;
+    int code = 0;
+    std::string before;
+    std::string after;
+    std::int64_t record = 0;
+};
+
+/// Comment on a station or channel.
+struct Comment {
+    double start = Always;
+    double end = Forever;
+    int key = 0; ///< of the comment dictionary
+    int level = 0;
+};
+
+/// What is true of a station for a time.
+struct StationEpoch {
+    std::size_t station = 0; ///< index among the stations
+    double start = Always;
+    double end = Forever;
+    double latitude = 0.0;  ///< degrees
+    double longitude = 0.0; ///< degrees
+    double elevation = 0.0; ///< m
+    int network_id = 0;     ///< generic abbreviation
+    std::string name;
+    std::int64_t record = 0; ///< logical record in which its blockette begins
+    int sequence_number = 0; ///< of that record
+    std::vector<Comment> comments;
+};
+
+struct Station {
+    ChannelCode code;
+    std::vector<std::size_t> epochs;   ///< indexes among the station epochs, in volume order
+    std::vector<std::size_t> channels; ///< indexes among the channels
+};
+
+/// What is true of a channel for a time.
+struct ChannelEpoch {
+    std::size_t channel = 0;       ///< index among the channels
+    std::size_t station_epoch = 0; ///< index of the station epoch under which it stands
+    double start = Always;
+    double end = Forever;
+    double latitude = 0.0;  ///< degrees
+    double longitude = 0.0; ///< degrees
+    double elevation = 0.0; ///< m
+    double depth = 0.0;     ///< m
+    double azimuth = 0.0;   ///< degrees clockwise from north
+    double dip = 0.0;       ///< degrees down from horizontal
+    double sample_rate = 0.0;
+    int instrument = 0; ///< generic abbreviation
+    int signal_units = 0;
+    int calibration_units = 0;
+    int format = 0;
+    int record_length = 0; ///< bytes
+    std::string flags;
+    std::string comment;
+    std::int64_t record = 0; ///< logical record in which its blockette begins
+    Response response;
+    std::vector<Comment> comments;
+};
+
+struct Channel {
+    ChannelCode code;
+    std::size_t station = 0;         ///< index among the stations
+    std::vector<std::size_t> epochs; ///< indexes among the channel epochs, in volume order
+};
+
+/// Data without a gap.
+struct DataSpan {
+    double start = 0.0;
+    double end = 0.0;        ///< when the next sample would come
+    double tolerance = 0.0;  ///< s: what comes closer to the end joins
+    std::int64_t record = 0; ///< logical record with which it starts
+};
+
+/// Something that happened several times in the data of a channel, and where it did first.
+struct Occurrences {
+    std::int64_t count = 0;
+    std::int64_t record = 0;
+    double from = 0.0; ///< what was there before ends, or starts, here
+    double to = 0.0;   ///< what comes next starts here
+};
+
+/// The data of a channel.
+struct DataChannel {
+    ChannelCode code;
+    std::int64_t records = 0;
+    std::int64_t samples = 0;
+    std::int64_t first_record = 0;
+    double rate = 0.0;           ///< samples per second of the last record
+    std::vector<DataSpan> spans; ///< in order of time; complete at the end of the input file
+    Occurrences overlaps;        ///< in order of time
+    Occurrences steps_back;      ///< records that start before the one in front of them
+    double last_start = 0.0;     ///< of the record that came last
+    double last_end = 0.0;
+};
+
+/// An entry of an index (011, 012), or a time series (074) with its two ends.
+struct StationIndexEntry {
+    std::string station;
+    int sequence_number = 0;
+    std::int64_t record = 0; ///< logical record of the index
+};
+struct SpanIndexEntry {
+    double start = Always;
+    double end = Forever;
+    int sequence_number = 0;
+    std::int64_t record = 0;
+};
+struct SeriesIndexEntry {
+    ChannelCode code;
+    double start = Always;
+    double end = Forever;
+    int first_sequence_number = 0;
+    int last_sequence_number = 0;
+    std::int64_t record = 0;
+};
+
+/// A time span header (070).
+struct TimeSpanHeader {
+    double start = Always;
+    double end = Forever;
+    int sequence_number = 0; ///< of the logical record in which it begins
+    std::int64_t record = 0;
+};
+
+/// The volume identifier; without one, `record` is 0.
+struct VolumeIdentifier {
+    double version = 0.0;
+    double start = Always;
+    double end = Forever;
+    int record_length = 0; ///< bytes
+    std::string organisation;
+    std::string label;
+    std::int64_t record = 0;
+};
+
+} // namespace quarl

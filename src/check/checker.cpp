@@ -1,0 +1,209 @@
+#include "check/checker.h"
+
+#include "check/response_seen.h"
+
+#include <algorithm>
+
+namespace quarl
+{
+
+namespace
+{
+
+bool is_blank(const LogicalRecord &record)
+{
+    return std::all_of(record.header.begin(), record.header.end(),
+                       [](char c) { return c == ' ' || c == '\0' || c == '\n'; });
+}
+
+/// Complaints about the fields of a blockette, and about the end of the input.
+bool is_about_item(MessageKind kind)
+{
+    switch (kind) {
+    case MessageKind::input_cut:
+    case MessageKind::item_cut:
+    case MessageKind::bad_integer:
+    case MessageKind::bad_real:
+    case MessageKind::text_too_long:
+    case MessageKind::blockette_too_small:
+        return true;
+    default:
+        return false;
+    }
+}
+
+std::string one_line(std::string_view text)
+{
+    std::string line(text);
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    return line;
+}
+
+} // namespace
+
+Checker::Checker(const Chosen &chosen) : chosen_(chosen)
+{
+    for (std::size_t rule = 0; rule < all_rules().size(); ++rule) {
+        if (!chosen_[rule])
+            continue;
+        ask(all_rules()[rule].check, rule);
+        ask(all_rules()[rule].other, rule);
+    }
+    begin();
+}
+
+void Checker::begin()
+{
+    context_ = std::make_unique<Context>();
+    context_->evaluator = &evaluator_;
+    uses_ = {};
+    series_by_number_.clear();
+}
+
+void Checker::ask(const Check &check, std::size_t rule)
+{
+    std::visit(
+        [&](const auto &each) {
+            if constexpr (!std::is_same_v<std::decay_t<decltype(each)>, std::monostate>)
+                add(each, rule);
+        },
+        check);
+}
+
+template <class T> void Checker::add(Look<T> function, std::size_t rule)
+{
+    std::get<std::vector<Asked<T>>>(asked_).push_back({function, Report(&findings_, rule)});
+}
+
+template <class T> void Checker::look(const T &at) const
+{
+    for (const Asked<T> &asked : std::get<std::vector<Asked<T>>>(asked_))
+        asked.look(*context_, at, asked.report);
+}
+
+void Checker::hear(const Message &message)
+{
+    if (message.kind == MessageKind::formats_differ)
+        context_->formats_differ = true;
+    constexpr std::size_t Enough = 4;
+    if (is_about_item(message.kind) && context_->complaints.size() < Enough)
+        context_->complaints.push_back(one_line(full_text(message)));
+}
+
+void Checker::enter(const LogicalRecord &record)
+{
+    if (is_blank(record))
+        return;
+    static constexpr std::string_view Headers = "VAST";
+    context_->has_headers |= Headers.find(record.place.type_code) != std::string_view::npos;
+    look(record);
+    context_->before = record;
+    context_->has_before = true;
+}
+
+void Checker::add(const Item &item)
+{
+    if (const auto *header = item.get<blk_dh_t>())
+        add_data(item, *header);
+    else
+        add_control(item);
+    context_->complaints.clear();
+    context_->formats_differ = false;
+}
+
+void Checker::add_data(const Item &item, const blk_dh_t &header)
+{
+    Inventory &inventory = context_->inventory;
+    inventory.add(item);
+    const DataChannel &channel = *inventory.data_channel();
+    if (!series_by_number_.empty())
+        meet_series(item, header);
+    look(DataSeen{header, item.place().record, channel, inventory.epoch_at(channel, header.epoch)});
+}
+
+std::string Checker::subject(const Item &item) const
+{
+    const bool of_channel = item.type() >= 52 && item.type() <= 62;
+    const bool of_station = item.type() == 50 || item.type() == 51;
+    const Inventory &inventory = context_->inventory;
+    if (of_channel && !inventory.channel_epochs().empty())
+        return subject_of(inventory, inventory.channel_epochs().back());
+    if (of_station && !inventory.station_epochs().empty())
+        return inventory.station_of(inventory.station_epochs().back()).code.text();
+    return formatted<"blockette %03d">(item.type());
+}
+
+void Checker::add_control(const Item &item)
+{
+    Inventory &inventory = context_->inventory;
+    context_->fields = fields_read(item);
+    inventory.add(item);
+    uses_.see(item, inventory, subject(item));
+    look(item);
+    if (item.type() == End_Of_File)
+        return;
+    context_->has_headers = true;
+    ++context_->control_items;
+    context_->identifiers += item.type() == 5 || item.type() == 8 || item.type() == 10;
+    if (item.type() == blk_050_t::Number || item.type() == blk_052_t::Number)
+        context_->last_station_item = item.type();
+    if (item.get<blk_074_t>())
+        note_series(inventory.series_index().back());
+}
+
+void Checker::note_series(const SeriesIndexEntry &entry)
+{
+    const std::size_t index = context_->series.size();
+    context_->series.push_back({entry, {}, {}});
+    series_by_number_.emplace(entry.first_sequence_number, index);
+    if (entry.last_sequence_number != entry.first_sequence_number)
+        series_by_number_.emplace(entry.last_sequence_number, index);
+}
+
+void Checker::meet_series(const Item &item, const blk_dh_t &header)
+{
+    const ChannelCode &code = context_->inventory.data_channel()->code;
+    const int number = item.place().sequence_number;
+    const double length = header.samp_rate > 0 ? header.nsamps / header.samp_rate : 0.0;
+    const auto [from, to] = series_by_number_.equal_range(number);
+    for (auto at = from; at != to; ++at) {
+        SeriesSeen &series = context_->series[at->second];
+        const ChannelCode &of = series.entry.code;
+        const bool network =
+            of.network().empty() || code.network().empty() || of.network() == code.network();
+        if (!network || of.station() != code.station() || of.location() != code.location() ||
+            of.channel() != code.channel())
+            continue;
+        const auto meet = [&](SeriesSeen::End &end) {
+            const double start = end.met ? std::min(end.start, header.epoch) : header.epoch;
+            end = {true, start, header.epoch + length, header.samp_rate};
+        };
+        if (number == series.entry.first_sequence_number)
+            meet(series.first);
+        if (number == series.entry.last_sequence_number)
+            meet(series.last);
+    }
+}
+
+std::vector<Finding> Checker::take()
+{
+    const Inventory &inventory = context_->inventory;
+    context_->inventory.finish();
+    context_->uses = uses_.take();
+    for (const Station &station : inventory.stations())
+        look(station);
+    for (const Channel &channel : inventory.channels())
+        look(channel);
+    for (const ChannelEpoch &epoch : inventory.channel_epochs()) {
+        look(epoch);
+        if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
+            look(ResponseSeen(inventory, epoch));
+    }
+    for (const DataChannel &channel : inventory.data_channels())
+        look(channel);
+    look(*context_);
+    begin();
+    return findings_.take();
+}
+
+} // namespace quarl

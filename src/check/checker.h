@@ -1,0 +1,59 @@
+// Checks a volume while it is read: what rules find in its records, items and inventory.
+#pragma once
+
+#include "check/rule.h"
+#include "check/uses.h"
+
+#include <memory>
+#include <tuple>
+#include <unordered_map>
+#include <vector>
+
+namespace quarl
+{
+
+/// Which rules are asked, by their index.
+using Chosen = std::vector<bool>;
+
+/// One volume. Hears what its reading tells, in this order: messages and logical records, then the
+/// item that they came with.
+class Checker
+{
+public:
+    explicit Checker(const Chosen &chosen);
+
+    void hear(const Message &message);
+    void enter(const LogicalRecord &record);
+    void add(const Item &item);
+    /// What was found; the checker is ready for another volume.
+    std::vector<Finding> take();
+
+private:
+    template <class T> struct Asked {
+        Look<T> look;
+        Report report;
+    };
+    template <class... T> using Tables = std::tuple<std::vector<Asked<T>>...>;
+
+    void begin();
+    void ask(const Check &check, std::size_t rule);
+    template <class T> void add(Look<T> function, std::size_t rule);
+    template <class T> void look(const T &at) const;
+    void add_data(const Item &item, const blk_dh_t &header);
+    void add_control(const Item &item);
+    void note_series(const SeriesIndexEntry &entry);
+    void meet_series(const Item &item, const blk_dh_t &header);
+    [[nodiscard]] std::string subject(const Item &item) const;
+
+    Chosen chosen_;
+    Findings findings_;
+    Tables<LogicalRecord, Item, DataSeen, Station, Channel, ChannelEpoch, ResponseSeen, DataChannel,
+           Context>
+        asked_;
+    std::unique_ptr<Context> context_;
+    CodeUses uses_;
+    Evaluator evaluator_{{}};
+    std::unordered_multimap<int, std::size_t> series_by_number_; ///< by record of either end
+};
+
+} // namespace quarl

@@ -1,0 +1,282 @@
+// Responses: gains, sensitivities, decimations and the filters' numbers.
+#include "check/response_seen.h"
+#include "check/rule.h"
+
+#include "response/kind.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quarl
+{
+
+namespace
+{
+
+void report_epoch(const Report &report, const ResponseSeen &seen, std::string text)
+{
+    report(seen.epoch.record, seen.channel, [&] { return Told{seen.subject, std::move(text)}; });
+}
+
+std::string stage_text(const StageSeen &stage) { return "stage " + std::to_string(stage.number); }
+
+std::string hertz(double value) { return shown(value) + " Hz"; }
+
+bool agree(double a, double b, double part) { return std::abs(a - b) <= part * std::abs(b); }
+
+/// A sensitivity that says something; rules about its value look no further without.
+const Gain *sensitivity(const ResponseSeen &seen)
+{
+    return seen.whole.gain ? &*seen.whole.gain : nullptr;
+}
+
+void stage_gain(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    for (const StageSeen &stage : seen.stages) {
+        if (stage.shape<Polynomial>() || (stage.gain && stage.gain->value != 0.0))
+            continue;
+        return report_epoch(report, seen,
+                            stage_text(stage) +
+                                (stage.gain ? " has a gain of 0 at " + hertz(stage.gain->frequency)
+                                            : " has no gain (058)"));
+    }
+}
+
+void sensitivity_missing(const Context & /*context*/, const ResponseSeen &seen,
+                         const Report &report)
+{
+    if (!sensitivity(seen) && !seen.has_polynomial() && !seen.whole.shape<Polynomial>())
+        report_epoch(report, seen, "has no sensitivity: no gain (058) of stage 0");
+}
+
+void sensitivity_value(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    const Gain *gain = sensitivity(seen);
+    if (gain && !seen.has_polynomial() && !(gain->value > 0.0))
+        report_epoch(report, seen,
+                     "its sensitivity is " + shown(gain->value) + ", expected is more than 0");
+}
+
+void sensitivity_frequency(const Context & /*context*/, const ResponseSeen &seen,
+                           const Report &report)
+{
+    const Gain *gain = sensitivity(seen);
+    const double rate = seen.epoch.sample_rate;
+    if (gain && rate > 0.0 && gain->frequency > rate / 2)
+        report_epoch(report, seen,
+                     "its sensitivity is given at " + hertz(gain->frequency) +
+                         ", half its sample rate is " + hertz(rate / 2));
+}
+
+void sensitivity_product(const Context &context, const ResponseSeen &seen, const Report &report)
+{
+    constexpr double Part = 0.05;
+    const Gain *whole = sensitivity(seen);
+    if (!whole || whole->value == 0.0 || seen.stages.empty() || seen.has_polynomial())
+        return;
+    double product = 1.0;
+    for (const StageSeen &stage : seen.stages) {
+        if (!stage.gain)
+            return; // is told by stage-gain
+        product *= stage.gain->value;
+    }
+    if (agree(std::abs(product), whole->value, Part))
+        return;
+    const Evaluation evaluation = context.evaluator->evaluate(seen.epoch.response, 0);
+    if (agree(evaluation.amplitude, whole->value, Part))
+        return;
+    report_epoch(report, seen,
+                 "its sensitivity is " + shown(whole->value) + " at " + hertz(whole->frequency) +
+                     ", the product of its gains " + shown(product) +
+                     (evaluation.refused()
+                          ? std::string()
+                          : ", its response there " + shown(evaluation.amplitude)));
+}
+
+bool is_at_origin(const PolesZeros &shape)
+{
+    return std::any_of(shape.zeros.begin(), shape.zeros.end(),
+                       [](const auto &zero) { return zero == 0.0; });
+}
+
+void zero_at_origin(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    const Gain *whole = sensitivity(seen);
+    for (const StageSeen &stage : seen.stages) {
+        const auto *roots = stage.shape<PolesZeros>();
+        if (!roots || roots->type == 'D' || !is_at_origin(*roots))
+            continue;
+        const bool own = stage.gain && stage.gain->frequency == 0.0;
+        if (own || (whole && whole->frequency == 0.0))
+            return report_epoch(report, seen,
+                                stage_text(stage) + " has a zero at 0, but " +
+                                    (own ? "its gain" : "the sensitivity") + " is given at 0 Hz");
+    }
+}
+
+void polynomial_missing(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    if (seen.has_polynomial() && !seen.whole.shape<Polynomial>())
+        report_epoch(report, seen,
+                     "has a polynomial stage (062) and none for the channel as a whole, stage 0");
+}
+
+const StageSeen *last_decimation(const ResponseSeen &seen)
+{
+    const auto found = std::find_if(seen.stages.rbegin(), seen.stages.rend(),
+                                    [](const StageSeen &stage) { return bool(stage.decimation); });
+    return found == seen.stages.rend() ? nullptr : &*found;
+}
+
+void decimation_missing(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    const auto digital = std::count_if(seen.stages.begin(), seen.stages.end(),
+                                       [](const StageSeen &stage) { return stage.is_digital(); });
+    if (digital > 0 && !last_decimation(seen))
+        report_epoch(report, seen,
+                     "has " + std::to_string(digital) + " digital stages and no decimation (057)");
+}
+
+double output_rate(const Decimation &decimation)
+{
+    return decimation.input_rate / decimation.factor;
+}
+
+void decimation_rate(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    constexpr double Part = 0.01;
+    const StageSeen *last = last_decimation(seen);
+    if (!last || agree(output_rate(*last->decimation), seen.epoch.sample_rate, Part))
+        return;
+    report_epoch(report, seen,
+                 stage_text(*last) + " decimates to " + hertz(output_rate(*last->decimation)) +
+                     ", the channel's sample rate is " + hertz(seen.epoch.sample_rate));
+}
+
+void decimation_chain(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    constexpr double Part = 0.001;
+    const StageSeen *before = nullptr;
+    for (const StageSeen &stage : seen.stages) {
+        if (!stage.decimation)
+            continue;
+        if (before && !agree(stage.decimation->input_rate, output_rate(*before->decimation), Part))
+            return report_epoch(
+                report, seen,
+                stage_text(stage) + " takes " + hertz(stage.decimation->input_rate) + ", " +
+                    stage_text(*before) + " gives " + hertz(output_rate(*before->decimation)));
+        before = &stage;
+    }
+}
+
+void normalization(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    constexpr double Part = 0.05;
+    for (const StageSeen &stage : seen.stages) {
+        const auto *roots = stage.shape<PolesZeros>();
+        if (!roots)
+            continue;
+        const double rate = stage.decimation ? stage.decimation->input_rate : 0.0;
+        const double amplitude = normalisation(*roots, rate);
+        if (std::isfinite(amplitude) && std::abs(amplitude - 1.0) > Part)
+            return report_epoch(report, seen,
+                                stage_text(stage) + ": A0 of " + shown(roots->factor) +
+                                    " gives an amplitude of " + shown(amplitude) + " at " +
+                                    hertz(roots->frequency) + ", expected is 1");
+    }
+}
+
+/// A complex root without its conjugate, or null.
+const std::complex<double> *lone_root(const std::vector<std::complex<double>> &roots)
+{
+    constexpr double Part = 1e-4;
+    std::vector<bool> paired(roots.size());
+    for (std::size_t i = 0; i < roots.size(); ++i) {
+        if (paired[i] || roots[i].imag() == 0.0)
+            continue;
+        std::size_t j = i + 1;
+        while (j < roots.size() &&
+               (paired[j] || std::abs(roots[j] - std::conj(roots[i])) > Part * std::abs(roots[i])))
+            ++j;
+        if (j == roots.size())
+            return &roots[i];
+        paired[j] = true;
+    }
+    return nullptr;
+}
+
+void conjugates(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    for (const StageSeen &stage : seen.stages) {
+        const auto *roots = stage.shape<PolesZeros>();
+        const auto *zero = roots ? lone_root(roots->zeros) : nullptr;
+        const auto *pole = roots ? lone_root(roots->poles) : nullptr;
+        if (const auto *lone = pole ? pole : zero)
+            return report_epoch(report, seen,
+                                stage_text(stage) + " has a " + (pole ? "pole" : "zero") + " at (" +
+                                    shown(lone->real()) + ", " + shown(lone->imag()) +
+                                    ") and none at (" + shown(lone->real()) + ", " +
+                                    shown(-lone->imag()) + ")");
+    }
+}
+
+void fir_gain(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    constexpr double Part = 0.02;
+    for (const StageSeen &stage : seen.stages) {
+        const FilterPtr filter =
+            joined_filter({stage.number, {stage.filters.begin(), stage.filters.end()}}).filter;
+        if (!filter || !is_fir(kind_of(filter->shape())) || is_empty(filter->shape()))
+            continue;
+        const double sum = coefficient_sum(filter->shape());
+        if (std::abs(sum - 1.0) > Part)
+            return report_epoch(report, seen,
+                                stage_text(stage) + ": its FIR coefficients sum to " + shown(sum) +
+                                    ", expected is 1");
+    }
+}
+
+constexpr std::array Rules = {
+    Rule{"stage-gain", Severity::error, "every stage from 1 on has a gain other than 0", "epochs",
+         Look<ResponseSeen>(stage_gain)},
+    Rule{"sensitivity-missing", Severity::error,
+         "a response without a polynomial stage has a sensitivity (stage 0)", "epochs",
+         Look<ResponseSeen>(sensitivity_missing)},
+    Rule{"sensitivity-value", Severity::error, "a sensitivity is above 0", "epochs",
+         Look<ResponseSeen>(sensitivity_value)},
+    Rule{"sensitivity-frequency", Severity::warning,
+         "the frequency of a sensitivity is at or below half the sample rate", "epochs",
+         Look<ResponseSeen>(sensitivity_frequency)},
+    Rule{
+        "sensitivity-product", Severity::error,
+        "a sensitivity is the product of the stage gains, or the response at its frequency, to 5 %",
+        "epochs", Look<ResponseSeen>(sensitivity_product)},
+    Rule{"zero-at-origin", Severity::error,
+         "with a zero at 0, neither the stage's gain nor the sensitivity is given at 0 Hz",
+         "epochs", Look<ResponseSeen>(zero_at_origin)},
+    Rule{"polynomial-missing", Severity::warning,
+         "a response with a polynomial stage has one for the channel (stage 0)", "epochs",
+         Look<ResponseSeen>(polynomial_missing)},
+    Rule{"decimation-missing", Severity::warning, "a response with digital stages has a decimation",
+         "epochs", Look<ResponseSeen>(decimation_missing)},
+    Rule{"decimation-rate", Severity::error,
+         "the last decimation gives the channel's sample rate, to 1 %", "epochs",
+         Look<ResponseSeen>(decimation_rate)},
+    Rule{"decimation-chain", Severity::error,
+         "a decimation takes the rate that the one before gives, to 0.1 %", "epochs",
+         Look<ResponseSeen>(decimation_chain)},
+    Rule{"normalization", Severity::warning,
+         "A0 makes the poles and zeros 1 at the normalisation frequency, to 5 %", "epochs",
+         Look<ResponseSeen>(normalization)},
+    Rule{"conjugates", Severity::warning, "complex poles and zeros come in conjugate pairs",
+         "epochs", Look<ResponseSeen>(conjugates)},
+    Rule{"fir-gain", Severity::warning,
+         "the coefficients of a FIR filter, both halves, sum to 1, to 2 %", "epochs",
+         Look<ResponseSeen>(fir_gain)},
+};
+
+} // namespace
+
+std::span<const Rule> gain_rules() { return Rules; }
+
+} // namespace quarl

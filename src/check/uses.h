@@ -1,0 +1,27 @@
+// Codes that are used before their dictionary has them.
+#pragma once
+
+#include "check/rule.h"
+
+#include <map>
+#include <tuple>
+
+namespace quarl
+{
+
+class CodeUses
+{
+public:
+    /// Looks at the codes in an item that was added to the inventory.
+    void see(const Item &item, const Inventory &inventory, const std::string &subject);
+    /// Uses whose codes were not defined yet: one for each code and blockette type that uses it.
+    [[nodiscard]] std::vector<PendingUse> take() const;
+
+private:
+    void use(const Item &item, Dictionary dictionary, int code, const Inventory &inventory,
+             const std::string &subject);
+
+    std::map<std::tuple<Dictionary, int, int>, PendingUse> pending_;
+};
+
+} // namespace quarl

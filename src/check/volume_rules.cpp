@@ -1,0 +1,298 @@
+// The volume as a sequence of logical records and blockettes.
+#include "check/rule.h"
+
+#include "platform/text.h"
+
+#include <algorithm>
+
+namespace quarl
+{
+
+namespace
+{
+
+constexpr int Generic_Response = 56; ///< read here, from its text
+
+bool is_data_letter(char letter)
+{
+    return std::string_view("DRQM").find(letter) != std::string_view::npos;
+}
+
+bool is_header_letter(char letter)
+{
+    return std::string_view("VAST").find(letter) != std::string_view::npos;
+}
+
+std::string blockette(int type) { return formatted<"blockette %03d">(type); }
+
+/// The group of a finding that a volume's writer made of all blockettes of a type.
+std::string group_of(const Item &item) { return std::to_string(item.type()); }
+
+bool is_read(const Item &item)
+{
+    return item.record() != nullptr || item.type() == Generic_Response;
+}
+
+bool is_control(const Item &item) { return item.type() >= 0; }
+
+/// Blockettes whose fields end with a list, which may be promised longer than it is.
+bool ends_with_list(int type)
+{
+    static constexpr std::array Types = {11, 12, 30, 41, 43, 44, 45, 46, 48, 53,
+                                         54, 55, 56, 60, 61, 62, 71, 73, 74};
+    return std::find(Types.begin(), Types.end(), type) != Types.end();
+}
+
+/// The network code at the end of 050, 072 and 074 came with version 2.3.
+bool lacks_network(const Context &context, const Item &item, std::size_t taken)
+{
+    constexpr std::size_t Network = 2;
+    const double version = context.inventory.volume().version;
+    return version < 2.3 && (item.type() == 50 || item.type() == 72 || item.type() == 74) &&
+           taken == static_cast<std::size_t>(item.length()) + Network;
+}
+
+/// Type and length of a blockette that are no numbers; empty: they are.
+std::string_view bad_prefix(const Item &item)
+{
+    const std::string_view prefix = item.bytes().substr(0, 7);
+    return prefix.find_first_not_of("0123456789 ") == std::string_view::npos ? "" : prefix;
+}
+
+void bad_blockette(const Context &context, const Item &item, const Report &report)
+{
+    if (is_control(item) && !bad_prefix(item).empty())
+        return report(item.place().record, "prefix", [&] {
+            return Told{"volume", "a blockette's type and length are " + quoted(bad_prefix(item)) +
+                                      ", expected are digits"};
+        });
+    if (!is_control(item) || !is_read(item))
+        return;
+    const FieldsRead &fields = context.fields;
+    const auto length = static_cast<std::size_t>(std::max(item.length(), 0));
+    const bool beyond = fields.size > length && ends_with_list(item.type());
+    if (!fields.bad && !beyond)
+        return;
+    report(item.place().record, group_of(item), [&] {
+        std::string text = fields.bad ? "a field holds no value of its kind" : "";
+        if (fields.bad && !context.complaints.empty())
+            text = context.complaints.front();
+        else if (!fields.bad)
+            text = "its counts need " + std::to_string(fields.size) + " bytes, it has " +
+                   std::to_string(item.length());
+        return Told{blockette(item.type()), text};
+    });
+}
+
+/// FIR filters of the response dictionary whose blockettes do not hold what they promise together.
+void short_filters(const Context &context, const Context &, const Report &report)
+{
+    constexpr int Keys = 10000;
+    for (int key = 0; key < Keys; ++key) {
+        const DictionaryEntry *entry = context.inventory.entry(Dictionary::responses, key);
+        if (!entry)
+            continue;
+        std::size_t held = 0;
+        for (const Part &part : entry->parts)
+            if (const auto *filter = std::get_if<FilterPtr>(&part))
+                if (const auto *fir = std::get_if<Fir>(&(*filter)->shape()))
+                    held += fir->coefficients.size();
+        if (entry->promised > held)
+            report(entry->record, "blockette 041",
+                   "response key " + std::to_string(key) + " has " + std::to_string(held) +
+                       " coefficients, expected are " + std::to_string(entry->promised));
+    }
+}
+
+void blockette_length(const Context &context, const Item &item, const Report &report)
+{
+    if (!is_control(item) || !is_read(item))
+        return;
+    const FieldsRead &fields = context.fields;
+    const auto length = static_cast<std::size_t>(std::max(item.length(), 0));
+    const std::string_view rest = item.bytes().substr(std::min(fields.size, item.bytes().size()));
+    const bool fill = rest.find_first_not_of(std::string_view(" \0", 2)) == std::string_view::npos;
+    const bool too_long = fields.size < length && !fill;
+    const bool too_short = fields.size > length && !ends_with_list(item.type()) &&
+                           !lacks_network(context, item, fields.size);
+    if (fields.bad || (!too_long && !too_short))
+        return;
+    report(item.place().record, group_of(item), [&] {
+        return Told{blockette(item.type()), "declares " + std::to_string(item.length()) +
+                                                " bytes, its fields take " +
+                                                std::to_string(fields.size)};
+    });
+}
+
+void blockette_unknown(const Context & /*context*/, const Item &item, const Report &report)
+{
+    if (!is_control(item) || is_read(item))
+        return;
+    report(item.place().record, group_of(item), [&] {
+        const std::string_view name = item.name();
+        return Told{blockette(item.type()), name.empty()
+                                                ? "this type is not defined"
+                                                : "'" + std::string(name) + "' is not read"};
+    });
+}
+
+/// Data records within one logical record of the volume share its number.
+bool may_share_number(const Context &context, const LogicalRecord &record)
+{
+    const int whole = context.inventory.volume().record_length;
+    return is_data_letter(record.place.type_code) &&
+           is_data_letter(context.before.place.type_code) && context.before.length < whole;
+}
+
+void record_sequence(const Context &context, const LogicalRecord &record, const Report &report)
+{
+    constexpr int Last = 999999;
+    if (!context.has_headers || !context.has_before)
+        return;
+    const int before = context.before.place.sequence_number;
+    const int number = record.place.sequence_number;
+    const bool rises = number == before + 1 || (before == Last && (number == 0 || number == 1));
+    if (rises || (number == before && may_share_number(context, record)))
+        return;
+    report(record.place.record, "", [&] {
+        return Told{"volume", formatted<"record number %06d follows %06d, expected %06d">(
+                                  number, before, before >= Last ? 1 : before + 1)};
+    });
+}
+
+/// The letter of records that hold blockettes of a type; a blank for types of no header.
+char letter_of(int type)
+{
+    if (type >= 5 && type <= 12)
+        return 'V';
+    if (type >= 30 && type <= 48)
+        return 'A';
+    if (type >= 50 && type <= 62)
+        return 'S';
+    return type >= 70 && type <= 74 ? 'T' : ' ';
+}
+
+void record_type(const Context & /*context*/, const Item &item, const Report &report)
+{
+    const char letter = item.place().type_code;
+    const char expected = is_control(item) ? letter_of(item.type()) : letter;
+    if (item.type() == End_Of_File || expected == letter ||
+        (expected == ' ' && is_header_letter(letter)))
+        return;
+    report(item.place().record, std::string{letter, expected}, [&] {
+        return Told{blockette(item.type()), "stands in a record of type " + quoted({&letter, 1}) +
+                                                ", expected is " + quoted({&expected, 1})};
+    });
+}
+
+void record_type_goes_on(const Context &context, const LogicalRecord &record, const Report &report)
+{
+    const char letter = record.place.type_code;
+    const char before = context.before.place.type_code;
+    if (!record.continues || !context.has_before || letter == before)
+        return;
+    report(record.place.record, std::string{letter, before, '+'}, [&] {
+        return Told{"volume", "a blockette of a record of type " + quoted({&before, 1}) +
+                                  " goes on in one of type " + quoted({&letter, 1})};
+    });
+}
+
+void record_continuation(const Context & /*context*/, const LogicalRecord &record,
+                         const Report &report)
+{
+    const bool star = record.place.continuation_code == '*';
+    if (is_data_letter(record.place.type_code) || star == record.continues ||
+        (star && record.follows_full))
+        return;
+    report(record.place.record, star ? "*" : "", [&] {
+        return Told{"volume", star ? "the record is marked '*', but nothing goes on in it"
+                                   : "a blockette goes on in the record, but it is marked " +
+                                         quoted({&record.place.continuation_code, 1}) +
+                                         " instead of '*'"};
+    });
+}
+
+bool is_identifier(int type) { return type == 5 || type == 8 || type == 10; }
+
+void volume_start(const Context &context, const Item &item, const Report &report)
+{
+    if (!is_control(item))
+        return;
+    if (context.control_items == 0 && !is_identifier(item.type()))
+        report(item.place().record, "volume",
+               "begins with " + blockette(item.type()) + ", expected is 010");
+    if (is_identifier(item.type()) && context.identifiers > 0)
+        report(item.place().record, "again", [&] {
+            return Told{blockette(item.type()), "identifies the volume another time"};
+        });
+}
+
+void headers_in_order(const Context &context, const Item &item, const Report &report)
+{
+    const int type = item.type();
+    const bool of_station = type == 51 || type == 52;
+    const bool of_channel = type >= 53 && type <= 62;
+    if ((!of_station || context.last_station_item != 0) &&
+        (!of_channel || context.last_station_item == 52))
+        return;
+    report(item.place().record, group_of(item), [&] {
+        return Told{blockette(type), of_station
+                                         ? "no station identifier (050) stands before it"
+                                         : "no channel identifier (052) of its station stands "
+                                           "before it"};
+    });
+}
+
+void definitions_in_order(const Context &context, const Context &, const Report &report)
+{
+    for (const PendingUse &use : context.uses)
+        if (const DictionaryEntry *entry = context.inventory.entry(use.dictionary, use.code))
+            report(use.record, use.subject,
+                   blockette(use.type) + " uses code " + std::to_string(use.code) +
+                       ", which is defined later, in record " + std::to_string(entry->record));
+}
+
+void cut_volume(const Context &context, const Item &item, const Report &report)
+{
+    const auto *end = item.get<FileEnd>();
+    if (!end || !end->cut)
+        return;
+    report(item.place().record, "volume",
+           context.complaints.empty() ? "ends inside a record or blockette"
+                                      : context.complaints.front());
+}
+
+constexpr std::array Rules = {
+    Rule{"bad-blockette", Severity::error,
+         "no field of a blockette is bad, no text too long, no count above what the text holds",
+         "blockettes", Look<Item>(bad_blockette), Look<Context>(short_filters)},
+    Rule{"blockette-length", Severity::error,
+         "the declared length of a blockette is what its fields take, blanks and NULs apart",
+         "blockettes", Look<Item>(blockette_length)},
+    Rule{"blockette-unknown", Severity::note, "every blockette type is one that is read",
+         "blockettes", Look<Item>(blockette_unknown)},
+    Rule{"record-sequence", Severity::warning,
+         "logical record numbers rise by one in a volume with headers", "records",
+         Look<LogicalRecord>(record_sequence)},
+    Rule{"record-type", Severity::error,
+         "records of type V, A, S and T hold volume, dictionary, station and time span headers",
+         "blockettes", Look<Item>(record_type), Look<LogicalRecord>(record_type_goes_on)},
+    Rule{"record-continuation", Severity::warning,
+         "a record is marked \"*\" where a blockette of the record before goes on, and only there",
+         "records", Look<LogicalRecord>(record_continuation)},
+    Rule{"volume-start", Severity::error,
+         "the first header is a volume identifier (010, 005 or 008), and the only one",
+         "blockettes", Look<Item>(volume_start)},
+    Rule{"header-order", Severity::error,
+         "stations stand before their channels, these before their responses, and codes are "
+         "defined before they are used",
+         "blockettes", Look<Item>(headers_in_order), Look<Context>(definitions_in_order)},
+    Rule{"cut-volume", Severity::error, "the input does not end inside a record or blockette",
+         "ends", Look<Item>(cut_volume)},
+};
+
+} // namespace
+
+std::span<const Rule> volume_rules() { return Rules; }
+
+} // namespace quarl

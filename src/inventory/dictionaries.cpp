@@ -1,0 +1,129 @@
+#include "inventory/dictionaries.h"
+
+#include "inventory/parts.h"
+
+#include <utility>
+
+namespace quarl
+{
+
+namespace
+{
+
+DictionaryEntry text_entry(std::string text, const Item &item)
+{
+    DictionaryEntry entry;
+    entry.text = std::move(text);
+    entry.record = item.place().record;
+    return entry;
+}
+
+DictionaryEntry format_entry(const blk_030_t &blk, const Item &item)
+{
+    DictionaryEntry entry = text_entry(blk.name, item);
+    entry.family = blk.data_type;
+    for (const blk_030_t::DecodeKey &key : blk.decode_key)
+        entry.keys.emplace_back(key.text);
+    return entry;
+}
+
+/// Key and name of an entry of the response dictionary.
+template <class... Blk> std::pair<int, std::string> key_and_name(const Item &item)
+{
+    std::pair<int, std::string> found{0, {}};
+    const auto look = [&](const auto *blk) {
+        if (blk)
+            found = {blk->lookup_key, blk->response_name};
+    };
+    (look(item.get<Blk>()), ...);
+    return found;
+}
+
+std::size_t coefficients(const Part &part)
+{
+    const auto *filter = std::get_if<FilterPtr>(&part);
+    const auto *fir = filter ? std::get_if<Fir>(&(*filter)->shape()) : nullptr;
+    return fir ? fir->coefficients.size() : 0;
+}
+
+/// `next` continues the coefficients of `entry`: one FIR filter, as its blockettes go on.
+bool continues(const DictionaryEntry &entry, const DictionaryEntry &next)
+{
+    std::size_t held = 0;
+    for (const Part &part : entry.parts)
+        held += coefficients(part);
+    return entry.text == next.text && entry.promised == next.promised && held > 0 &&
+           held + coefficients(next.parts.front()) <= entry.promised;
+}
+
+bool same_parts(const DictionaryEntry &a, const DictionaryEntry &b)
+{
+    return Stage{0, a.parts} == Stage{0, b.parts};
+}
+
+} // namespace
+
+void Dictionaries::add(const Item &item)
+{
+    if (const auto *format = item.get<blk_030_t>())
+        define(Dictionary::data_formats, format->format_id, format_entry(*format, item));
+    else if (const auto *comment = item.get<blk_031_t>())
+        define(Dictionary::comments, comment->comment_id, text_entry(comment->comment, item));
+    else if (const auto *source = item.get<blk_032_t>())
+        define(Dictionary::sources, source->source_id, text_entry(source->author, item));
+    else if (const auto *generic = item.get<blk_033_t>())
+        define(Dictionary::abbreviations, generic->abbrev_id, text_entry(generic->abbrev, item));
+    else if (const auto *unit = item.get<blk_034_t>()) {
+        DictionaryEntry entry = text_entry(unit->unit_name, item);
+        entry.description = unit->unit_desc;
+        define(Dictionary::units, unit->unit_id, std::move(entry));
+    } else if (item.type() >= 41 && item.type() <= 48) {
+        add_response(item);
+    }
+}
+
+void Dictionaries::add_response(const Item &item)
+{
+    std::optional<Part> part = dictionary_part(item, [this](int code) { return unit(code); });
+    if (!part)
+        return;
+    auto [key, name] =
+        key_and_name<blk_041_t, blk_043_t, blk_044_t, blk_045_t, blk_046_t, blk_047_t, blk_048_t>(
+            item);
+    DictionaryEntry entry = text_entry(std::move(name), item);
+    entry.parts.push_back(std::move(*part));
+    if (const auto *fir = item.get<blk_041_t>())
+        entry.promised = static_cast<std::size_t>(std::max(fir->num_coef_promised, 0));
+    auto &known = entries_[static_cast<std::size_t>(Dictionary::responses)];
+    const auto old = known.find(key);
+    if (old != known.end() && continues(old->second, entry))
+        old->second.parts.push_back(std::move(entry.parts.front()));
+    else
+        define(Dictionary::responses, key, std::move(entry),
+               old == known.end() || same_parts(old->second, entry));
+}
+
+void Dictionaries::define(Dictionary dictionary, int code, DictionaryEntry entry, bool same)
+{
+    auto &known = entries_[static_cast<std::size_t>(dictionary)];
+    const auto [old, is_new] = known.try_emplace(code);
+    if (!is_new && (!same || old->second.text != entry.text) &&
+        redefined_.insert({dictionary, code}).second)
+        redefinitions_.push_back({dictionary, code, old->second.text, entry.text, entry.record});
+    old->second = std::move(entry);
+}
+
+std::string Dictionaries::unit(int code) const
+{
+    const DictionaryEntry *entry = find(Dictionary::units, code);
+    return entry ? entry->text : std::string();
+}
+
+const DictionaryEntry *Dictionaries::find(Dictionary dictionary, int code) const
+{
+    const auto &known = entries_[static_cast<std::size_t>(dictionary)];
+    const auto found = known.find(code);
+    return found == known.end() ? nullptr : &found->second;
+}
+
+} // namespace quarl

@@ -1,0 +1,370 @@
+#include "inventory/data_spans.h"
+#include "inventory/dictionaries.h"
+#include "inventory/response_parts.h"
+
+#include "blockette/seed_utl.h"
+#include "platform/containers.h"
+
+#include <algorithm>
+#include <cstring>
+#include <quarl/inventory.h>
+#include <unordered_map>
+#include <utility>
+
+namespace quarl
+{
+
+static_assert(Always == Open_Start && Forever == Open_End);
+
+namespace
+{
+
+constexpr std::size_t None = static_cast<std::size_t>(-1);
+
+struct CodeHash {
+    std::size_t operator()(const ChannelCode &code) const { return code.hash(); }
+};
+
+/// An epoch by the code under which data look it up.
+struct EpochSpan {
+    ChannelCode key;
+    double start = 0.0;
+    double end = 0.0;
+    const ChannelEpoch *epoch = nullptr;
+
+    [[nodiscard]] const ChannelCode &code() const { return key; }
+};
+using EpochTable = Stbl<EpochSpan, ChannelCode, CodeHash>;
+
+/// A time of half a sample, and not below what a time can tell.
+double tolerance(double rate)
+{
+    constexpr double Tick = 0.0001;
+    return std::max(0.5 / rate, Tick);
+}
+
+bool is_leap(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
+
+} // namespace
+
+/// Codes of a data record, whose texts are zero behind their ends.
+struct CodeAccess {
+    static ChannelCode code(const blk_dh_t &header)
+    {
+        ChannelCode code;
+        std::memcpy(&code.letters_[0], header.network_code, 2);
+        std::memcpy(&code.letters_[2], header.stn_id, 5);
+        std::memcpy(&code.letters_[7], header.loc_id, 2);
+        std::memcpy(&code.letters_[9], header.chan_id, 3);
+        return code;
+    }
+};
+
+struct Inventory::Work {
+    VolumeIdentifier volume;
+    Dictionaries dictionaries;
+    std::deque<Station> stations;
+    std::deque<StationEpoch> station_epochs;
+    std::deque<Channel> channels;
+    std::deque<ChannelEpoch> epochs;
+    std::unordered_map<ChannelCode, std::size_t, CodeHash> station_of_code;
+    std::unordered_map<ChannelCode, std::size_t, CodeHash> channel_of_code;
+    bool finished = false;
+    std::size_t epoch = None; ///< the channel epoch that is being described
+    ResponseParts parts;
+    EpochTable epoch_table;
+
+    std::vector<StationIndexEntry> station_index;
+    std::vector<SpanIndexEntry> span_index;
+    std::vector<SeriesIndexEntry> series_index;
+    std::vector<TimeSpanHeader> time_spans;
+
+    std::deque<DataChannel> data;
+    std::deque<SpanJoiner> joiners; ///< of each data channel
+    std::unordered_map<ChannelCode, std::size_t, CodeHash> data_of_code;
+    std::size_t data_channel = None;
+    std::int64_t timeless = 0;
+
+    void add_identifier(const Item &item, const blk_010_t &blk);
+    void add_station(const Item &item, const blk_050_t &blk);
+    void add_channel(const Item &item, const blk_052_t &blk);
+    void index_epoch(const ChannelCode &code, const ChannelEpoch &epoch);
+    void add_reference(const blk_060_t &blk);
+    void add_indexes(const Item &item);
+    void add_data(const Item &item, const blk_dh_t &header);
+    void find_data_channel(const ChannelCode &code, std::int64_t record);
+    void add_control(const Item &item);
+};
+
+bool has_calendar_time(const blk_dh_t &header)
+{
+    const int days = is_leap(header.year) ? 366 : 365;
+    return header.year > 0 && header.doy >= 1 && header.doy <= days && header.hour >= 0 &&
+           header.hour < 24 && header.minutes >= 0 && header.minutes < 60 && header.sec_int >= 0 &&
+           header.sec_int <= 60;
+}
+
+void Inventory::Work::add_identifier(const Item &item, const blk_010_t &blk)
+{
+    if (volume.record != 0)
+        return;
+    volume = {.version = blk.version,
+              .start = start_epoch(blk.beg_time),
+              .end = end_epoch(blk.end_time),
+              .record_length = 1 << std::clamp(blk.rec_len, 1, 30),
+              .organisation = blk.originating_org,
+              .label = blk.label,
+              .record = item.place().record};
+}
+
+void Inventory::Work::add_station(const Item &item, const blk_050_t &blk)
+{
+    const ChannelCode code(blk.network_code, blk.station);
+    const auto [known, is_new] = station_of_code.try_emplace(code, stations.size());
+    if (is_new)
+        stations.push_back({code, {}, {}});
+    stations[known->second].epochs.push_back(station_epochs.size());
+    station_epochs.push_back({.station = known->second,
+                              .start = start_epoch(blk.start_date),
+                              .end = end_epoch(blk.end_date),
+                              .latitude = blk.lat,
+                              .longitude = blk.lon,
+                              .elevation = blk.elev,
+                              .network_id = blk.net_id,
+                              .name = blk.name,
+                              .record = item.place().record,
+                              .sequence_number = item.place().sequence_number,
+                              .comments = {}});
+    epoch = None;
+}
+
+void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
+{
+    epoch = None;
+    if (station_epochs.empty())
+        return;
+    const std::size_t station = station_epochs.back().station;
+    const ChannelCode &of = stations[station].code;
+    const ChannelCode code(of.network(), of.station(), blk.loc_id, blk.chan_id, blk.subchan_id);
+    const auto [known, is_new] = channel_of_code.try_emplace(code, channels.size());
+    if (is_new) {
+        stations[station].channels.push_back(channels.size());
+        channels.push_back({code, station, {}});
+    }
+    epoch = epochs.size();
+    channels[known->second].epochs.push_back(epoch);
+    epochs.push_back({.channel = known->second,
+                      .station_epoch = station_epochs.size() - 1,
+                      .start = start_epoch(blk.start_date),
+                      .end = end_epoch(blk.end_date),
+                      .latitude = blk.lat,
+                      .longitude = blk.lon,
+                      .elevation = blk.elev,
+                      .depth = blk.depth,
+                      .azimuth = blk.azimuth,
+                      .dip = blk.dip,
+                      .sample_rate = blk.sample_rate,
+                      .instrument = blk.instr_id,
+                      .signal_units = blk.units_signal,
+                      .calibration_units = blk.units_cal,
+                      .format = blk.format_id,
+                      .record_length = 1 << std::clamp(blk.record_length_read, 0, 30),
+                      .flags = blk.chan_flags,
+                      .comment = blk.comment,
+                      .record = item.place().record,
+                      .response = {},
+                      .comments = {}});
+    index_epoch(code, epochs.back());
+}
+
+void Inventory::Work::index_epoch(const ChannelCode &code, const ChannelEpoch &described)
+{
+    const auto add = [&](std::string_view network) {
+        epoch_table.add({ChannelCode(network, code.station(), code.location(), code.channel()),
+                         described.start, described.end, &described});
+    };
+    add(code.network());
+    if (!code.network().empty())
+        add({}); // for data without a network code
+}
+
+void Inventory::Work::add_reference(const blk_060_t &blk)
+{
+    for (const blk_060_t::Stage &stage : blk.stage)
+        for (const int key : stage.lookup_key)
+            parts.refer(epoch, stage.stage_num, key);
+}
+
+void Inventory::Work::add_indexes(const Item &item)
+{
+    const std::int64_t record = item.place().record;
+    if (const auto *stations_at = item.get<blk_011_t>()) {
+        for (std::size_t i = 0; i < stations_at->seq_num.size(); ++i)
+            station_index.push_back({stations_at->station(i), stations_at->seq_num[i], record});
+    } else if (const auto *spans = item.get<blk_012_t>()) {
+        for (int i = 0; i < spans->num_span; ++i)
+            span_index.push_back({start_epoch(spans->beg_span[i]), end_epoch(spans->end_span[i]),
+                                  spans->seq_num[i], record});
+    } else if (const auto *span = item.get<blk_070_t>()) {
+        time_spans.push_back({start_epoch(span->beg_time), end_epoch(span->end_time),
+                              item.place().sequence_number, record});
+    } else if (const auto *series = item.get<blk_074_t>()) {
+        series_index.push_back(
+            {ChannelCode(series->network_code, series->stn_id, series->loc_id, series->chan_id),
+             start_epoch(series->series_start_time), end_epoch(series->series_end_time),
+             series->first_seq_num, series->last_seq_num, record});
+    }
+}
+
+void Inventory::Work::find_data_channel(const ChannelCode &code, std::int64_t record)
+{
+    if (data_channel != None && data[data_channel].code == code)
+        return;
+    const auto [known, is_new] = data_of_code.try_emplace(code, data.size());
+    if (is_new) {
+        data.emplace_back();
+        data.back().code = code;
+        data.back().first_record = record;
+        joiners.emplace_back();
+    }
+    data_channel = known->second;
+}
+
+void Inventory::Work::add_data(const Item &item, const blk_dh_t &header)
+{
+    const std::int64_t record = item.place().record;
+    find_data_channel(CodeAccess::code(header), record);
+    DataChannel &channel = data[data_channel];
+    ++channel.records;
+    channel.samples += header.nsamps;
+    if (!has_calendar_time(header)) {
+        ++timeless;
+        return;
+    }
+    if (header.nsamps <= 0 || !(header.samp_rate > 0.0))
+        return;
+    const double end = header.epoch + header.nsamps / header.samp_rate;
+    if (channel.last_end != 0.0 && header.epoch < channel.last_start &&
+        channel.steps_back.count++ == 0)
+        channel.steps_back = {1, record, channel.last_start, header.epoch};
+    channel.rate = header.samp_rate;
+    channel.last_start = header.epoch;
+    channel.last_end = end;
+    joiners[data_channel].add({header.epoch, end, tolerance(header.samp_rate), record});
+}
+
+void Inventory::Work::add_control(const Item &item)
+{
+    dictionaries.add(item);
+    add_indexes(item);
+    if (const auto *identifier = item.get<blk_010_t>())
+        add_identifier(item, *identifier);
+    else if (const auto *station = item.get<blk_050_t>())
+        add_station(item, *station);
+    else if (const auto *channel = item.get<blk_052_t>())
+        add_channel(item, *channel);
+    else if (const auto *remark = item.get<blk_051_t>(); remark && !station_epochs.empty())
+        station_epochs.back().comments.push_back({start_epoch(remark->beg_time),
+                                                  end_epoch(remark->end_time), remark->comment_key,
+                                                  remark->comment_level});
+    if (epoch == None)
+        return;
+    if (const auto *comment = item.get<blk_059_t>())
+        epochs[epoch].comments.push_back({start_epoch(comment->beg_time),
+                                          end_epoch(comment->end_time), comment->comment_key,
+                                          comment->comment_level});
+    else if (const auto *reference = item.get<blk_060_t>())
+        add_reference(*reference);
+    else if (std::optional<StagePart> part =
+                 stage_part(item, [this](int code) { return dictionaries.unit(code); }))
+        parts.add(epoch, std::move(*part));
+}
+
+Inventory::Inventory() : work_(std::make_unique<Work>()) {}
+Inventory::Inventory(Inventory &&) noexcept = default;
+Inventory &Inventory::operator=(Inventory &&) noexcept = default;
+Inventory::~Inventory() = default;
+
+void Inventory::add(const Item &item)
+{
+    if (const auto *header = item.get<blk_dh_t>())
+        work_->add_data(item, *header);
+    else if (item.type() == End_Of_File)
+        finish();
+    else
+        work_->add_control(item);
+}
+
+void Inventory::finish()
+{
+    if (std::exchange(work_->finished, true))
+        return;
+    for (std::size_t i = 0; i < work_->epochs.size(); ++i)
+        work_->parts.resolve(work_->dictionaries, i, &work_->epochs[i]);
+    for (std::size_t i = 0; i < work_->data.size(); ++i)
+        work_->joiners[i].finish(&work_->data[i]);
+}
+
+const VolumeIdentifier &Inventory::volume() const { return work_->volume; }
+const std::deque<Station> &Inventory::stations() const { return work_->stations; }
+const std::deque<StationEpoch> &Inventory::station_epochs() const { return work_->station_epochs; }
+const std::deque<Channel> &Inventory::channels() const { return work_->channels; }
+const std::deque<ChannelEpoch> &Inventory::channel_epochs() const { return work_->epochs; }
+const std::deque<DataChannel> &Inventory::data_channels() const { return work_->data; }
+
+const Channel &Inventory::channel_of(const ChannelEpoch &epoch) const
+{
+    return work_->channels[epoch.channel];
+}
+
+const Station &Inventory::station_of(const StationEpoch &epoch) const
+{
+    return work_->stations[epoch.station];
+}
+
+const DictionaryEntry *Inventory::entry(Dictionary dictionary, int code) const
+{
+    return work_->dictionaries.find(dictionary, code);
+}
+
+std::string_view Inventory::unit(int code) const
+{
+    const DictionaryEntry *found = entry(Dictionary::units, code);
+    return found ? std::string_view(found->text) : std::string_view();
+}
+
+const std::vector<Redefinition> &Inventory::redefinitions() const
+{
+    return work_->dictionaries.redefinitions();
+}
+
+const std::vector<StationIndexEntry> &Inventory::station_index() const
+{
+    return work_->station_index;
+}
+const std::vector<SpanIndexEntry> &Inventory::span_index() const { return work_->span_index; }
+const std::vector<SeriesIndexEntry> &Inventory::series_index() const { return work_->series_index; }
+const std::vector<TimeSpanHeader> &Inventory::time_spans() const { return work_->time_spans; }
+
+const DataChannel *Inventory::data_channel() const
+{
+    return work_->data_channel == None ? nullptr : &work_->data[work_->data_channel];
+}
+
+const ChannelEpoch *Inventory::epoch_at(const DataChannel &channel, double time) const
+{
+    if (work_->epochs.empty())
+        return nullptr;
+    if (const EpochSpan *found = work_->epoch_table.find(channel.code, time))
+        return found->epoch;
+    const ChannelCode &code = channel.code;
+    const EpochSpan *any = work_->epoch_table.find(
+        ChannelCode({}, code.station(), code.location(), code.channel()), time);
+    return any && (code.network().empty() || channel_of(*any->epoch).code.network().empty())
+               ? any->epoch
+               : nullptr;
+}
+
+std::int64_t Inventory::timeless_records() const { return work_->timeless; }
+
+} // namespace quarl

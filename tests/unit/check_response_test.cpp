@@ -1,0 +1,185 @@
+// Rules of responses: for each a volume that breaks it and no other, and one that nearly does.
+#include "support/check.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+// Where the blockettes of the sound response stand.
+enum Part {
+    Roots,
+    Roots_Gain,
+    Digitiser,
+    Digitiser_Rate,
+    Digitiser_Gain,
+    Filter,
+    Filter_Rate,
+    Filter_Gain,
+    Sensitivity
+};
+
+void set(SoundVolume &volume, Part part, std::string text)
+{
+    volume.response[part].second = std::move(text);
+}
+void drop(SoundVolume &volume, Part part) { volume.response.erase(volume.response.begin() + part); }
+void nothing(SoundVolume & /*volume*/) {}
+
+B053 roots() { return {.factor = 6.2839, .zeros = {{0, 0}}, .poles = {{-1, 1}, {-1, -1}}}; }
+B061 filter() { return {.stage = 3, .symmetry = 'B', .coefficients = {.25, .5}}; }
+
+void takes(SoundVolume &volume, const char *unit)
+{
+    volume.dictionaries[3].second = b034(1, unit, "Unit of stage 1");
+}
+
+/// One polynomial stage, and one for the whole channel.
+void be_polynomial(SoundVolume &volume, bool whole)
+{
+    const auto text = [](int stage) {
+        std::string all =
+            b062({.stage = stage, .output_units = 3, .coefficients = {{1, 0}, {2, 0}}});
+        return all.replace(71, 4, "002"); // three characters, as writers have it
+    };
+    volume.response = {{62, text(1)}};
+    if (whole)
+        volume.response.push_back({62, text(0)});
+}
+
+const CheckCase Cases[] = {
+    {"response-unwanted",
+     [](SoundVolume &v) {
+         v.channels[0].rate = 0;
+         v.data.clear();
+         v.series.clear();
+         v.response = {{58, b058(1, 1, 0)}, {58, b058(0, 1, 0)}};
+     },
+     [](SoundVolume &v) {
+         v.channels[0].rate = 0;
+         v.data.clear();
+         v.series.clear();
+         v.response.clear();
+     }},
+    {"response-missing", [](SoundVolume &v) { v.response.clear(); },
+     [](SoundVolume &v) {
+         v.response.clear();
+         v.channels[0].flags = "CGH";
+     }},
+    {"sensor-units", [](SoundVolume &v) { takes(v, "M"); },
+     [](SoundVolume &v) { takes(v, "nm/s"); }},
+    {"unit-name", [](SoundVolume &v) { v.dictionaries[4].second = b034(2, "FURLONG", "A unit"); },
+     [](SoundVolume &v) { v.dictionaries[4].second = b034(2, "mV", "A unit"); }},
+    {"stage-sequence",
+     [](SoundVolume &v) {
+         set(v, Filter, b061({.stage = 4, .symmetry = 'B', .coefficients = {.25, .5}}));
+         set(v, Filter_Rate, b057(4, 80, 4, 0, 0, 0));
+         set(v, Filter_Gain, b058(4, 1, 0));
+     },
+     nothing},
+    {"stage-units",
+     [](SoundVolume &v) {
+         B061 other = filter();
+         other.input_units = 2;
+         set(v, Filter, b061(other));
+     },
+     nothing},
+    {"stage-incomplete", [](SoundVolume &v) { drop(v, Digitiser_Rate); },
+     [](SoundVolume &v) {
+         drop(v, Digitiser_Rate);
+         v.response[Digitiser] = {58, b058(2, 1, 0)};
+         B053 r = roots();
+         r.output_units = 3;
+         set(v, Roots, b053(r));
+         v.response[Digitiser_Gain - 1].second = b058(2, 100, 0);
+     }},
+    {"stage-filterless", [](SoundVolume &v) { drop(v, Filter); }, nothing},
+    {"list-only",
+     [](SoundVolume &v) {
+         v.response = {{55, b055(1, 1, 3, {{.1, 1, 0, 0, 0}, {9, 1, 0, 0, 0}})},
+                       {58, b058(1, 7, 1)},
+                       {58, b058(0, 7, 1)}};
+     },
+     [](SoundVolume &v) {
+         v.response = {{55, b055(1, 1, 3, {{.1, 1, 0, 0, 0}, {9, 1, 0, 0, 0}})},
+                       {58, b058(1, 7, 1)},
+                       {58, b058(2, 1, 1)},
+                       {58, b058(0, 7, 1)}};
+     }},
+    {"output-units",
+     [](SoundVolume &v) {
+         B061 other = filter();
+         other.output_units = 2;
+         set(v, Filter, b061(other));
+     },
+     nothing},
+    {"stage-gain", [](SoundVolume &v) { drop(v, Roots_Gain); }, nothing},
+    {"sensitivity-missing", [](SoundVolume &v) { drop(v, Sensitivity); },
+     [](SoundVolume &v) { be_polynomial(v, true); }},
+    {"sensitivity-value", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 0, 1)); }, nothing},
+    {"sensitivity-frequency", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 10.1)); },
+     [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 10)); }},
+    {"sensitivity-product", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1.06e5, 1)); },
+     [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1.04e5, 1)); }},
+    {"zero-at-origin", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 0)); },
+     [](SoundVolume &v) {
+         set(v, Sensitivity, b058(0, 1e5, 0));
+         B053 r = roots();
+         r.zeros = {{-9, 0}};
+         r.factor = 3.75;
+         set(v, Roots, b053(r));
+     }},
+    {"polynomial-missing", [](SoundVolume &v) { be_polynomial(v, false); }, nothing},
+    {"decimation-rate", [](SoundVolume &v) { set(v, Filter_Rate, b057(3, 80, 5, 0, 0, 0)); },
+     nothing},
+    {"decimation-chain", [](SoundVolume &v) { set(v, Digitiser_Rate, b057(2, 81, 1, 0, 0, 0)); },
+     [](SoundVolume &v) { set(v, Digitiser_Rate, b057(2, 80.05, 1, 0, 0, 0)); }},
+    {"normalization",
+     [](SoundVolume &v) {
+         B053 r = roots();
+         r.factor *= 1.06;
+         set(v, Roots, b053(r));
+     },
+     [](SoundVolume &v) {
+         B053 r = roots();
+         r.factor *= 1.04;
+         set(v, Roots, b053(r));
+     }},
+    {"conjugates",
+     [](SoundVolume &v) {
+         B053 r = roots();
+         r.poles[1].imag = -1.01;
+         set(v, Roots, b053(r));
+     },
+     nothing},
+    {"fir-gain",
+     [](SoundVolume &v) {
+         B061 f = filter();
+         f.coefficients[1] = .53;
+         set(v, Filter, b061(f));
+     },
+     [](SoundVolume &v) {
+         B061 f = filter();
+         f.coefficients[1] = .51;
+         set(v, Filter, b061(f));
+     }},
+};
+
+TEST(CheckResponseRules, EachIsBrokenAlone)
+{
+    for (const CheckCase &each : Cases)
+        expect_alone(each);
+}
+
+/// Digital stages without any decimation break both rules: one cannot be had alone.
+TEST(CheckResponseRules, NoDecimationAtAll)
+{
+    SoundVolume volume;
+    drop(volume, Filter_Rate);
+    drop(volume, Digitiser_Rate);
+    EXPECT_EQ(rules_broken(volume.bytes()), "decimation-missing stage-incomplete");
+}
+
+} // namespace
+
+std::span<const CheckCase> response_cases() { return Cases; }
