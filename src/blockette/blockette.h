@@ -23,8 +23,8 @@ namespace quarl
     X(034)                                                                                         \
     X(050)                                                                                         \
     X(051)                                                                                         \
-    X(052) X(053) X(054) X(055) X(057) X(058) X(059) X(061) X(062) X(070) X(071) X(072) X(073)     \
-        X(074)
+    X(052)                                                                                         \
+    X(053) X(054) X(055) X(057) X(058) X(059) X(061) X(062) X(070) X(071) X(072) X(073) X(074)
 
 /// Every type that has a record and a parser but no listing: responses by reference. The programs
 /// that evaluate a volume read them; to the listing they are unknown.

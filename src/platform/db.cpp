@@ -70,6 +70,8 @@ struct Databases::Database {
 Databases::Databases() = default;
 Databases::~Databases() = default;
 
+void Databases::close() { all.clear(); }
+
 namespace
 {
 

@@ -31,6 +31,9 @@ struct Databases {
     Databases &operator=(const Databases &) = delete;
     ~Databases();
 
+    /// Ends all sessions; pointers into them are pointers to nothing.
+    void close();
+
     struct Database;
     std::vector<Database> all;
 };
