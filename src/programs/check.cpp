@@ -1,5 +1,6 @@
 #include "programs/check.h"
 
+#include "platform/format.h"
 #include "platform/json_text.h"
 
 #include <memory>
@@ -11,6 +12,19 @@ namespace quarl
 
 namespace
 {
+
+/// A volume's texts may hold anything: a finding stays on its line, and in ASCII.
+std::string printable(std::string_view text)
+{
+    std::string all;
+    for (const char c : text) {
+        if (c >= ' ' && c <= '~')
+            all += c;
+        else
+            all += formatted<"\\x%02x">(static_cast<int>(static_cast<unsigned char>(c)));
+    }
+    return all;
+}
 
 std::string text_of(const Finding &finding)
 {
@@ -27,8 +41,8 @@ std::string line_of(const std::string &path, const Finding &finding)
 {
     const Rule &rule = all_rules()[finding.rule];
     return path + ":" + std::to_string(finding.record) + ": " +
-           std::string(name_of(rule.severity)) + ": " + finding.told.subject + ": " +
-           text_of(finding) + " [" + std::string(rule.name) + "]\n";
+           std::string(name_of(rule.severity)) + ": " + printable(finding.told.subject) + ": " +
+           printable(text_of(finding)) + " [" + std::string(rule.name) + "]\n";
 }
 
 std::string json_of(const std::string &path, const Finding &finding)
