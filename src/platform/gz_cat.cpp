@@ -64,7 +64,9 @@ Stored Stream::stored() const
 std::unique_ptr<Stream> gz_cat(const char *path)
 {
     const int fd = unless_given_up([&] { return open(path, O_RDONLY | O_CLOEXEC); });
-    return fd < 0 ? nullptr : open_descriptor(fd, true);
+    if (fd < 0)
+        return nullptr;
+    return open_descriptor(fd, true);
 }
 
 std::unique_ptr<Stream> gz_cat_stdin() { return open_descriptor(STDIN_FILENO, false); }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <utility>
 
 namespace quarl
@@ -26,7 +27,7 @@ std::string bytes_text(double bytes)
 std::string clock_text(double seconds)
 {
     constexpr double Most = 359'999; // 99 hours and a bit
-    const int whole = static_cast<int>(std::min(seconds, Most) + 0.5);
+    const auto whole = std::lround(std::min(seconds, Most));
     if (whole < 3600)
         return formatted<"%d:%02d">(whole / 60, whole % 60);
     return formatted<"%d:%02d:%02d">(whole / 3600, whole / 60 % 60, whole % 60);
