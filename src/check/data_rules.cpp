@@ -151,10 +151,10 @@ void data_gap(const Context & /*context*/, const DataChannel &channel, const Rep
 {
     if (channel.spans.size() < 2)
         return;
-    const DataSpan *first = nullptr; ///< of those behind a gap, the first one in the volume
-    double before = 0.0;
-    for (std::size_t i = 1; i < channel.spans.size(); ++i)
-        if (!first || channel.spans[i].record < first->record) {
+    const DataSpan *first = &channel.spans[1]; ///< the first in the volume of those behind a gap
+    double before = channel.spans[0].end;
+    for (std::size_t i = 2; i < channel.spans.size(); ++i)
+        if (channel.spans[i].record < first->record) {
             first = &channel.spans[i];
             before = channel.spans[i - 1].end;
         }

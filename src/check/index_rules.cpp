@@ -118,7 +118,9 @@ void span_index(const Context &context, const Context &, const Report &report)
     for (const TimeSpanHeader &span : context.inventory.time_spans())
         spans.emplace(span.sequence_number, &span);
     for (const SpanIndexEntry &entry : context.inventory.span_index()) {
-        const auto [from, to] = spans.equal_range(entry.sequence_number);
+        const auto range = spans.equal_range(entry.sequence_number);
+        const auto from = range.first;
+        const auto to = range.second;
         const bool met = std::any_of(from, to, [&](const auto &span) {
             return entry.start - span.second->start <= Tick &&
                    span.second->start - entry.start <= Tick;
