@@ -2,10 +2,12 @@
 
 #include "platform/format.h"
 #include "platform/json_text.h"
+#include "programs/progress.h"
 
 #include <memory>
 #include <new>
 #include <quarl/volume.h>
+#include <utility>
 
 namespace quarl
 {
@@ -111,7 +113,10 @@ void check_volume(Console *console, CheckRun *run, const std::string &path)
     const auto checker = std::make_unique<Checker>(run->chosen);
     const auto print = [&] { print_findings(console, run, path, checker->take()); };
     try {
-        Volume volume(path, options_for(console, checker.get(), path));
+        VolumeOptions options = options_for(console, checker.get(), path);
+        Follower follower(console, &options);
+        Volume volume(path, std::move(options));
+        follower.follow(volume);
         while (const Item *item = volume.next()) {
             checker->add(*item);
             const auto *end = item->get<FileEnd>();

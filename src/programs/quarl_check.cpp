@@ -1,5 +1,6 @@
 // quarl-check: options; then one volume after the other.
 #include "programs/check.h"
+#include "programs/interrupt.h"
 #include "programs/program.h"
 
 #include "platform/text.h"
@@ -148,14 +149,17 @@ int check_volumes(Console *console, int argc, char *argv[])
     std::vector<std::string> paths(argv + optind, argv + argc);
     if (paths.empty())
         paths.emplace_back("-");
+    std::int64_t volumes = 0;
     for (const std::string &path : paths) {
+        if (stop_asked())
+            break;
         check_volume(console, &wishes.run, path);
         console->elog_clear_register();
+        ++volumes;
     }
     const CheckRun &run = wishes.run;
     say(console, counted(run.errors, "error") + ", " + counted(run.warnings, "warning") + ", " +
-                     counted(run.notes, "note") + " in " +
-                     counted(static_cast<std::int64_t>(paths.size()), "volume"));
+                     counted(run.notes, "note") + " in " + counted(volumes, "volume"));
     if (run.unread)
         return Unusable;
     return run.errors > 0 ? 1 : 0;

@@ -229,6 +229,22 @@ TEST(ProgressText, TellsWhatIsKnown)
         EXPECT_EQ(progress_text(progress, seconds), text);
 }
 
+TEST_F(Interrupt, OneOfSeveralVolumes)
+{
+    Pipe in;
+    Pipe err;
+    const pid_t tool = start(std::string(QUARL_PROGRAM) + "-check", {"-", file("")},
+                             {in.read_end, err.write_end, err.write_end});
+    err.close_write();
+    while (!catches_term(tool))
+        usleep(1000);
+    kill(tool, SIGTERM);
+    EXPECT_EQ(receive(err.read_end, Everything),
+              "quarl: -: Interrupted at byte 0 of input file #0\n"
+              "quarl: 0 errors, 0 warnings, 0 notes in 1 volume\n");
+    EXPECT_EQ(wait_for(tool), "signal " + std::to_string(SIGTERM));
+}
+
 /// A terminal: what is written to `inside` can be read from `outside`.
 struct Terminal {
     Terminal() : outside(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
