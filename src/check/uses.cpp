@@ -31,7 +31,7 @@ template <class T, class F> void for_each_code(const T &record, F &&f)
                 f(dictionary, code);
     };
     for_each_field<T>([&](const auto &field) {
-        if constexpr (!field.Is_List) {
+        if constexpr (!std::decay_t<decltype(field)>::Is_List) {
             if (field.meaning == Meaning::code)
                 hand_out(field.dictionary, field.value(record));
         } else {

@@ -23,7 +23,7 @@ std::string shown(double value)
 
 std::string shown_time(double time)
 {
-    const std::string text = time_text(time);
+    std::string text = time_text(time);
     if (!text.empty())
         return text;
     return time >= Forever ? "no end" : "no start";

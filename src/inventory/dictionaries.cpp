@@ -96,11 +96,12 @@ void Dictionaries::add_response(const Item &item)
         entry.promised = static_cast<std::size_t>(std::max(fir->num_coef_promised, 0));
     auto &known = entries_[static_cast<std::size_t>(Dictionary::responses)];
     const auto old = known.find(key);
-    if (old != known.end() && continues(old->second, entry))
+    if (old != known.end() && continues(old->second, entry)) {
         old->second.parts.push_back(std::move(entry.parts.front()));
-    else
-        define(Dictionary::responses, key, std::move(entry),
-               old == known.end() || same_parts(old->second, entry));
+    } else {
+        const bool same = old == known.end() || same_parts(old->second, entry);
+        define(Dictionary::responses, key, std::move(entry), same);
+    }
 }
 
 void Dictionaries::define(Dictionary dictionary, int code, DictionaryEntry entry, bool same)
