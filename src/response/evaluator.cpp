@@ -84,12 +84,12 @@ private:
 /// The entry of a term's filter; references to others do not outlive the call.
 Known &Evaluator::Work::known(const Term &term)
 {
-    constexpr std::size_t Most_Held = 2'000'000;
     constexpr std::size_t Entry = 50;
+    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 2'000'000;
     const Key key{term.filter, term.interval};
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;
-    if (held_ > Most_Held) {
+    if (held_ > most_held) {
         known_.clear();
         held_ = 0;
     }
