@@ -8,9 +8,10 @@
 
 #include <complex>
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -176,35 +177,65 @@ template <class T> class Interner
 {
 public:
     /// The copy that is equal to `value`.
-    std::shared_ptr<const T> operator()(T value)
-    {
-        const auto found = held_.find(value);
-        if (found != held_.end())
-            return *found;
-        return *held_.insert(std::make_shared<const T>(std::move(value))).first;
-    }
+    std::shared_ptr<const T> operator()(T &&value) { return copy_of(std::move(value)); }
+    std::shared_ptr<const T> operator()(const T &value) { return copy_of(value); }
     /// The same for a value that is shared already, never null.
     std::shared_ptr<const T> operator()(std::shared_ptr<const T> value)
     {
-        return *held_.insert(std::move(value)).first;
+        const auto tag = static_cast<std::uint32_t>(value->hash());
+        Slot &slot = find(*value, tag);
+        return slot.number != 0 ? held_[slot.number - 1] : hold(slot, tag, std::move(value));
     }
     /// Values held.
     [[nodiscard]] std::size_t size() const { return held_.size(); }
 
 private:
-    using Pointer = std::shared_ptr<const T>;
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(const Pointer &value) const { return value->hash(); }
-        std::size_t operator()(const T &value) const { return value.hash(); }
+    /// Of an open table: a value stands in the first free slot from that of its tag on.
+    struct Slot {
+        std::uint32_t tag = 0;    ///< the low bits of its hash
+        std::uint32_t number = 0; ///< index in held_, plus 1; 0: the slot is free
     };
-    struct Same {
-        using is_transparent = void;
-        bool operator()(const Pointer &a, const Pointer &b) const { return a == b || *a == *b; }
-        bool operator()(const T &a, const Pointer &b) const { return a == *b; }
-        bool operator()(const Pointer &a, const T &b) const { return *a == b; }
-    };
-    std::unordered_set<Pointer, Hash, Same> held_;
+
+    template <class Value> std::shared_ptr<const T> copy_of(Value &&value)
+    {
+        const auto tag = static_cast<std::uint32_t>(value.hash());
+        Slot &slot = find(value, tag);
+        return slot.number != 0
+                   ? held_[slot.number - 1]
+                   : hold(slot, tag, std::make_shared<const T>(std::forward<Value>(value)));
+    }
+    /// The slot of the copy that is equal to `value`, or the free one that is for it.
+    Slot &find(const T &value, std::uint32_t tag)
+    {
+        if (held_.size() + held_.size() / 2 >= slots_.size())
+            grow();
+        std::size_t at = tag & (slots_.size() - 1);
+        while (slots_[at].number != 0 &&
+               (slots_[at].tag != tag || !(*held_[slots_[at].number - 1] == value)))
+            at = (at + 1) & (slots_.size() - 1);
+        return slots_[at];
+    }
+    std::shared_ptr<const T> hold(Slot &slot, std::uint32_t tag, std::shared_ptr<const T> value)
+    {
+        held_.push_back(std::move(value));
+        slot = {tag, static_cast<std::uint32_t>(held_.size())};
+        return held_.back();
+    }
+    void grow()
+    {
+        const std::vector<Slot> old =
+            std::exchange(slots_, std::vector<Slot>(slots_.empty() ? 64 : 2 * slots_.size()));
+        for (const Slot &slot : old) {
+            std::size_t at = slot.tag & (slots_.size() - 1);
+            while (slots_[at].number != 0)
+                at = (at + 1) & (slots_.size() - 1);
+            if (slot.number != 0)
+                slots_[at] = slot;
+        }
+    }
+
+    std::vector<Slot> slots_; ///< a power of 2
+    std::deque<std::shared_ptr<const T>> held_;
 };
 
 struct ResponsePool {
@@ -228,7 +259,7 @@ private:
     void close_stage();
 
     ResponsePool &pool_;
-    Stage open_;
+    Stage open_; ///< its room and that of the next are reused, as copies are handed out
     Response response_;
 };
 

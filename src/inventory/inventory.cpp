@@ -71,8 +71,9 @@ struct Inventory::Work {
     std::unordered_map<ChannelCode, std::size_t, CodeHash> channel_of_code;
     bool finished = false;
     std::size_t epoch = None; ///< the channel epoch that is being described
-    ResponseParts parts;
-    EpochTable epoch_table;
+    ResponseParts parts{dictionaries};
+    mutable EpochTable epoch_table;        ///< made when data ask for it
+    mutable std::size_t epochs_listed = 0; ///< those that it holds
 
     std::vector<StationIndexEntry> station_index;
     std::vector<SpanIndexEntry> span_index;
@@ -88,7 +89,8 @@ struct Inventory::Work {
     void add_identifier(const Item &item, const blk_010_t &blk);
     void add_station(const Item &item, const blk_050_t &blk);
     void add_channel(const Item &item, const blk_052_t &blk);
-    void index_epoch(const ChannelCode &code, const ChannelEpoch &epoch);
+    void close_channel();
+    void list_epochs() const;
     void add_reference(const blk_060_t &blk);
     void add_indexes(const Item &item);
     void add_data(const Item &item, const blk_dh_t &header);
@@ -135,12 +137,19 @@ void Inventory::Work::add_station(const Item &item, const blk_050_t &blk)
                               .record = item.place().record,
                               .sequence_number = item.place().sequence_number,
                               .comments = {}});
+    close_channel();
+}
+
+void Inventory::Work::close_channel()
+{
+    if (epoch != None)
+        parts.close(epoch, &epochs[epoch]);
     epoch = None;
 }
 
 void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
 {
-    epoch = None;
+    close_channel();
     if (station_epochs.empty())
         return;
     const std::size_t station = station_epochs.back().station;
@@ -174,25 +183,29 @@ void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
                       .record = item.place().record,
                       .response = {},
                       .comments = {}});
-    index_epoch(code, epochs.back());
 }
 
-void Inventory::Work::index_epoch(const ChannelCode &code, const ChannelEpoch &described)
+/// Puts the epochs that came since the last time into the table.
+void Inventory::Work::list_epochs() const
 {
-    const auto add = [&](std::string_view network) {
-        epoch_table.add({ChannelCode(network, code.station(), code.location(), code.channel()),
-                         described.start, described.end, &described});
-    };
-    add(code.network());
-    if (!code.network().empty())
-        add({}); // for data without a network code
+    for (; epochs_listed < epochs.size(); ++epochs_listed) {
+        const ChannelEpoch &listed = epochs[epochs_listed];
+        const ChannelCode &code = channels[listed.channel].code;
+        const auto add = [&](std::string_view network) {
+            epoch_table.add({ChannelCode(network, code.station(), code.location(), code.channel()),
+                             listed.start, listed.end, &listed});
+        };
+        add(code.network());
+        if (!code.network().empty())
+            add({}); // for data without a network code
+    }
 }
 
 void Inventory::Work::add_reference(const blk_060_t &blk)
 {
     for (const blk_060_t::Stage &stage : blk.stage)
         for (const int key : stage.lookup_key)
-            parts.refer(epoch, stage.stage_num, key);
+            parts.refer(stage.stage_num, key);
 }
 
 void Inventory::Work::add_indexes(const Item &item)
@@ -275,9 +288,8 @@ void Inventory::Work::add_control(const Item &item)
                                           comment->comment_level});
     else if (const auto *reference = item.get<blk_060_t>())
         add_reference(*reference);
-    else if (std::optional<StagePart> part =
-                 stage_part(item, [this](int code) { return dictionaries.unit(code); }))
-        parts.add(epoch, std::move(*part));
+    else
+        parts.add(item);
 }
 
 Inventory::Inventory() : work_(std::make_unique<Work>()) {}
@@ -299,8 +311,8 @@ void Inventory::finish()
 {
     if (std::exchange(work_->finished, true))
         return;
-    for (std::size_t i = 0; i < work_->epochs.size(); ++i)
-        work_->parts.resolve(work_->dictionaries, i, &work_->epochs[i]);
+    work_->close_channel();
+    work_->parts.finish(&work_->epochs);
     for (std::size_t i = 0; i < work_->data.size(); ++i)
         work_->joiners[i].finish(&work_->data[i]);
 }
@@ -355,6 +367,7 @@ const ChannelEpoch *Inventory::epoch_at(const DataChannel &channel, double time)
 {
     if (work_->epochs.empty())
         return nullptr;
+    work_->list_epochs();
     if (const EpochSpan *found = work_->epoch_table.find(channel.code, time))
         return found->epoch;
     const ChannelCode &code = channel.code;
