@@ -138,7 +138,7 @@ void Checker::add_control(const Item &item)
     Inventory &inventory = context_->inventory;
     context_->fields = fields_read(item);
     inventory.add(item);
-    uses_.see(item, inventory, subject(item));
+    uses_.see(item, inventory, [&] { return subject(item); });
     look(item);
     if (item.type() == End_Of_File)
         return;
@@ -185,6 +185,33 @@ void Checker::meet_series(const Item &item, const blk_dh_t &header)
     }
 }
 
+/// The units that a channel epoch and its response refer to.
+void Checker::note_units(const ChannelEpoch &epoch)
+{
+    const auto use = [&](int code) { context_->unit_users.try_emplace(code, &epoch); };
+    use(epoch.signal_units);
+    use(epoch.calibration_units);
+    for (const StagePtr &stage : epoch.response.stages)
+        for (const Part &part : stage->parts)
+            if (const auto *filter = std::get_if<FilterPtr>(&part)) {
+                use((*filter)->input().code);
+                use((*filter)->output().code);
+            }
+}
+
+/// One after the other, each by all rules while it is at hand.
+void Checker::look_at_epochs()
+{
+    const Inventory &inventory = context_->inventory;
+    ResponseRoom room;
+    for (const ChannelEpoch &epoch : inventory.channel_epochs()) {
+        note_units(epoch);
+        look(epoch);
+        if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
+            look(ResponseSeen(inventory, epoch, &room));
+    }
+}
+
 std::vector<Finding> Checker::take()
 {
     const Inventory &inventory = context_->inventory;
@@ -194,11 +221,7 @@ std::vector<Finding> Checker::take()
         look(station);
     for (const Channel &channel : inventory.channels())
         look(channel);
-    for (const ChannelEpoch &epoch : inventory.channel_epochs()) {
-        look(epoch);
-        if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
-            look(ResponseSeen(inventory, epoch));
-    }
+    look_at_epochs();
     for (const DataChannel &channel : inventory.data_channels())
         look(channel);
     look(*context_);

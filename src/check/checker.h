@@ -41,6 +41,8 @@ private:
     template <class T> void look(const T &at) const;
     void add_data(const Item &item, const blk_dh_t &header);
     void add_control(const Item &item);
+    void note_units(const ChannelEpoch &epoch);
+    void look_at_epochs();
     void note_series(const SeriesIndexEntry &entry);
     void meet_series(const Item &item, const blk_dh_t &header);
     [[nodiscard]] std::string subject(const Item &item) const;
