@@ -11,7 +11,8 @@ namespace quarl
 namespace
 {
 
-/// Mixes what makes up a value into one hash. Equal numbers give equal hashes, 0 and -0 too.
+/// Mixes all that makes up a value into one hash, so that values which differ anywhere are told
+/// apart in one step. Equal numbers give equal hashes, 0 and -0 too.
 class Digest
 {
 public:
@@ -69,14 +70,24 @@ public:
         add(shape.symmetry);
         add(shape.coefficients);
     }
-    // Polynomials that differ in their bounds alone are too rare to be told apart here.
-    void add(const Polynomial &shape) { add(shape.coefficients); }
+    void add(const Polynomial &shape)
+    {
+        add(shape.approximation);
+        add(shape.frequency_unit);
+        add(shape.lower_frequency);
+        add(shape.upper_frequency);
+        add(shape.lower_bound);
+        add(shape.upper_bound);
+        add(shape.maximum_error);
+        add(shape.coefficients);
+    }
 
     void add(const FilterPtr &filter) { add(filter->hash()); }
     void add(const Decimation &decimation)
     {
         add(decimation.input_rate);
         add(decimation.factor);
+        add(decimation.offset);
         add(decimation.delay);
         add(decimation.correction);
     }
