@@ -6,6 +6,7 @@
 // ResponseBuilder with a ResponsePool, keeps one copy of equal ones.
 #pragma once
 
+#include <algorithm>
 #include <complex>
 #include <cstddef>
 #include <cstdint>
@@ -172,7 +173,8 @@ struct Response {
     bool operator==(const Response &other) const; ///< stages by content
 };
 
-/// Keeps one copy of equal values of T, which has a `hash` and ==, for as long as it lives itself.
+/// Keeps one copy of equal values of T, which has a `hash` and ==. Those that nobody else holds any
+/// more are let go when there are many.
 template <class T> class Interner
 {
 public:
@@ -184,15 +186,19 @@ public:
     {
         const auto tag = static_cast<std::uint32_t>(value->hash());
         Slot &slot = find(*value, tag);
-        return slot.number != 0 ? held_[slot.number - 1] : hold(slot, tag, std::move(value));
+        return slot.number != 0 ? held_[slot.number - 1].value : hold(slot, tag, std::move(value));
     }
     /// Values held.
     [[nodiscard]] std::size_t size() const { return held_.size(); }
 
 private:
+    struct Held {
+        std::uint32_t tag; ///< the low bits of its hash
+        std::shared_ptr<const T> value;
+    };
     /// Of an open table: a value stands in the first free slot from that of its tag on.
     struct Slot {
-        std::uint32_t tag = 0;    ///< the low bits of its hash
+        std::uint32_t tag = 0;
         std::uint32_t number = 0; ///< index in held_, plus 1; 0: the slot is free
     };
 
@@ -201,41 +207,46 @@ private:
         const auto tag = static_cast<std::uint32_t>(value.hash());
         Slot &slot = find(value, tag);
         return slot.number != 0
-                   ? held_[slot.number - 1]
+                   ? held_[slot.number - 1].value
                    : hold(slot, tag, std::make_shared<const T>(std::forward<Value>(value)));
     }
     /// The slot of the copy that is equal to `value`, or the free one that is for it.
     Slot &find(const T &value, std::uint32_t tag)
     {
         if (held_.size() + held_.size() / 2 >= slots_.size())
-            grow();
+            make_room();
         std::size_t at = tag & (slots_.size() - 1);
         while (slots_[at].number != 0 &&
-               (slots_[at].tag != tag || !(*held_[slots_[at].number - 1] == value)))
+               (slots_[at].tag != tag || !(*held_[slots_[at].number - 1].value == value)))
             at = (at + 1) & (slots_.size() - 1);
         return slots_[at];
     }
     std::shared_ptr<const T> hold(Slot &slot, std::uint32_t tag, std::shared_ptr<const T> value)
     {
-        held_.push_back(std::move(value));
+        held_.push_back({tag, std::move(value)});
         slot = {tag, static_cast<std::uint32_t>(held_.size())};
-        return held_.back();
+        return held_.back().value;
     }
-    void grow()
+    /// Lets go what is not needed. A table that stays more than a third full becomes larger.
+    void make_room()
     {
-        const std::vector<Slot> old =
-            std::exchange(slots_, std::vector<Slot>(slots_.empty() ? 64 : 2 * slots_.size()));
-        for (const Slot &slot : old) {
-            std::size_t at = slot.tag & (slots_.size() - 1);
+        constexpr std::size_t Many = 1024;
+        std::size_t size = std::max<std::size_t>(slots_.size(), 64);
+        if (size >= Many)
+            std::erase_if(held_, [](const Held &held) { return held.value.use_count() == 1; });
+        if (held_.size() > size / 3)
+            size *= 2;
+        slots_.assign(size, {});
+        for (std::size_t i = 0; i < held_.size(); ++i) {
+            std::size_t at = held_[i].tag & (size - 1);
             while (slots_[at].number != 0)
-                at = (at + 1) & (slots_.size() - 1);
-            if (slot.number != 0)
-                slots_[at] = slot;
+                at = (at + 1) & (size - 1);
+            slots_[at] = {held_[i].tag, static_cast<std::uint32_t>(i + 1)};
         }
     }
 
     std::vector<Slot> slots_; ///< a power of 2
-    std::deque<std::shared_ptr<const T>> held_;
+    std::deque<Held> held_;
 };
 
 struct ResponsePool {

@@ -70,6 +70,7 @@ void CodeUses::use(const Item &item, Dictionary dictionary, int code, const Inve
     if (is_new)
         known->second = {dictionary, code, item.type(), subject(), item.place().record, 0};
     ++known->second.count;
+    ++count_;
 }
 
 std::vector<PendingUse> CodeUses::take() const

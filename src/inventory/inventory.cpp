@@ -71,6 +71,7 @@ struct Inventory::Work {
     std::unordered_map<ChannelCode, std::size_t, CodeHash> channel_of_code;
     bool finished = false;
     std::size_t epoch = None; ///< the channel epoch that is being described
+    std::size_t ended = None; ///< the one that the last item ended
     ResponseParts parts{dictionaries};
     mutable EpochTable epoch_table;        ///< made when data ask for it
     mutable std::size_t epochs_listed = 0; ///< those that it holds
@@ -142,9 +143,9 @@ void Inventory::Work::add_station(const Item &item, const blk_050_t &blk)
 
 void Inventory::Work::close_channel()
 {
-    if (epoch != None)
-        parts.close(epoch, &epochs[epoch]);
-    epoch = None;
+    ended = std::exchange(epoch, None);
+    if (ended != None)
+        parts.close(ended, &epochs[ended]);
 }
 
 void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
@@ -299,6 +300,7 @@ Inventory::~Inventory() = default;
 
 void Inventory::add(const Item &item)
 {
+    work_->ended = None;
     if (const auto *header = item.get<blk_dh_t>())
         work_->add_data(item, *header);
     else if (item.type() == End_Of_File)
@@ -309,6 +311,7 @@ void Inventory::add(const Item &item)
 
 void Inventory::finish()
 {
+    work_->ended = None;
     if (std::exchange(work_->finished, true))
         return;
     work_->close_channel();
@@ -332,6 +335,17 @@ const Channel &Inventory::channel_of(const ChannelEpoch &epoch) const
 const Station &Inventory::station_of(const StationEpoch &epoch) const
 {
     return work_->stations[epoch.station];
+}
+
+const ChannelEpoch *Inventory::ended_epoch() const
+{
+    return work_->ended == None ? nullptr : &work_->epochs[work_->ended];
+}
+
+void Inventory::forget_ended_response()
+{
+    if (work_->ended != None)
+        work_->epochs[work_->ended].response = {};
 }
 
 const DictionaryEntry *Inventory::entry(Dictionary dictionary, int code) const

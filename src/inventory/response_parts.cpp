@@ -31,7 +31,7 @@ Part ResponseParts::named(const Part &part)
     const Unit output{raw.output().code, dictionaries_.unit(raw.output().code)};
     if (input == raw.input() && output == raw.output())
         return part;
-    FilterPtr &known = named_[filter->get()];
+    FilterPtr &known = named_[*filter];
     if (!known)
         known = pool_.filters(Filter(raw.shape(), input, output, raw.name()));
     return known;

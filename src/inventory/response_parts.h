@@ -47,7 +47,7 @@ private:
     bool refers_ = false;                                       ///< the open one
     std::unordered_map<std::size_t, std::vector<Raw>> waiting_; ///< epochs that refer, by index
     std::int64_t unit_changes_ = -1;                            ///< before the first part
-    std::unordered_map<const Filter *, FilterPtr> named_;
+    std::unordered_map<FilterPtr, FilterPtr> named_;
 };
 
 } // namespace quarl
