@@ -129,7 +129,7 @@ void blockette_length(const Context &context, const Item &item, const Report &re
 
 void blockette_unknown(const Context & /*context*/, const Item &item, const Report &report)
 {
-    if (!is_control(item) || is_read(item))
+    if (!is_control(item) || is_read(item) || !has_prefix(item))
         return;
     report(item.place().record, group_of(item), [&] {
         const std::string_view name = item.name();

@@ -46,6 +46,13 @@ void be_polynomial(SoundVolume &volume, bool whole)
         volume.response.push_back({62, text(0)});
 }
 
+/// The last filter stands in the response dictionary, with `middle` as its second coefficient.
+void refer(SoundVolume &volume, const char *middle)
+{
+    volume.dictionaries.push_back({41, std::string("0001F~B0030030002+2.5000000E-01") + middle});
+    volume.response[Filter] = {60, "0103010001"};
+}
+
 const CheckCase Cases[] = {
     {"response-unwanted",
      [](SoundVolume &v) {
@@ -181,12 +188,28 @@ const CheckCase Cases[] = {
          f.coefficients[1] = .51;
          set(v, Filter, b061(f));
      }},
+    {"fir-gain", [](SoundVolume &v) { refer(v, "+5.3000000E-01"); },
+     [](SoundVolume &v) { refer(v, "+5.0000000E-01"); }},
 };
 
 TEST(CheckResponseRules, EachIsBrokenAlone)
 {
     for (const CheckCase &each : Cases)
         expect_alone(each);
+}
+
+/// What a code stands for is looked at in the end, when it is defined behind the epochs that use
+/// it.
+TEST(CheckResponseRules, UnitsThatAreNamedLater)
+{
+    SoundVolume volume;
+    volume.channels.push_back(volume.channels[0]);
+    volume.channels[0].end = volume.channels[1].start = "2024,001";
+    volume.response.push_back({34, b034(1, "M", "Named behind the response")});
+    EXPECT_EQ(rules_broken(volume.bytes()), "code-redefined record-type sensor-units");
+    volume.dictionaries.erase(volume.dictionaries.begin() + 3);
+    EXPECT_EQ(rules_broken(volume.bytes()), "header-order record-type sensor-units");
+    EXPECT_NE(findings(volume.bytes()).find("'M', expected is M/S +1"), std::string::npos);
 }
 
 /// Digital stages without any decimation break both rules: one cannot be had alone.
