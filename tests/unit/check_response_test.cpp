@@ -46,8 +46,8 @@ void be_polynomial(SoundVolume &volume, bool whole)
         volume.response.push_back({62, text(0)});
 }
 
-/// The last filter stands in the response dictionary, with `middle` as its second coefficient. It is
-/// that of an epoch behind which another one stands.
+/// The last filter stands in the response dictionary, with `middle` as its second coefficient. It
+/// is that of an epoch behind which another one stands.
 void refer(SoundVolume &volume, const char *middle)
 {
     volume.channels.push_back(volume.channels[0]);
