@@ -1,7 +1,5 @@
 #include "check/checker.h"
 
-#include "check/response_seen.h"
-
 #include <algorithm>
 
 namespace quarl
@@ -57,6 +55,9 @@ void Checker::begin()
     context_ = std::make_unique<Context>();
     context_->evaluator = &evaluator_;
     uses_ = {};
+    uses_before_ = 0;
+    refers_ = false;
+    deferred_.clear();
     series_by_number_.clear();
 }
 
@@ -138,7 +139,13 @@ void Checker::add_control(const Item &item)
     Inventory &inventory = context_->inventory;
     context_->fields = fields_read(item);
     inventory.add(item);
-    uses_.see(item, inventory, subject(item));
+    end_epoch();
+    if (item.get<blk_052_t>()) {
+        uses_before_ = uses_.count();
+        refers_ = false;
+    }
+    refers_ |= item.type() == blk_060_t::Number;
+    uses_.see(item, inventory, [&] { return subject(item); });
     look(item);
     if (item.type() == End_Of_File)
         return;
@@ -185,20 +192,57 @@ void Checker::meet_series(const Item &item, const blk_dh_t &header)
     }
 }
 
+/// The units that a channel epoch and its response refer to.
+void Checker::note_units(const ChannelEpoch &epoch)
+{
+    const auto use = [&](int code) { context_->unit_users.try_emplace(code, &epoch); };
+    use(epoch.signal_units);
+    use(epoch.calibration_units);
+    for (const StagePtr &stage : epoch.response.stages)
+        for (const Part &part : stage->parts)
+            if (const auto *filter = std::get_if<FilterPtr>(&part)) {
+                use((*filter)->input().code);
+                use((*filter)->output().code);
+            }
+}
+
+void Checker::look_at_epoch(const ChannelEpoch &epoch)
+{
+    const Inventory &inventory = context_->inventory;
+    note_units(epoch);
+    look(epoch);
+    if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
+        look(ResponseSeen(inventory, epoch, &room_));
+}
+
+/// Looks at the channel epoch that has ended while it is at hand, and lets its response go: those
+/// of an archive need not fit into memory. What its dictionaries lack so far may come behind it.
+void Checker::end_epoch()
+{
+    Inventory &inventory = context_->inventory;
+    const ChannelEpoch *epoch = inventory.ended_epoch();
+    if (!epoch)
+        return;
+    if (refers_ || uses_.count() != uses_before_) {
+        deferred_.push_back(epoch);
+    } else {
+        look_at_epoch(*epoch);
+        inventory.forget_ended_response();
+    }
+}
+
 std::vector<Finding> Checker::take()
 {
     const Inventory &inventory = context_->inventory;
     context_->inventory.finish();
+    end_epoch();
     context_->uses = uses_.take();
     for (const Station &station : inventory.stations())
         look(station);
     for (const Channel &channel : inventory.channels())
         look(channel);
-    for (const ChannelEpoch &epoch : inventory.channel_epochs()) {
-        look(epoch);
-        if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
-            look(ResponseSeen(inventory, epoch));
-    }
+    for (const ChannelEpoch *epoch : deferred_)
+        look_at_epoch(*epoch);
     for (const DataChannel &channel : inventory.data_channels())
         look(channel);
     look(*context_);
