@@ -3,6 +3,7 @@
 #include "check/response_seen.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quarl
 {
@@ -185,7 +186,7 @@ void Checker::meet_series(const Item &item, const blk_dh_t &header)
     }
 }
 
-std::vector<Finding> Checker::take()
+std::vector<Finding> Checker::take(Inventory *taken)
 {
     const Inventory &inventory = context_->inventory;
     context_->inventory.finish();
@@ -202,6 +203,8 @@ std::vector<Finding> Checker::take()
     for (const DataChannel &channel : inventory.data_channels())
         look(channel);
     look(*context_);
+    if (taken)
+        *taken = std::move(context_->inventory);
     begin();
     return findings_.take();
 }

@@ -25,8 +25,9 @@ public:
     void hear(const Message &message);
     void enter(const LogicalRecord &record);
     void add(const Item &item);
-    /// What was found; the checker is ready for another volume.
-    std::vector<Finding> take();
+    /// What was found; the checker is ready for another volume. `inventory` gets that of this one,
+    /// finished.
+    std::vector<Finding> take(Inventory *inventory = nullptr);
 
 private:
     template <class T> struct Asked {

@@ -1,0 +1,76 @@
+// The responses of a page: evaluated once where they are equal, and their filters told once.
+#pragma once
+
+#include "html/json_writer.h"
+#include "html/volume_read.h"
+
+#include <cstddef>
+#include <optional>
+#include <quarl/response.h>
+#include <unordered_map>
+#include <vector>
+
+namespace quarl::html
+{
+
+/// Writes responses one after the other, and remembers what they consist of.
+class Curves
+{
+public:
+    explicit Curves(const VolumeRead &volume);
+
+    /// The members "stages" of all epochs refer to the filters that this meets: the array
+    /// "responses".
+    void write_responses(Json *json);
+    /// False when an earlier epoch has the same.
+    [[nodiscard]] bool has_stages(std::size_t epoch) const { return has_stages_[epoch]; }
+    /// The stages of a channel epoch, from 1 on, behind all responses.
+    void write_stages(Json *json, std::size_t epoch) const;
+    /// The array "filters", behind all responses.
+    void write_filters(Json *json) const;
+
+private:
+    /// What decides a filter's curve in a page.
+    struct Key {
+        FilterPtr filter;
+        double interval = 0.0;
+        double delay = 0.0;
+        double norm_frequency = 0.0; ///< at which its amplitude is made 1
+        double scale = 1.0;          ///< of the gain that entered H by the one that is stated
+        bool as_stated = true;
+
+        bool operator==(const Key &other) const;
+    };
+    struct KeyHash {
+        std::size_t operator()(const Key &key) const { return key.filter->hash(); }
+    };
+    /// A filter and its values, as far as the longest response needs them.
+    struct Shown {
+        const Filter *filter = nullptr;
+        std::vector<std::complex<double>> values;
+    };
+    struct ResponseHash {
+        std::size_t operator()(const Response *response) const { return response->hash(); }
+    };
+    struct SameResponse {
+        bool operator()(const Response *a, const Response *b) const { return *a == *b; }
+    };
+
+    void write_response(Json *json, std::size_t epoch);
+    void write_new(Json *json, std::size_t epoch);
+    void meet_filters(std::size_t epoch, const Evaluation &evaluation);
+    std::optional<std::size_t> meet_filter(const Key &key, const StageCurve *curve, double gain);
+    void write_stage(Json *json, const Stage &stage, std::optional<std::size_t> filter) const;
+
+    const VolumeRead &volume_;
+    Evaluator evaluator_;
+    std::unordered_map<const Response *, std::size_t, ResponseHash, SameResponse> first_;
+    std::unordered_map<Key, std::size_t, KeyHash> filter_by_key_;
+    std::vector<Shown> filters_;
+    /// By epoch, for each stage but 0 its filter; nothing where an earlier epoch has the same.
+    std::vector<std::vector<std::optional<std::size_t>>> filters_of_;
+    std::vector<bool> has_stages_;                        ///< by epoch
+    std::unordered_map<std::size_t, std::string> errors_; ///< by epoch
+};
+
+} // namespace quarl::html
