@@ -3,8 +3,13 @@
 #include "response/kind.h"
 #include "response/plan.h"
 
+#include "html/drawn.h"
+#include "platform/number.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <span>
 
 namespace quarl::html
 {
@@ -12,9 +17,12 @@ namespace quarl::html
 namespace
 {
 
-constexpr int Curve_Digits = 9;
+constexpr int Amplitude_Digits = 9;
+constexpr int Phase_Decimals = 5;
 constexpr int Frequency_Digits = 10;
-constexpr int Filter_Digits = 6; ///< of curves that are only drawn
+// Of curves that are only drawn.
+constexpr int Drawn_Digits = 4;
+constexpr int Drawn_Decimals = 1;
 
 double highest_rate(const Inventory &inventory)
 {
@@ -85,18 +93,36 @@ void write_roots(Json *json, const std::vector<std::complex<double>> &roots)
     json->close(']');
 }
 
-void write_curve(Json *json, std::span<const std::complex<double>> values, int digits)
+void write_curve(Json *json, std::span<const std::complex<double>> values)
 {
     json->key("amplitude").open('[');
     for (const std::complex<double> &value : values)
-        json->real(std::abs(value), digits);
+        json->real(std::abs(value), Amplitude_Digits);
     json->close(']');
     json->key("phase").open('[');
     for (const std::complex<double> &value : values)
-        json->real(phase_degrees(value), digits);
+        json->fixed(phase_degrees(value), Phase_Decimals);
     json->close(']');
 }
 
+void write_drawn(Json *json, std::span<const std::complex<double>> values)
+{
+    Drawn curve;
+    for (const std::complex<double> &value : values) {
+        curve.height.push_back(0.5 * std::log(std::norm(value)));
+        curve.phase.push_back(phase_degrees(value));
+    }
+    const std::vector<std::size_t> at = corners(curve);
+    json->key("at").indexes(at);
+    json->key("amplitude").open('[');
+    for (const std::size_t i : at)
+        json->real(std::abs(values[i]), Drawn_Digits);
+    json->close(']');
+    json->key("phase").open('[');
+    for (const std::size_t i : at)
+        json->fixed(curve.phase[i], Drawn_Decimals);
+    json->close(']');
+}
 } // namespace
 
 bool Curves::Key::operator==(const Key &other) const
@@ -106,9 +132,25 @@ bool Curves::Key::operator==(const Key &other) const
            as_stated == other.as_stated && (filter == other.filter || *filter == *other.filter);
 }
 
+GridText::GridText(std::span<const double> frequencies)
+{
+    for (const double frequency : frequencies) {
+        if (!text_.empty())
+            text_ += ',';
+        std::array<char, Real_Room> number{};
+        text_.append(number.data(), put_general(number.data(), frequency, Frequency_Digits));
+        ends_.push_back(text_.size());
+    }
+}
+
+std::string_view GridText::first(std::size_t count) const
+{
+    return std::string_view(text_).substr(0, count == 0 ? 0 : ends_[count - 1]);
+}
+
 Curves::Curves(const VolumeRead &volume)
     : volume_(volume), evaluator_(frequency_grid(highest_rate(volume.inventory))),
-      filters_of_(volume.inventory.channel_epochs().size()),
+      grid_(evaluator_.frequencies()), filters_of_(volume.inventory.channel_epochs().size()),
       has_stages_(volume.inventory.channel_epochs().size())
 {
 }
@@ -154,9 +196,8 @@ void Curves::write_new(Json *json, std::size_t at)
     } else if (evaluation.values.empty()) {
         errors_[at] = "no frequency lies below half the sample rate";
     } else {
-        const std::span<const double> grid(evaluator_.frequencies());
-        json->key("frequency").reals(grid.first(evaluation.values.size()), Frequency_Digits);
-        write_curve(json, evaluation.values, Curve_Digits);
+        json->key("frequency").numbers(grid_.first(evaluation.values.size()));
+        write_curve(json, evaluation.values);
     }
 }
 
@@ -255,7 +296,7 @@ void Curves::write_filters(Json *json) const
             write_roots(&json->key("zeros"), roots->zeros);
         }
         if (!values.empty())
-            write_curve(json, values, Filter_Digits);
+            write_drawn(json, values);
         json->close('}');
     }
     json->close(']');

@@ -7,11 +7,27 @@
 #include <cstddef>
 #include <optional>
 #include <quarl/response.h>
+#include <span>
+#include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
 namespace quarl::html
 {
+
+/// The numbers of a grid as they stand in an array of JSON: made once, and written for each
+/// response.
+class GridText
+{
+public:
+    explicit GridText(std::span<const double> frequencies);
+    [[nodiscard]] std::string_view first(std::size_t count) const;
+
+private:
+    std::string text_;
+    std::vector<std::size_t> ends_; ///< of each number
+};
 
 /// Writes responses one after the other, and remembers what they consist of.
 class Curves
@@ -64,6 +80,7 @@ private:
 
     const VolumeRead &volume_;
     Evaluator evaluator_;
+    GridText grid_; ///< of its frequencies
     std::unordered_map<const Response *, std::size_t, ResponseHash, SameResponse> first_;
     std::unordered_map<Key, std::size_t, KeyHash> filter_by_key_;
     std::vector<Shown> filters_;

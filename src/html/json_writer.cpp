@@ -4,7 +4,9 @@
 #include "platform/text.h"
 #include "json/text.h"
 
+#include <array>
 #include <cmath>
+#include <cstdlib>
 #include <quarl/contents.h>
 
 namespace quarl::html
@@ -62,6 +64,34 @@ void Json::real(double value, int digits)
         out_.write("null");
 }
 
+void Json::fixed(double value, int decimals)
+{
+    constexpr double Most = 1e9;
+    static constexpr std::array<int, 6> Powers = {1, 10, 100, 1000, 10000, 100000};
+    if (!(std::abs(value) < Most)) {
+        real(value);
+        return;
+    }
+    begin();
+    const int scale = Powers[static_cast<std::size_t>(decimals)];
+    auto units = static_cast<std::int64_t>(std::llround(value * scale));
+    char *to = out_.reserve(json::Number_Room);
+    if (units < 0)
+        *to++ = '-';
+    units = std::abs(units);
+    to = json::put_number(to, units / scale);
+    if (auto rest = static_cast<std::uint64_t>(units % scale); rest > 0) {
+        for (; rest % 10 == 0; rest /= 10)
+            --decimals;
+        *to++ = '.';
+        char *const end = to + decimals;
+        for (char *at = end; at != to; rest /= 10)
+            *--at = static_cast<char>('0' + rest % 10);
+        to = end;
+    }
+    out_.commit(to);
+}
+
 void Json::time(double seconds)
 {
     constexpr double Ticks = 10000;
@@ -91,11 +121,10 @@ void Json::index(std::optional<std::size_t> value)
         null();
 }
 
-void Json::reals(std::span<const double> values, int digits)
+void Json::numbers(std::string_view joined)
 {
     open('[');
-    for (const double value : values)
-        real(value, digits);
+    out_.write(joined);
     close(']');
 }
 

@@ -43,6 +43,8 @@ public:
     void real(double value);
     /// With `digits` significant ones at most.
     void real(double value, int digits);
+    /// Rounded to so many decimals, of an angle or the like; null when it is not finite.
+    void fixed(double value, int decimals);
     /// Seconds since 1970-01-01, to 0.0001 s; null for the times that stand for an open end.
     void time(double seconds);
     void truth(bool value);
@@ -50,7 +52,8 @@ public:
 
     /// null where there is no value
     void index(std::optional<std::size_t> value);
-    void reals(std::span<const double> values, int digits);
+    /// An array of numbers that were made before.
+    void numbers(std::string_view joined);
     void indexes(std::span<const std::size_t> values);
 
 private:
