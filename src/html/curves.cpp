@@ -3,7 +3,6 @@
 #include "response/kind.h"
 #include "response/plan.h"
 
-#include "html/drawn.h"
 #include "platform/number.h"
 
 #include <algorithm>
@@ -105,24 +104,22 @@ void write_curve(Json *json, std::span<const std::complex<double>> values)
     json->close(']');
 }
 
-void write_drawn(Json *json, std::span<const std::complex<double>> values)
+void write_drawn(Json *json, const std::vector<DrawnPoint> &points)
 {
-    Drawn curve;
-    for (const std::complex<double> &value : values) {
-        curve.height.push_back(0.5 * std::log(std::norm(value)));
-        curve.phase.push_back(phase_degrees(value));
-    }
-    const std::vector<std::size_t> at = corners(curve);
-    json->key("at").indexes(at);
+    json->key("at").open('[');
+    for (const DrawnPoint &point : points)
+        json->whole(point.at);
+    json->close(']');
     json->key("amplitude").open('[');
-    for (const std::size_t i : at)
-        json->real(std::abs(values[i]), Drawn_Digits);
+    for (const DrawnPoint &point : points)
+        json->real(point.amplitude, Drawn_Digits);
     json->close(']');
     json->key("phase").open('[');
-    for (const std::size_t i : at)
-        json->fixed(curve.phase[i], Drawn_Decimals);
+    for (const DrawnPoint &point : points)
+        json->fixed(point.phase, Drawn_Decimals);
     json->close(']');
 }
+
 } // namespace
 
 bool Curves::Key::operator==(const Key &other) const
@@ -207,12 +204,11 @@ std::optional<std::size_t> Curves::meet_filter(const Key &key, const StageCurve 
         return {};
     const auto [known, is_new] = filter_by_key_.try_emplace(key, filters_.size());
     if (is_new)
-        filters_.push_back({known->first.filter.get(), {}});
-    std::vector<std::complex<double>> &values = filters_[known->second].values;
-    if (curve && curve->values.size() > values.size()) {
-        values = curve->values;
-        for (std::complex<double> &value : values)
-            value /= gain;
+        filters_.push_back({known->first.filter.get(), 0, {}});
+    Shown &shown = filters_[known->second];
+    if (curve && curve->values.size() > shown.size) {
+        shown.size = curve->values.size();
+        shown.points = drawn(curve->values, gain);
     }
     return known->second;
 }
@@ -282,8 +278,8 @@ void Curves::write_stages(Json *json, std::size_t epoch) const
 void Curves::write_filters(Json *json) const
 {
     json->open('[');
-    for (const auto &[filter, values] : filters_) {
-        const FilterShape &shape = filter->shape();
+    for (const Shown &shown : filters_) {
+        const FilterShape &shape = shown.filter->shape();
         json->open('{');
         json->key("kind").text(kind_name(shape));
         const char letter = type_letter(shape);
@@ -295,8 +291,8 @@ void Curves::write_filters(Json *json) const
             write_roots(&json->key("poles"), roots->poles);
             write_roots(&json->key("zeros"), roots->zeros);
         }
-        if (!values.empty())
-            write_drawn(json, values);
+        if (!shown.points.empty())
+            write_drawn(json, shown.points);
         json->close('}');
     }
     json->close(']');

@@ -1,6 +1,7 @@
 // The responses of a page: evaluated once where they are equal, and their filters told once.
 #pragma once
 
+#include "html/drawn.h"
 #include "html/json_writer.h"
 #include "html/volume_read.h"
 
@@ -60,10 +61,11 @@ private:
     struct KeyHash {
         std::size_t operator()(const Key &key) const { return key.filter->hash(); }
     };
-    /// A filter and its values, as far as the longest response needs them.
+    /// A filter and its curve, as far as the longest response needs it.
     struct Shown {
         const Filter *filter = nullptr;
-        std::vector<std::complex<double>> values;
+        std::size_t size = 0; ///< of the grid that the curve covers
+        std::vector<DrawnPoint> points;
     };
     struct ResponseHash {
         std::size_t operator()(const Response *response) const { return response->hash(); }

@@ -1,7 +1,9 @@
 #include "html/drawn.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <quarl/response.h>
 
 namespace quarl::html
 {
@@ -36,29 +38,57 @@ private:
     double highest_ = std::numeric_limits<double>::infinity();
 };
 
+double amplitude_of(std::complex<double> value)
+{
+    const double square = std::norm(value);
+    return std::isnormal(square) ? std::sqrt(square) : std::abs(value);
+}
+
+/// Most filters are symmetric and turn nothing.
+double phase_of(std::complex<double> value)
+{
+    return value.imag() == 0.0 && value.real() >= 0.0 ? 0.0 : phase_degrees(value);
+}
+
 } // namespace
 
-std::vector<std::size_t> corners(const Drawn &curve)
+std::vector<DrawnPoint> drawn(std::span<const std::complex<double>> values, double gain)
 {
     constexpr double Height = 0.005; // of the natural logarithm
     constexpr double Degrees = 0.5;
-    std::vector<std::size_t> at = {0};
-    Fan height(&curve.height, 0, Height);
-    Fan phase(&curve.phase, 0, Degrees);
-    for (std::size_t i = 1; i < curve.height.size(); ++i) {
+    std::vector<DrawnPoint> points;
+    if (values.empty())
+        return points;
+    std::vector<double> heights;
+    std::vector<double> phases;
+    heights.reserve(values.size());
+    phases.reserve(values.size());
+    for (const std::complex<double> &value : values) {
+        heights.push_back(std::log(amplitude_of(value)));
+        phases.push_back(phase_of(gain < 0.0 ? -value : value));
+    }
+    const auto add = [&](std::size_t i) {
+        const auto at = static_cast<std::int32_t>(i);
+        if (points.empty() || points.back().at != at)
+            points.push_back({at, static_cast<float>(amplitude_of(values[i]) / std::abs(gain)),
+                              static_cast<float>(phases[i])});
+    };
+    Fan height(&heights, 0, Height);
+    Fan phase(&phases, 0, Degrees);
+    add(0);
+    for (std::size_t i = 1; i < values.size(); ++i) {
         const bool rises = height.reaches(i);
         if (phase.reaches(i) && rises)
             continue;
-        if (at.back() != i - 1)
-            at.push_back(i - 1);
-        height = Fan(&curve.height, i - 1, Height);
-        phase = Fan(&curve.phase, i - 1, Degrees);
+        add(i - 1);
+        height = Fan(&heights, i - 1, Height);
+        phase = Fan(&phases, i - 1, Degrees);
         (void)height.reaches(i);
         (void)phase.reaches(i);
     }
-    if (at.back() + 1 != curve.height.size())
-        at.push_back(curve.height.size() - 1);
-    return at;
+    add(values.size() - 1);
+    points.shrink_to_fit();
+    return points;
 }
 
 } // namespace quarl::html

@@ -1,20 +1,24 @@
 // Curves as they are drawn: with the points alone that straight lines between them need.
 #pragma once
 
-#include <cstddef>
+#include <complex>
+#include <cstdint>
+#include <span>
 #include <vector>
 
 namespace quarl::html
 {
 
-/// A curve as it is drawn: logarithm of the amplitude and phase, one value per step of the grid.
-struct Drawn {
-    std::vector<double> height;
-    std::vector<double> phase;
+/// A point of a curve, and where on the grid of frequencies it lies.
+struct DrawnPoint {
+    std::int32_t at;
+    float amplitude;
+    float phase; ///< degrees
 };
 
-/// The points between which straight lines are close to the curve. A point that has no value is
+/// The points of a curve, given by its values times `gain` along the grid, between which straight
+/// lines (of the amplitude's logarithm and the phase) are close to it. A point without a value is
 /// one of them.
-std::vector<std::size_t> corners(const Drawn &curve);
+std::vector<DrawnPoint> drawn(std::span<const std::complex<double>> values, double gain);
 
 } // namespace quarl::html

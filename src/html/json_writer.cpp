@@ -15,9 +15,10 @@ namespace quarl::html
 Json &Json::key(std::string_view name)
 {
     begin();
-    out_.write("\"");
+    put('"');
     out_.write(name);
-    out_.write("\":");
+    put('"');
+    put(':');
     comma_ = false;
     return *this;
 }
@@ -25,7 +26,7 @@ Json &Json::key(std::string_view name)
 void Json::string(std::string_view bytes, bool is_utf8)
 {
     begin();
-    out_.write("\"");
+    put('"');
     for (const char c : bytes) {
         char *to = out_.reserve(json::string_room(1));
         const auto byte = static_cast<unsigned char>(c);
@@ -37,7 +38,7 @@ void Json::string(std::string_view bytes, bool is_utf8)
             to = json::put_special(to, byte);
         out_.commit(to);
     }
-    out_.write("\"");
+    put('"');
 }
 
 void Json::text(std::string_view latin) { string(trimmed(latin), false); }

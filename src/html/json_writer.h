@@ -22,12 +22,12 @@ public:
     void open(char bracket)
     {
         begin();
-        out_.write({&bracket, 1});
+        put(bracket);
         comma_ = false;
     }
     void close(char bracket)
     {
-        out_.write({&bracket, 1});
+        put(bracket);
         comma_ = true;
     }
     /// `name` is one of the program's own: nothing in it needs to be escaped. The value follows:
@@ -60,8 +60,14 @@ private:
     void begin()
     {
         if (comma_)
-            out_.write(",");
+            put(',');
         comma_ = true;
+    }
+    void put(char c)
+    {
+        char *to = out_.reserve(1);
+        *to++ = c;
+        out_.commit(to);
     }
     void string(std::string_view bytes, bool is_utf8);
 

@@ -37,26 +37,62 @@ constexpr std::size_t Lanes = 8; ///< angles that are worked on side by side, in
 
 using Block = std::array<double, Lanes>;
 
-/// Horner's rule at e^(-i angle) for all lanes. A point on the unit circle keeps the rounding
+/// A point on the unit circle for each lane.
+struct Turn {
+    Block real{};
+    Block imag{};
+
+    /// e^(-i angle)
+    static Turn by(const Block &angle)
+    {
+        Turn turn;
+        for (std::size_t i = 0; i < Lanes; ++i) {
+            turn.real[i] = std::cos(angle[i]);
+            turn.imag[i] = -std::sin(angle[i]);
+        }
+        return turn;
+    }
+    /// One after the other.
+    [[nodiscard]] Turn then(const Turn &other) const
+    {
+        Turn both;
+        for (std::size_t i = 0; i < Lanes; ++i) {
+            both.real[i] = real[i] * other.real[i] - imag[i] * other.imag[i];
+            both.imag[i] = real[i] * other.imag[i] + imag[i] * other.real[i];
+        }
+        return both;
+    }
+};
+
+/// Horner's rule at e^(-i angle) for all lanes, by groups of coefficients: a turn of the whole sum
+/// costs as much as two coefficients of a group. A point on the unit circle keeps the rounding
 /// errors of earlier turns as they are, so they only add up.
 void horner(std::span<const double> coefficients, const Block &angle, Block *real, Block *imag)
 {
-    Block cosine{};
-    Block sine{};
-    for (std::size_t i = 0; i < Lanes; ++i) {
-        cosine[i] = std::cos(angle[i]);
-        sine[i] = -std::sin(angle[i]);
-    }
+    constexpr std::size_t Group = 4;
+    const Turn once = Turn::by(angle);
+    const Turn twice = once.then(once);
+    const Turn thrice = twice.then(once);
+    const Turn all = twice.then(twice);
     Block re{};
     Block im{};
-    for (auto coefficient = coefficients.rbegin(); coefficient != coefficients.rend();
-         ++coefficient) {
+    const auto add = [&](std::span<const double, Group> c) {
         for (std::size_t i = 0; i < Lanes; ++i) {
-            const double turned = re[i] * cosine[i] - im[i] * sine[i] + *coefficient;
-            im[i] = re[i] * sine[i] + im[i] * cosine[i];
-            re[i] = turned;
+            const double turned = re[i] * all.real[i] - im[i] * all.imag[i];
+            im[i] = re[i] * all.imag[i] + im[i] * all.real[i] + c[1] * once.imag[i] +
+                    c[2] * twice.imag[i] + c[3] * thrice.imag[i];
+            re[i] =
+                turned + c[0] + c[1] * once.real[i] + c[2] * twice.real[i] + c[3] * thrice.real[i];
         }
+    };
+    const std::size_t whole = coefficients.size() / Group * Group;
+    if (whole < coefficients.size()) {
+        std::array<double, Group> last{};
+        std::copy(coefficients.begin() + whole, coefficients.end(), last.begin());
+        add(last);
     }
+    for (std::size_t at = whole; at > 0; at -= Group)
+        add(coefficients.subspan(at - Group).first<Group>());
     *real = re;
     *imag = im;
 }
