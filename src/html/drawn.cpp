@@ -24,7 +24,8 @@ public:
     {
         const auto steps = static_cast<double>(at - from_);
         const double rise = (*values_)[at] - (*values_)[from_];
-        const bool passes = rise >= lowest_ * steps && rise <= highest_ * steps;
+        ended_ |= !std::isfinite(rise);
+        const bool passes = !ended_ && rise >= lowest_ * steps && rise <= highest_ * steps;
         lowest_ = std::max(lowest_, (rise - tolerance_) / steps);
         highest_ = std::min(highest_, (rise + tolerance_) / steps);
         return passes;
@@ -34,6 +35,7 @@ private:
     const std::vector<double> *values_;
     std::size_t from_;
     double tolerance_;
+    bool ended_ = false; ///< by a point without a value
     double lowest_ = -std::numeric_limits<double>::infinity(); ///< per step
     double highest_ = std::numeric_limits<double>::infinity();
 };

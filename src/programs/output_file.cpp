@@ -65,12 +65,31 @@ private:
     int fd_ = -1;
 };
 
-/// What a symbolic link leads to.
-std::string real_path(const std::string &path)
+/// The file behind `path`, links followed, where it can be replaced by another of that name; empty
+/// for what has to be written to as it is. A name in /dev or /proc stands for what a process has
+/// open, whatever that is.
+std::string replaceable(const std::string &path, const struct stat *status)
 {
+    if (!status)
+        return path;
+    if (!S_ISREG(status->st_mode) || path.starts_with("/dev/") || path.starts_with("/proc/"))
+        return {};
     const std::unique_ptr<char, void (*)(void *)> real(realpath(path.c_str(), nullptr), std::free);
-    return real ? real.get() : path;
+    return real ? real.get() : "";
 }
+
+/// Closes a descriptor.
+class Closing
+{
+public:
+    explicit Closing(int fd) : fd_(fd) {}
+    Closing(const Closing &) = delete;
+    Closing &operator=(const Closing &) = delete;
+    ~Closing() { close(fd_); }
+
+private:
+    int fd_;
+};
 
 void write_through(int fd, const std::string &path, const std::function<void(Out &)> &write)
 try {
@@ -88,18 +107,17 @@ try {
 void write_file(const std::string &path, const std::function<void(Out &)> &write)
 {
     struct stat status = {};
-    const bool is_there = stat(path.c_str(), &status) == 0;
-    if (!is_there || S_ISREG(status.st_mode)) {
-        Draft draft(real_path(path), is_there ? &status : nullptr);
+    const struct stat *there = stat(path.c_str(), &status) == 0 ? &status : nullptr;
+    if (const std::string target = replaceable(path, there); !target.empty()) {
+        Draft draft(target, there);
         write_through(draft.fd(), path, write);
         draft.finish();
         return;
     }
-    const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    const int fd = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     if (fd < 0)
         fail(path, errno);
-    const std::unique_ptr<const int, void (*)(const int *)> closed(
-        &fd, [](const int *open_fd) { close(*open_fd); });
+    const Closing closing(fd);
     write_through(fd, path, write);
 }
 
