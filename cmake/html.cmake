@@ -8,8 +8,9 @@ if(NOT D3_SCRIPT)
 endif()
 
 # The page's own scripts, in the order in which they run.
-set(html_scripts src/html/page.js)
-list(TRANSFORM html_scripts PREPEND ${CMAKE_SOURCE_DIR}/)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS src/html/order.txt)
+file(STRINGS src/html/order.txt html_scripts)
+list(TRANSFORM html_scripts PREPEND ${CMAKE_SOURCE_DIR}/src/html/)
 set(html_style ${CMAKE_SOURCE_DIR}/src/html/page.css)
 set(d3_licence ${CMAKE_SOURCE_DIR}/src/html/d3-licence.txt)
 

@@ -16,9 +16,9 @@ namespace quarl::html
 namespace
 {
 
-constexpr int Amplitude_Digits = 9;
+constexpr int Amplitude_Digits = 8;
 constexpr int Phase_Decimals = 5;
-constexpr int Frequency_Digits = 10;
+constexpr int Frequency_Digits = 9;
 // Of curves that are only drawn.
 constexpr int Drawn_Digits = 4;
 constexpr int Drawn_Decimals = 1;
@@ -147,8 +147,8 @@ std::string_view GridText::first(std::size_t count) const
 
 Curves::Curves(const VolumeRead &volume)
     : volume_(volume), evaluator_(frequency_grid(highest_rate(volume.inventory))),
-      grid_(evaluator_.frequencies()), filters_of_(volume.inventory.channel_epochs().size()),
-      has_stages_(volume.inventory.channel_epochs().size())
+      grid_(evaluator_.frequencies()), first_of_(volume.inventory.channel_epochs().size()),
+      stages_of_(volume.inventory.channel_epochs().size())
 {
 }
 
@@ -171,6 +171,7 @@ void Curves::write_response(Json *json, std::size_t at)
     json->key("channel").text(code.channel());
     json->key("start").text(volume_.records.channels[at].start_date);
     const auto [first, is_new] = first_.try_emplace(&epoch.response, at);
+    first_of_[at] = first->second;
     if (is_new)
         write_new(json, at);
     else
@@ -186,7 +187,6 @@ void Curves::write_new(Json *json, std::size_t at)
     const ChannelEpoch &epoch = volume_.inventory.channel_epochs()[at];
     const std::size_t count = frequency_grid_size(epoch.sample_rate);
     const Evaluation evaluation = evaluator_.evaluate_stages(epoch.response, count);
-    has_stages_[at] = true;
     meet_filters(at, evaluation);
     if (evaluation.refused()) {
         errors_[at] = evaluation.error;
@@ -234,12 +234,22 @@ void Curves::meet_filters(std::size_t at, const Evaluation &evaluation)
             ++term;
         }
         if (stage->number != 0)
-            filters_of_[at].push_back(meet_filter(key, values, gain));
+            stages_of_[at].push_back(meet_stage({stage.get(), meet_filter(key, values, gain)}));
     }
 }
 
-void Curves::write_stage(Json *json, const Stage &stage, std::optional<std::size_t> filter) const
+std::size_t Curves::meet_stage(const ShownStage &stage)
 {
+    const auto [known, is_new] = stage_index_.try_emplace(stage, stages_.size());
+    if (is_new)
+        stages_.push_back(stage);
+    return known->second;
+}
+
+void Curves::write_stage(Json *json, const ShownStage &shown) const
+{
+    const auto &[of, filter] = shown;
+    const Stage &stage = *of;
     const Gain *gain = gain_of(stage);
     const Decimation *decimation = decimation_of(stage);
     json->open('{');
@@ -265,13 +275,11 @@ void Curves::write_stage(Json *json, const Stage &stage, std::optional<std::size
     json->close('}');
 }
 
-void Curves::write_stages(Json *json, std::size_t epoch) const
+void Curves::write_stages(Json *json) const
 {
-    auto filter = filters_of_[epoch].begin();
     json->open('[');
-    for (const StagePtr &stage : volume_.inventory.channel_epochs()[epoch].response.stages)
-        if (stage->number != 0)
-            write_stage(json, *stage, *filter++);
+    for (const ShownStage &stage : stages_)
+        write_stage(json, stage);
     json->close(']');
 }
 

@@ -6,6 +6,7 @@
 #include "html/volume_read.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <quarl/response.h>
 #include <span>
@@ -36,14 +37,17 @@ class Curves
 public:
     explicit Curves(const VolumeRead &volume);
 
-    /// The members "stages" of all epochs refer to the filters that this meets: the array
-    /// "responses".
+    /// The array "responses".
     void write_responses(Json *json);
-    /// False when an earlier epoch has the same.
-    [[nodiscard]] bool has_stages(std::size_t epoch) const { return has_stages_[epoch]; }
-    /// The stages of a channel epoch, from 1 on, behind all responses.
-    void write_stages(Json *json, std::size_t epoch) const;
-    /// The array "filters", behind all responses.
+
+    // Behind all responses:
+
+    /// The stages of a channel epoch, from 1 on: indexes in the array "stages".
+    [[nodiscard]] const std::vector<std::size_t> &stages_of(std::size_t epoch) const
+    {
+        return stages_of_[first_of_[epoch]];
+    }
+    void write_stages(Json *json) const;
     void write_filters(Json *json) const;
 
 private:
@@ -67,6 +71,12 @@ private:
         std::size_t size = 0; ///< of the grid that the curve covers
         std::vector<DrawnPoint> points;
     };
+    struct ShownStage {
+        const Stage *stage = nullptr;
+        std::optional<std::size_t> filter;
+
+        auto operator<=>(const ShownStage &) const = default;
+    };
     struct ResponseHash {
         std::size_t operator()(const Response *response) const { return response->hash(); }
     };
@@ -78,7 +88,8 @@ private:
     void write_new(Json *json, std::size_t epoch);
     void meet_filters(std::size_t epoch, const Evaluation &evaluation);
     std::optional<std::size_t> meet_filter(const Key &key, const StageCurve *curve, double gain);
-    void write_stage(Json *json, const Stage &stage, std::optional<std::size_t> filter) const;
+    std::size_t meet_stage(const ShownStage &stage);
+    void write_stage(Json *json, const ShownStage &shown) const;
 
     const VolumeRead &volume_;
     Evaluator evaluator_;
@@ -86,9 +97,10 @@ private:
     std::unordered_map<const Response *, std::size_t, ResponseHash, SameResponse> first_;
     std::unordered_map<Key, std::size_t, KeyHash> filter_by_key_;
     std::vector<Shown> filters_;
-    /// By epoch, for each stage but 0 its filter; nothing where an earlier epoch has the same.
-    std::vector<std::vector<std::optional<std::size_t>>> filters_of_;
-    std::vector<bool> has_stages_;                        ///< by epoch
+    std::map<ShownStage, std::size_t> stage_index_;
+    std::vector<ShownStage> stages_;
+    std::vector<std::size_t> first_of_; ///< by epoch: the one that has the same response
+    std::vector<std::vector<std::size_t>> stages_of_;     ///< by epoch, of the first ones
     std::unordered_map<std::size_t, std::string> errors_; ///< by epoch
 };
 

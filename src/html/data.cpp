@@ -198,8 +198,7 @@ void write_epoch(Json *json, const Inventory &inventory, const Curves &curves, s
     json->key("dip").real(epoch.dip);
     json->key("sensitivity").real(sensitivity ? sensitivity->value : Not_A_Number);
     json->key("sensitivity_frequency").real(sensitivity ? sensitivity->frequency : Not_A_Number);
-    if (curves.has_stages(at))
-        curves.write_stages(&json->key("stages"), at);
+    json->key("stages").indexes(curves.stages_of(at));
     json->close('}');
 }
 
@@ -220,6 +219,7 @@ void write_data(Out &out, const VolumeRead &volume, const std::vector<PageChanne
     for (std::size_t i = 0; i < volume.inventory.channel_epochs().size(); ++i)
         write_epoch(&json, volume.inventory, curves, i);
     json.close(']');
+    curves.write_stages(&json.key("stages"));
     curves.write_filters(&json.key("filters"));
     json.close('}');
 }

@@ -11,84 +11,108 @@ namespace quarl::html
 namespace
 {
 
+constexpr std::int32_t Step = 2; ///< of the grid: ten points a decade are enough to the eye
+
 /// Follows a curve from a point on, and knows which straight lines pass all later ones closely.
 class Fan
 {
 public:
-    Fan(const std::vector<double> *values, std::size_t from, double tolerance)
-        : values_(values), from_(from), tolerance_(tolerance)
+    Fan(double from, double tolerance) : from_(from), tolerance_(tolerance) {}
+
+    /// Whether the line to `value`, so many steps on, passes those in between; called with each.
+    bool reaches(double value, double steps)
     {
-    }
-    /// Whether the line to the point `at` passes those in between; called with each in turn.
-    bool reaches(std::size_t at)
-    {
-        const auto steps = static_cast<double>(at - from_);
-        const double rise = (*values_)[at] - (*values_)[from_];
+        const double rise = value - from_;
         ended_ |= !std::isfinite(rise);
         const bool passes = !ended_ && rise >= lowest_ * steps && rise <= highest_ * steps;
-        lowest_ = std::max(lowest_, (rise - tolerance_) / steps);
-        highest_ = std::min(highest_, (rise + tolerance_) / steps);
+        const double per_step = 1 / steps;
+        lowest_ = std::max(lowest_, (rise - tolerance_) * per_step);
+        highest_ = std::min(highest_, (rise + tolerance_) * per_step);
         return passes;
     }
 
 private:
-    const std::vector<double> *values_;
-    std::size_t from_;
+    double from_;
     double tolerance_;
-    bool ended_ = false; ///< by a point without a value
+    bool ended_ = false;                                       ///< by a point without a value
     double lowest_ = -std::numeric_limits<double>::infinity(); ///< per step
     double highest_ = std::numeric_limits<double>::infinity();
 };
 
-double amplitude_of(std::complex<double> value)
+/// A point, with the height at which it is drawn.
+struct Sample {
+    DrawnPoint point;
+    double height;
+};
+
+Sample sample(std::complex<double> value, std::size_t at, double gain)
 {
+    value /= gain;
     const double square = std::norm(value);
-    return std::isnormal(square) ? std::sqrt(square) : std::abs(value);
+    const double amplitude = std::isnormal(square) ? std::sqrt(square) : std::abs(value);
+    // Most filters are symmetric and turn nothing.
+    const double phase = value.imag() != 0.0 || std::isnan(value.real()) ? phase_degrees(value)
+                         : value.real() < 0.0                            ? 180.0
+                                                                         : 0.0;
+    return {
+        {static_cast<std::int32_t>(at), static_cast<float>(amplitude), static_cast<float>(phase)},
+        std::log(amplitude)};
 }
 
-/// Most filters are symmetric and turn nothing.
-double phase_of(std::complex<double> value)
+std::vector<Sample> samples(std::span<const std::complex<double>> values, double gain)
 {
-    return value.imag() == 0.0 && value.real() >= 0.0 ? 0.0 : phase_degrees(value);
+    std::vector<Sample> all;
+    all.reserve(values.size() / Step + 2);
+    for (std::size_t at = 0; at < values.size(); at += Step)
+        all.push_back(sample(values[at], at, gain));
+    if (values.size() % Step == 0 && !values.empty())
+        all.push_back(sample(values.back(), values.size() - 1, gain));
+    return all;
 }
+
+/// The two lines that are drawn from a point on.
+class Lines
+{
+public:
+    explicit Lines(const Sample &from)
+        : at_(from.point.at), height_(from.height, Height), phase_(from.point.phase, Degrees)
+    {
+    }
+    bool reach(const Sample &sample)
+    {
+        const double steps = sample.point.at - at_;
+        const bool rises = height_.reaches(sample.height, steps);
+        return phase_.reaches(sample.point.phase, steps) && rises;
+    }
+
+private:
+    static constexpr double Height = 0.005; // of the natural logarithm
+    static constexpr double Degrees = 0.5;
+    std::int32_t at_;
+    Fan height_;
+    Fan phase_;
+};
 
 } // namespace
 
 std::vector<DrawnPoint> drawn(std::span<const std::complex<double>> values, double gain)
 {
-    constexpr double Height = 0.005; // of the natural logarithm
-    constexpr double Degrees = 0.5;
     std::vector<DrawnPoint> points;
-    if (values.empty())
+    const std::vector<Sample> all = samples(values, gain);
+    if (all.empty())
         return points;
-    std::vector<double> heights;
-    std::vector<double> phases;
-    heights.reserve(values.size());
-    phases.reserve(values.size());
-    for (const std::complex<double> &value : values) {
-        heights.push_back(std::log(amplitude_of(value)));
-        phases.push_back(phase_of(gain < 0.0 ? -value : value));
-    }
-    const auto add = [&](std::size_t i) {
-        const auto at = static_cast<std::int32_t>(i);
-        if (points.empty() || points.back().at != at)
-            points.push_back({at, static_cast<float>(amplitude_of(values[i]) / std::abs(gain)),
-                              static_cast<float>(phases[i])});
-    };
-    Fan height(&heights, 0, Height);
-    Fan phase(&phases, 0, Degrees);
-    add(0);
-    for (std::size_t i = 1; i < values.size(); ++i) {
-        const bool rises = height.reaches(i);
-        if (phase.reaches(i) && rises)
+    points.push_back(all.front().point);
+    Lines lines(all.front());
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        if (lines.reach(all[i]))
             continue;
-        add(i - 1);
-        height = Fan(&heights, i - 1, Height);
-        phase = Fan(&phases, i - 1, Degrees);
-        (void)height.reaches(i);
-        (void)phase.reaches(i);
+        if (points.back().at != all[i - 1].point.at)
+            points.push_back(all[i - 1].point);
+        lines = Lines(all[i - 1]);
+        (void)lines.reach(all[i]);
     }
-    add(values.size() - 1);
+    if (points.back().at != all.back().point.at)
+        points.push_back(all.back().point);
     points.shrink_to_fit();
     return points;
 }

@@ -12,6 +12,26 @@
 namespace quarl::html
 {
 
+namespace
+{
+
+/// Makes "1.5e+09" and "1.5e-09" what they need: "1.5e9", "1.5e-9". Returns the end.
+char *without_filling(char *begin, char *end)
+{
+    char *at = end - begin > 4 ? end - 4 : end;
+    if (at == end || *at != 'e') // an exponent of three digits has no zeros
+        return end;
+    char *to = at + 1;
+    if (at[1] == '-')
+        ++to;
+    if (at[2] != '0')
+        *to++ = at[2];
+    *to++ = at[3];
+    return to;
+}
+
+} // namespace
+
 Json &Json::key(std::string_view name)
 {
     begin();
@@ -59,10 +79,12 @@ void Json::real(double value)
 void Json::real(double value, int digits)
 {
     begin();
-    if (std::isfinite(value))
-        out_.commit(put_general(out_.reserve(Real_Room), value, digits));
-    else
+    if (!std::isfinite(value)) {
         out_.write("null");
+        return;
+    }
+    char *const to = out_.reserve(Real_Room);
+    out_.commit(without_filling(to, put_general(to, value, digits)));
 }
 
 void Json::fixed(double value, int decimals)

@@ -112,16 +112,17 @@ def check_curves(page):
         if "same" in response:
             earlier = data["responses"][response["same"]]
             assert response["same"] < i and "same" not in earlier and "frequency" not in response
-            assert response.get("error") == earlier.get("error") and "stages" not in epoch
+            assert response.get("error") == earlier.get("error")
+            assert epoch["stages"] == data["epochs"][response["same"]]["stages"]
             continue
         if "error" in response or not epoch["stages"]:
             continue
         assert len(response["frequency"]) == len(response["amplitude"]) == len(response["phase"])
         for at, amplitude in enumerate(response["amplitude"]):
-            if not amplitude:
+            if at % 2 or not amplitude:  # curves have every second point
                 continue
             whole = 1
-            for stage in epoch["stages"]:
+            for stage in (data["stages"][i] for i in epoch["stages"]):
                 curve = data["filters"][stage["filter"]] if stage["filter"] is not None else {}
                 whole *= stage.get("gain", 1) * (interpolated(curve, at) if "at" in curve else 1)
             assert abs(math.log(whole / amplitude)) < 0.01 * len(epoch["stages"]), (i, at, whole, amplitude)
@@ -173,7 +174,7 @@ def check_hostile(page, recipe):
     assert data["label"] == "\"'&]]></script><!-- \x1b[31m\x85\xe9\xad\x7f"
     assert data["stations"][0]["epochs"][0]["name"] == "<style>*{display:none}</style>\xdc"
     assert [c["channel"] for c in data["channels"]] == ["'\">", "<b>"]
-    assert data["epochs"][0]["stages"][1]["name"] == "</script><b>"
+    assert data["stages"][1]["name"] == "</script><b>"
 
 
 def page_of(program, path):

@@ -60,7 +60,7 @@ TEST(Page, JsonNumbersAndTexts)
         for (const double value :
              {0.0, -0.04, 179.96, -180.0, 0.125, 12.5, No_Number, Infinity, 1e300})
             json.fixed(value, 1);
-        for (const double value : {1.0 / 3, 1e-7, 123456789.0, -Infinity})
+        for (const double value : {1.0 / 3, 1e-7, 123456789.0, 2e15, 3e-200, -Infinity})
             json.real(value, 4);
         for (const double value : {1.00004, 1709251200.00833, Forever, Always})
             json.time(value);
@@ -68,7 +68,7 @@ TEST(Page, JsonNumbersAndTexts)
         json.close(']');
     });
     EXPECT_EQ(text, "[0,0,180,-180,0.1,12.5,null,null,1e+300,"
-                    "0.3333,1e-07,1.235e+08,null,1,1709251200.0083,null,null,"
+                    "0.3333,1e-7,1.235e8,2e15,3e-200,null,1,1709251200.0083,null,null,"
                     "\"\\u003c/script>\\\"\\\\\\u001b\u00e9\\u0085\"]");
 }
 
@@ -91,16 +91,16 @@ TEST(Page, LinesFollowCurves)
         curve.push_back(-3.0 / std::complex<double>(1 - f * f, 0.1 * f) * std::polar(1.0, -f));
     }
     const std::vector<html::DrawnPoint> points = html::drawn(curve, -3.0);
-    EXPECT_LT(points.size(), 70);
-    for (std::size_t i = 0; i < curve.size(); ++i)
+    EXPECT_LT(points.size(), 40);
+    for (std::size_t i = 0; i < curve.size(); i += 2)
         EXPECT_NEAR(on_line(points, i) * 3 / std::abs(curve[i]), 1.0, 0.0052) << i;
     EXPECT_NEAR(points.front().phase, 0.0, 0.2);
 
-    const std::vector<std::complex<double>> broken = {1, 1, 1, No_Number, 0, 1, 1, 1};
+    const std::vector<std::complex<double>> broken = {1, 1, 1, 1, No_Number, 1, 0, 1, 1, 1, 1, 1};
     std::vector<int> at;
     for (const html::DrawnPoint &point : html::drawn(broken, 1))
         at.push_back(point.at);
-    EXPECT_EQ(at, std::vector({0, 2, 3, 4, 5, 7}));
+    EXPECT_EQ(at, std::vector({0, 2, 4, 6, 8, 11}));
     EXPECT_TRUE(html::drawn({}, 1).empty());
 }
 
