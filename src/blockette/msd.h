@@ -49,8 +49,8 @@ inline bool year_is_swapped(const char *year)
 struct MsdHeader {
     const char *record;    ///< in: the record from its byte 0
     std::size_t available; ///< in: bytes of it that may be read
-    int record_length;     ///< in: preset; out: 2 to the power of Blockette 1000's exponent
     int encoding;          ///< out: encoding format code of Blockette 1000
+    int record_length;     ///< in: preset; out: 2 to the power of Blockette 1000's exponent
     int word_order;        ///< out: word order of Blockette 1000
 };
 

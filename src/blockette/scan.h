@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -33,6 +34,8 @@ public:
     {
         const std::string_view all = rest().substr(0, width);
         at_ += width;
+        if (all.size() >= Word && !has_nul(all))
+            return all;
         std::size_t size = 0; // fields are too short for a call of memchr to pay
         while (size < all.size() && all[size] != '\0')
             ++size;
@@ -42,6 +45,26 @@ public:
     [[nodiscard]] std::size_t position() const { return at_; }
 
 private:
+    static constexpr std::size_t Word = sizeof(std::uint64_t);
+
+    /// Whether the eight bytes at `from` hold a NUL.
+    static bool word_has_nul(const char *from)
+    {
+        constexpr std::uint64_t Ones = 0x0101010101010101;
+        std::uint64_t word = 0;
+        std::memcpy(&word, from, Word);
+        return ((word - Ones) & ~word & 0x80 * Ones) != 0;
+    }
+    /// The same for a text of eight bytes or more; the last word overlaps the one before.
+    static bool has_nul(std::string_view text)
+    {
+        const char *last = text.data() + (text.size() - Word);
+        for (const char *at = text.data(); at < last; at += Word)
+            if (word_has_nul(at))
+                return true;
+        return word_has_nul(last);
+    }
+
     std::string_view text_;
     std::size_t at_ = 0; ///< in the end, what the fields took
 };

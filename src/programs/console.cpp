@@ -60,14 +60,14 @@ void Console::say(const Message &message)
         elog_clear_register();
         wipe_status(); // there is none where messages are held
     }
-    messages_->write(prefix_);
-    if (message.reason.empty() && message.text.size() < Usual_Message) {
+    if (message.reason.empty() && prefix_.size() + message.text.size() < Usual_Message) {
         char *to = messages_->reserve(Usual_Message);
+        to = std::copy(prefix_.begin(), prefix_.end(), to);
         to = std::copy(message.text.begin(), message.text.end(), to);
         *to++ = '\n';
         messages_->commit(to);
     } else {
-        messages_->write(full_text(message) + "\n");
+        messages_->write(prefix_ + full_text(message) + "\n");
     }
     if (!holds_)
         messages_->flush();

@@ -86,11 +86,11 @@ int sd_data_type(std::string_view name)
 B1000 parse_b1000(const char *record, std::size_t available)
 {
     constexpr int Preset_Length = 256;
-    MsdHeader unpacked{record, available, Preset_Length, 0, 0};
+    MsdHeader unpacked{record, available, 0, Preset_Length, 0};
     if (msdhdr_unpack(&unpacked) != 0)
         return {};
-    return {true, encoding_index(unpacked.encoding), unpacked.encoding, unpacked.word_order,
-            unpacked.record_length};
+    return {unpacked.encoding, encoding_index(unpacked.encoding), unpacked.record_length, true,
+            unpacked.word_order};
 }
 
 const SeedFormat &seed_format(int type)

@@ -43,12 +43,12 @@ int sd_data_type(std::string_view name);
 const SeedFormat &seed_format(int type);
 
 /// What a data record's Blockette 1000 says.
-struct B1000 {
-    bool usable = false; ///< there is one; the other members mean something
-    int index = 0;       ///< row of seed_formats; 0 when the encoding has no name
+struct B1000 { // what is copied together stands apart: loading two stores as one is slow
     int encoding = 0;
-    int word_order = 0;
+    int index = 0;         ///< row of seed_formats; 0 when the encoding has no name
     int record_length = 0; ///< bytes
+    bool usable = false;   ///< there is one; the other members mean something
+    int word_order = 0;
 };
 
 /// The data format name of an encoding format code of Blockette 1000, or null.

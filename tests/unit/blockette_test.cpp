@@ -114,6 +114,18 @@ TEST(Scan, Numbers)
     EXPECT_EQ(parsing().Bad_blkflag, 0);
 }
 
+TEST(Scan, FieldsEndAtNul)
+{
+    for (std::size_t size = 1; size <= 17; ++size)
+        for (std::size_t at = 0; at < size; ++at) {
+            std::string text(size + 1, 'x');
+            text[at] = '\0';
+            Cursor in(text);
+            EXPECT_EQ(in.field(size), std::string(at, 'x')) << size;
+            EXPECT_EQ(in.field(1), "x");
+        }
+}
+
 TEST(Scan, VariableTexts)
 {
     const std::vector<std::tuple<std::string, std::string, std::string>> rows = {

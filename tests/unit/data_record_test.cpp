@@ -141,7 +141,7 @@ TEST(DataRecord, Blockette1000InAHostileChain)
         for (const auto &[at, bytes] : row.blockettes)
             record.replace(at, bytes.size(), bytes).resize(136);
         const std::vector<char> exact(record.begin(), record.end());
-        MsdHeader header = {exact.data(), exact.size(), 0, -1, -1};
+        MsdHeader header = {exact.data(), exact.size(), -1, 0, -1};
         EXPECT_EQ(msdhdr_unpack(&header), row.length ? 0 : -1);
         EXPECT_EQ(header.record_length, row.length);
         EXPECT_EQ(header.encoding, row.length ? 11 : -1);
