@@ -39,8 +39,10 @@ string(REPLACE "|" ";" SCRIPTS "${SCRIPTS}")
 set(scripts)
 foreach(file ${SCRIPTS})
   file(READ ${file} script)
-  string(APPEND scripts "${script}")
+  string(APPEND scripts "\n${script}")
 endforeach()
+# Comments of whole lines and what is in front of lines: a third of the script's size.
+string(REGEX REPLACE "\n[ \n]*(//[^\n]*\n[ \n]*)*" "\n" scripts "${scripts}")
 
 file(WRITE ${OUTPUT} "#include \"html/embedded.h\"\n\nnamespace quarl::html\n{\n\n")
 define(Style "${style}")

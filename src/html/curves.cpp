@@ -18,7 +18,7 @@ namespace
 
 constexpr int Amplitude_Digits = 8;
 constexpr int Phase_Decimals = 5;
-constexpr int Frequency_Digits = 9;
+constexpr int Frequency_Digits = 8;
 // Of curves that are only drawn.
 constexpr int Drawn_Digits = 4;
 constexpr int Drawn_Decimals = 1;

@@ -147,6 +147,16 @@ void Markup::number(std::int64_t value)
     out_.commit(json::put_number(out_.reserve(json::Number_Room), value));
 }
 
+void Markup::grouped(std::int64_t value)
+{
+    if (value >= 1000) {
+        grouped(value / 1000);
+        out_.write(formatted<",%03d">(value % 1000));
+    } else {
+        number(value);
+    }
+}
+
 void Markup::real(double value)
 {
     char *to = out_.reserve(json::Number_Room);

@@ -29,6 +29,8 @@ public:
     /// The same for names of files: UTF-8 where it is valid.
     void path(std::string_view name);
     void number(std::int64_t value);
+    /// With a comma between thousands: for texts, not for what is read back.
+    void grouped(std::int64_t value);
     /// The shortest text that reads back as the same number.
     void real(double value);
     /// Bytes that go through as they are: what was embedded in the program.

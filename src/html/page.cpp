@@ -5,6 +5,7 @@
 #include "html/embedded.h"
 #include "html/markup.h"
 #include "html/tables.h"
+#include "platform/format.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -62,7 +63,7 @@ void fact(Markup &page, Literal name, std::string_view text)
 void fact(Markup &page, Literal name, std::int64_t value)
 {
     fact(page, name);
-    page.number(value);
+    page.grouped(value);
     end_fact(page);
 }
 
@@ -81,7 +82,7 @@ void identifier_facts(Markup &page, const blk_010_t &identifier)
 void write_facts(Markup &page, const VolumeRead &volume)
 {
     const Inventory &inventory = volume.inventory;
-    page.put("<dl id=\"facts\">\n");
+    page.put("<dl class=\"facts\">\n");
     if (volume.records.identifier)
         identifier_facts(page, *volume.records.identifier);
     fact(page, "Bytes", volume.statistics.bytes);
@@ -111,9 +112,9 @@ void write_shares(Markup &page, const Statistics &statistics)
     };
     const std::array<Share, 3> shares = {{{"parameters", "Parameters", statistics.parameters},
                                           {"data", "Data", statistics.data},
-                                          {"waste", "Waste", statistics.waste}}};
+                                          {"waste", "Wasted", statistics.waste}}};
     const std::int64_t whole = statistics.parameters + statistics.data + statistics.waste;
-    page.put("<div id=\"shares\"><svg width=\"100%\" height=\"16\" role=\"img\" "
+    page.put("<div id=\"shares\"><svg class=\"bar\" width=\"100%\" height=\"16\" role=\"img\" "
              "aria-label=\"Shares of the volume\">");
     double from = 0;
     for (const Share &share : shares) {
@@ -127,47 +128,41 @@ void write_shares(Markup &page, const Statistics &statistics)
         page.put("%\" height=\"16\"/>");
         from = std::round((from + width) * 10) / 10;
     }
-    page.put("</svg>\n<ul>");
+    page.put("</svg>\n<ul class=\"shares\">");
     for (const Share &share : shares) {
         page.put("<li class=\"");
         page.put(share.css_class);
         page.put("\">");
-        page.put(share.name);
-        page.put(": ");
-        page.number(share.bytes);
-        page.put(" bytes, ");
+        page.put("<b>");
         page.real(percent(share.bytes, whole));
-        page.put(" %</li>");
+        page.put(" %</b> ");
+        page.put(share.name);
+        page.put(" <span class=\"muted\">");
+        page.grouped(share.bytes);
+        page.put(" bytes</span></li>");
     }
     page.put("</ul></div>\n");
 }
 
-void write_type_row(Markup &page, const Statistics::Type &type, std::int64_t most)
-{
-    page.put("<tr><td>");
-    if (type.type != Data_Record)
-        page.number(type.type);
-    page.put("<td>");
-    page.text(name_of(type));
-    page.put("<td class=n>");
-    page.number(type.count);
-    page.put("<td class=n>");
-    page.number(type.bytes);
-    page.put("<td class=\"bar\"><svg width=\"100%\" height=\"12\" aria-hidden=\"true\">"
-             "<rect height=\"12\" width=\"");
-    page.real(percent(type.bytes, most));
-    page.put("%\"/></svg>\n");
-}
-
+/// The table of all types; the script draws the largest as bars.
 void write_types(Markup &page, const Statistics &statistics)
 {
-    const std::vector<Statistics::Type> types = types_by_size(statistics);
-    page.put("<table id=\"types\"><caption>Blockette types by bytes</caption><thead><tr>"
-             "<th scope=\"col\">Type<th scope=\"col\">Name<th scope=\"col\">Count"
-             "<th scope=\"col\">Bytes<th scope=\"col\">Share</thead><tbody>\n");
-    for (const Statistics::Type &type : types)
-        write_type_row(page, type, types.front().bytes);
-    page.put("</table>\n");
+    page.put("<div id=\"types\"><table><caption>Blockette types by bytes</caption><thead><tr>"
+             "<th scope=\"col\">Type<th scope=\"col\">Name<th scope=\"col\" class=n>Count"
+             "<th scope=\"col\" class=n>Bytes</thead><tbody>\n");
+    for (const Statistics::Type &type : types_by_size(statistics)) {
+        page.put("<tr><td>");
+        if (type.type != Data_Record)
+            page.text(formatted<"%03d">(type.type));
+        page.put("<td>");
+        page.text(name_of(type));
+        page.put("<td class=n>");
+        page.grouped(type.count);
+        page.put("<td class=n>");
+        page.grouped(type.bytes);
+        page.put("\n");
+    }
+    page.put("</table></div>\n");
 }
 
 void write_head(Markup &page, const VolumeRead &volume)
@@ -178,9 +173,10 @@ void write_head(Markup &page, const VolumeRead &volume)
     write_facts(page, volume);
     write_shares(page, volume.statistics);
     write_types(page, volume.statistics);
-    page.put("</header>\n<nav><a href=\"#findings\">Findings</a> <a href=\"#map\">Map</a> "
-             "<a href=\"#timeline\">Timeline</a> <a href=\"#responses\">Responses</a> "
-             "<a href=\"#tables\">Tables</a></nav>\n<main>\n");
+    page.put(
+        "</header>\n<nav id=\"nav\"><a href=\"#findings\">Findings</a> <a href=\"#map\">Map</a> "
+        "<a href=\"#timeline\">Timeline</a> <a href=\"#responses\">Responses</a> "
+        "<a href=\"#tables\">Tables</a></nav>\n<main>\n");
 }
 
 void write_subject(Markup &page, const std::string &subject, const Target &target)
@@ -208,19 +204,19 @@ void write_group(Markup &page, const std::vector<const Finding *> &findings, con
     page.text(name_of(rule.severity));
     page.put("\" data-rule=\"");
     page.text(rule.name);
-    page.put("\"><summary><b>");
+    page.put("\"><summary><span class=\"severity\">");
     page.text(name_of(rule.severity));
-    page.put("</b> ");
+    page.put("</span> <b>");
     page.text(rule.name);
-    page.put(" <span class=\"count\">");
-    page.number(static_cast<std::int64_t>(findings.size()));
-    page.put("</span> <span class=\"sentence\">");
+    page.put("</b> <span class=\"count\">");
+    page.grouped(static_cast<std::int64_t>(findings.size()));
+    page.put("</span> <span class=\"muted\">");
     page.text(rule.sentence);
     page.put("</span></summary><ul>\n");
     for (const Finding *finding : findings) {
-        page.put("<li>record ");
+        page.put("<li><span class=\"record\">record ");
         page.number(finding->record);
-        page.put(" ");
+        page.put("</span> ");
         write_subject(page, finding->told.subject, targets.find(finding->told.subject));
         page.put(" ");
         page.text(text_of(*finding));

@@ -28,8 +28,10 @@ public:
     template <class T> void dictionary(std::string_view title);
 
 private:
+    void begin(std::string_view title);
     void caption(std::string_view title, std::size_t rows);
     void end() { page_.put("</table></div>\n"); }
+    void links(std::size_t channel, const std::size_t *epoch);
     void station_row(std::size_t at);
     void epoch_row(std::size_t at);
     void data_cells(const ChannelData &data);
@@ -44,13 +46,21 @@ private:
     std::map<int, const blk_031_t *> comments_; ///< by key, the first of each
 };
 
+/// The box in which a table scrolls, by keys too.
+void Tables::begin(std::string_view title)
+{
+    page_.put("<div class=\"block scroll\" tabindex=0 role=region aria-label=\"");
+    page_.text(title);
+    page_.put("\">");
+}
+
 /// Up to the first column.
 void Tables::caption(std::string_view title, std::size_t rows)
 {
     page_.put("<caption>");
     page_.text(title);
     page_.put(" <span class=\"count\">");
-    page_.number(static_cast<std::int64_t>(rows));
+    page_.grouped(static_cast<std::int64_t>(rows));
     page_.put("</span></caption><thead><tr>");
 }
 
@@ -62,23 +72,35 @@ void Tables::station_row(std::size_t at)
         page_.put(" id=station-");
         page_.number(static_cast<std::int64_t>(station));
     }
-    page_.put(" data-station=");
-    page_.number(static_cast<std::int64_t>(station));
     page_.put(">");
     write_fields(&table_, volume_.records.stations[at]);
-    page_.put("\n");
+    page_.put("</tr>\n");
 }
 
 void Tables::stations()
 {
     const std::size_t rows = inventory_.station_epochs().size();
-    page_.put("<div class=\"scroll\"><table id=\"stations-table\" class=\"sortable\">");
+    begin("Stations");
+    page_.put("<table id=\"stations-table\" class=\"sortable\">");
     caption("Stations", rows);
     write_columns<blk_050_t>(&table_);
     page_.put("</thead><tbody>\n");
     for (std::size_t i = 0; i < rows; ++i)
         station_row(i);
     end();
+}
+
+/// To where the script draws the channel, and its response in that epoch.
+void Tables::links(std::size_t channel, const std::size_t *epoch)
+{
+    page_.put("<a href=#timeline-");
+    page_.number(static_cast<std::int64_t>(channel));
+    page_.put(">timeline</a>");
+    if (!epoch)
+        return;
+    page_.put(" <a href=#response-");
+    page_.number(static_cast<std::int64_t>(*epoch));
+    page_.put(">response</a>");
 }
 
 void Tables::data_cells(const ChannelData &data)
@@ -94,32 +116,32 @@ void Tables::epoch_row(std::size_t at)
     const bool is_first = inventory_.channels()[channel].epochs.front() == at;
     page_.put("<tr id=epoch-");
     page_.number(static_cast<std::int64_t>(at));
-    page_.put(" data-epoch=");
-    page_.number(static_cast<std::int64_t>(at));
-    page_.put("><td");
+    page_.put("><td class=go");
     if (is_first) {
         page_.put(" id=channel-");
         page_.number(static_cast<std::int64_t>(channel));
     }
     page_.put(">");
-    page_.text(channels_[channel].code.network());
+    links(channel, &at);
+    table_.cell(channels_[channel].code.network());
     table_.cell(channels_[channel].code.station());
     write_fields(&table_, volume_.records.channels[at]);
     if (is_first)
         data_cells(channels_[channel].data);
     else
         page_.put("<td><td><td>");
-    page_.put("\n");
+    page_.put("</tr>\n");
 }
 
 /// A channel that has data alone: what these tell.
 void Tables::undescribed_row(std::size_t channel)
 {
     const ChannelCode &code = channels_[channel].code;
-    page_.put("<tr><td id=channel-");
+    page_.put("<tr><td class=go id=channel-");
     page_.number(static_cast<std::int64_t>(channel));
     page_.put(">");
-    page_.text(code.network());
+    links(channel, nullptr);
+    table_.cell(code.network());
     table_.cell(code.station());
     for_each_field<blk_052_t>([&](const auto &field) {
         if (field.meaning == Meaning::absent)
@@ -129,15 +151,17 @@ void Tables::undescribed_row(std::size_t channel)
                                               : std::string_view());
     });
     data_cells(channels_[channel].data);
-    page_.put("\n");
+    page_.put("</tr>\n");
 }
 
 void Tables::channels()
 {
     const std::size_t epochs = inventory_.channel_epochs().size();
     const std::size_t described = inventory_.channels().size();
-    page_.put("<div class=\"scroll\"><table id=\"channels-table\" class=\"sortable\">");
+    begin("Channels");
+    page_.put("<table id=\"channels-table\" class=\"sortable\">");
     caption("Channels", epochs + channels_.size() - described);
+    page_.put("<th scope=\"col\" class=go>Show");
     table_.column("network");
     table_.column("station");
     write_columns<blk_052_t>(&table_);
@@ -165,7 +189,7 @@ void Tables::comment_row(const ChannelCode &code, const Comment &comment)
     table_.cell(record ? std::string_view(&record->class_code, 1) : std::string_view());
     table_.number(std::int64_t{comment.level});
     table_.cell(record ? inventory_.unit(record->units) : std::string_view());
-    page_.put("\n");
+    page_.put("</tr>\n");
 }
 
 void Tables::comments()
@@ -175,7 +199,8 @@ void Tables::comments()
         rows += epoch.comments.size();
     for (const ChannelEpoch &epoch : inventory_.channel_epochs())
         rows += epoch.comments.size();
-    page_.put("<div class=\"scroll\"><table id=\"comments-table\" class=\"sortable\">");
+    begin("Comments");
+    page_.put("<table id=\"comments-table\" class=\"sortable\">");
     caption("Comments", rows);
     for (const char *name :
          {"of", "start", "end", "comment_code_key", "comment", "class", "level", "units_of_level"})
@@ -195,7 +220,8 @@ template <class T> void Tables::dictionary(std::string_view title)
     const auto &records = std::get<Records::Kept<T>>(volume_.records.dictionaries);
     if (records.empty())
         return;
-    page_.put("<div class=\"scroll\"><table class=\"dictionary sortable\" id=\"dictionary-0");
+    begin(title);
+    page_.put("<table class=\"dictionary sortable\" id=\"dictionary-0");
     page_.number(T::Number);
     page_.put("\">");
     caption(title, records.size());
@@ -204,7 +230,7 @@ template <class T> void Tables::dictionary(std::string_view title)
     for (const T &record : records) {
         page_.put("<tr>");
         write_fields(&table_, record);
-        page_.put("\n");
+        page_.put("</tr>\n");
     }
     end();
 }
