@@ -36,6 +36,11 @@ file(READ ${STYLE} style)
 file(READ ${D3} drawing)
 file(READ ${LICENCE} licence)
 string(REPLACE "|" ";" SCRIPTS "${SCRIPTS}")
+# With scripts at hand, tables wait for these before they are laid out.
+set(first "{ const list = document.documentElement.classList
+list.add(\"js\")
+addEventListener(\"load\", () => list.add(\"drawn\")) }
+")
 set(scripts)
 foreach(file ${SCRIPTS})
   file(READ ${file} script)
@@ -46,6 +51,6 @@ string(REGEX REPLACE "\n[ \n]*(//[^\n]*\n[ \n]*)*" "\n" scripts "${scripts}")
 
 file(WRITE ${OUTPUT} "#include \"html/embedded.h\"\n\nnamespace quarl::html\n{\n\n")
 define(Style "${style}")
-define(Drawing "/*!\n${licence}*/\n${drawing}")
+define(Drawing "/*!\n${licence}*/\n${drawing}\n${first}")
 define(Script "${scripts}")
 file(APPEND ${OUTPUT} "\n} // namespace quarl::html\n")

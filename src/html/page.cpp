@@ -31,6 +31,13 @@ void write_policy(Markup &page)
     page.put("'; base-uri 'none'; form-action 'none'\">\n");
 }
 
+void write_script(Markup &page, const Embedded &script)
+{
+    page.put("<script>");
+    page.embed(script.text);
+    page.put("</script>\n");
+}
+
 void write_top(Markup &page, const VolumeRead &volume)
 {
     page.put("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n");
@@ -41,7 +48,9 @@ void write_top(Markup &page, const VolumeRead &volume)
     page.text(volume.program);
     page.put("</title>\n<style>");
     page.embed(Style.text);
-    page.put("</style>\n</head>\n<body>\n");
+    page.put("</style>\n");
+    write_script(page, Drawing);
+    page.put("</head>\n<body>\n");
 }
 
 void fact(Markup &page, Literal name)
@@ -252,13 +261,6 @@ void write_views(Markup &page)
         "<noscript><p>Map, timeline and curves are drawn by scripts.</p></noscript>\n");
 }
 
-void write_script(Markup &page, const Embedded &script)
-{
-    page.put("<script>");
-    page.embed(script.text);
-    page.put("</script>\n");
-}
-
 } // namespace
 
 void write_page(Out &out, const VolumeRead &volume)
@@ -274,7 +276,6 @@ void write_page(Out &out, const VolumeRead &volume)
     page.put("</main>\n<script type=\"application/json\" id=\"volume\">");
     write_data(out, volume, channels, targets);
     page.put("</script>\n");
-    write_script(page, Drawing);
     write_script(page, Script);
     page.put("</body>\n</html>\n");
 }

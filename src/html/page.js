@@ -66,9 +66,9 @@ const Search = (() => {
             Responses.choose(index);
     }
 
-    document.documentElement.classList.add("js");
     Head.start();
     Tables.start();
+    document.documentElement.classList.add("drawn");
     Search.start(document.getElementById("nav"));
     StationMap.start(document.getElementById("map-view"));
     Timeline.start(document.getElementById("timeline-view"));

@@ -3,7 +3,7 @@
 const Tables = (() => {
     const collator = new Intl.Collator("en", {numeric: true});
     const searched = new WeakMap(); // a row's text in lower case, kept from the first search on
-    const MOST = 1000; // rows of a table that are shown at first
+    const MOST = 300; // rows of a table that are shown at first
     let sought = []; // words
 
     function cellValue(row, column, isNumber) {
@@ -68,7 +68,7 @@ const Tables = (() => {
         return words.every(word => text.includes(word));
     }
 
-    // Shows the rows that were searched for, the first ones of many: laying out ten thousand takes seconds.
+    // Shows the rows that were searched for, the first ones of many: laying out a thousand takes a second.
     function refresh(table, limit = MOST) {
         const rows = [...table.tBodies[0].rows];
         let found = 0;

@@ -107,16 +107,20 @@ class Browser:
         elif message["method"] == "Page.javascriptDialogOpening":
             self.messages.append(f"dialog: {parameters['message']}")
 
+    def _navigate(self, url):
+        self.loaded = False
+        self.call("Page.navigate", url=url)
+        end = time.monotonic() + 60
+        while not self.loaded:
+            self._read(end)
+
     def open(self, path, fragment=""):
         """Loads a file anew and waits until it is drawn; the seconds that took."""
-        self.call("Page.navigate", url="about:blank")
+        self._navigate("about:blank")
         self.messages.clear()
         self.requests.clear()
-        self.loaded = False
         begin = time.monotonic()
-        self.call("Page.navigate", url=pathlib.Path(path).resolve().as_uri() + fragment)
-        while not self.loaded:
-            self._read(begin + 60)
+        self._navigate(pathlib.Path(path).resolve().as_uri() + fragment)
         self.settle()
         return time.monotonic() - begin
 
