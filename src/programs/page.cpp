@@ -31,7 +31,8 @@ private:
     Console *console_;
     std::string path_;
     /// Not on the stack, which cannot grow where memory is limited.
-    std::unique_ptr<Checker> checker_ = std::make_unique<Checker>(Chosen(all_rules().size(), true));
+    std::unique_ptr<Checker> checker_ =
+        std::make_unique<Checker>(Chosen(all_rules().size(), true), true);
     html::VolumeRead *into_ = nullptr;
     bool any_ = false; ///< there is something to show
     bool failed_ = false;

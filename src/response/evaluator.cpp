@@ -68,10 +68,11 @@ public:
 
 private:
     Known &known(const Term &term);
-    Scaled at(const Term &term, double frequency);
+    static Scaled at(Known *known, const Term &term, double frequency);
     std::span<const Scaled> curve(const Term &term, std::size_t count);
     std::vector<Factor> normalise(Plan plan, Evaluation *result);
-    Scaled normaliser(const Term &term, double frequency, Evaluation *result, Scaled *moved);
+    static Scaled normaliser(Known *known, const Term &term, double frequency, Evaluation *result,
+                             Scaled *moved);
     void multiply(const Factor &factor, std::vector<Scaled> *product);
 
     std::vector<double> frequencies_;
@@ -84,12 +85,12 @@ private:
 /// The entry of a term's filter; references to others do not outlive the call.
 Known &Evaluator::Work::known(const Term &term)
 {
-    constexpr std::size_t Most_Held = 2'000'000;
     constexpr std::size_t Entry = 50;
+    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 2'000'000;
     const Key key{term.filter, term.interval};
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;
-    if (held_ > Most_Held) {
+    if (held_ > most_held) {
         known_.clear();
         held_ = 0;
     }
@@ -98,12 +99,11 @@ Known &Evaluator::Work::known(const Term &term)
     return known_[key];
 }
 
-Scaled Evaluator::Work::at(const Term &term, double frequency)
+/// The value of the term's filter, whose entry is `known`, at one frequency.
+Scaled Evaluator::Work::at(Known *known, const Term &term, double frequency)
 {
     constexpr std::size_t Most_Points = 16;
-    if (!term.filter)
-        return {};
-    auto &points = known(term).points;
+    auto &points = known->points;
     for (const auto &[where, value] : points)
         if (where == frequency)
             return value;
@@ -130,16 +130,14 @@ std::span<const Scaled> Evaluator::Work::curve(const Term &term, std::size_t cou
 
 /// What a filter is multiplied by. `moved` becomes the ratio of its amplitudes at `frequency` and
 /// at its gain's frequency.
-Scaled Evaluator::Work::normaliser(const Term &term, double frequency, Evaluation *result,
-                                   Scaled *moved)
+Scaled Evaluator::Work::normaliser(Known *known, const Term &term, double frequency,
+                                   Evaluation *result, Scaled *moved)
 {
-    if (!term.filter)
-        return {};
     const auto *roots = std::get_if<PolesZeros>(&term.filter->shape());
     if (term.as_stated)
         return roots ? number(roots->factor) : Scaled{};
-    const Scaled here = at(term, term.gain_frequency).magnitude();
-    const Scaled there = at(term, frequency).magnitude();
+    const Scaled here = at(known, term, term.gain_frequency).magnitude();
+    const Scaled there = at(known, term, frequency).magnitude();
     *moved = there / here;
     if (!here.is_zero() && !there.is_zero())
         return Scaled{} / here;
@@ -161,10 +159,14 @@ std::vector<Factor> Evaluator::Work::normalise(Plan plan, Evaluation *result)
     Scaled amplitude;
     for (Term &term : plan.terms) {
         Scaled moved;
-        const Scaled norm = normaliser(term, plan.frequency, result, &moved);
+        Scaled constant = number(term.gain);
+        if (term.filter) {
+            Known &filter = known(term);
+            constant = normaliser(&filter, term, plan.frequency, result, &moved) * constant;
+            amplitude = amplitude * at(&filter, term, plan.frequency);
+        }
         gains = gains * number(term.stated_gain) * moved;
-        const Scaled constant = norm * number(term.gain);
-        amplitude = amplitude * at(term, plan.frequency) * constant;
+        amplitude = amplitude * constant;
         factors.push_back({std::move(term), constant});
     }
     if (result->refused())
