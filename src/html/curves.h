@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace quarl::html
@@ -71,12 +72,8 @@ private:
         std::size_t size = 0; ///< of the grid that the curve covers
         std::vector<DrawnPoint> points;
     };
-    struct ShownStage {
-        const Stage *stage = nullptr;
-        std::optional<std::size_t> filter;
-
-        auto operator<=>(const ShownStage &) const = default;
-    };
+    /// A stage and the index of its filter.
+    using ShownStage = std::pair<const Stage *, std::optional<std::size_t>>;
     struct ResponseHash {
         std::size_t operator()(const Response *response) const { return response->hash(); }
     };

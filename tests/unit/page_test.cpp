@@ -178,6 +178,9 @@ TEST_F(PageRun, FailuresLeaveWhatWasThere)
     EXPECT_EQ(full.err, "quarl-html: Can't write " + old + ": File too large\n");
     EXPECT_EQ(full.status, "2");
     EXPECT_EQ(page({"-o", path("none/page.html"), volume}).status, "2");
+    EXPECT_EQ(page({"-o", volume, volume}).err,
+              "quarl: " + volume + ": the page would replace the volume\n");
+    EXPECT_TRUE(read_file(volume) == sample_volume());
     EXPECT_EQ(read_file(old), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2) << "something was left";
 }
