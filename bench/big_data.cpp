@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <numeric>
 #include <stdexcept>
 #include <utility>
 
@@ -174,6 +175,19 @@ std::int64_t DataMaker::write_round(std::FILE *to, int round, std::int64_t seq, 
             write_record(to, in_turn, round, turn, seq + i / sharing_);
     }
     return count;
+}
+
+void DataMaker::write_scattered(std::FILE *to, std::int64_t count)
+{
+    std::int64_t step = count * 5 / 8 + 1;
+    while (std::gcd(step, count) != 1)
+        ++step;
+    const auto channels = static_cast<std::int64_t>(channels_.size());
+    for (std::int64_t i = 0, at = 0; i < count; i++, at = (at + step) % count) {
+        const auto in_channel = static_cast<int>(at / channels);
+        write_record(to, static_cast<int>(at % channels), in_channel / per_round_,
+                     in_channel % per_round_, i + 1);
+    }
 }
 
 void DataMaker::write_record(std::FILE *to, int channel, int round, int record, std::int64_t seq)

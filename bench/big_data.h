@@ -30,6 +30,9 @@ public:
     /// Writes a round, at most `most` records of it; the first one has sequence number `seq`.
     /// Returns how many were written.
     std::int64_t write_round(std::FILE *to, int round, std::int64_t seq, std::int64_t most);
+    /// Writes `count` records that a program sees in no order: each channel's come in steps of
+    /// some three fifths of all there are.
+    void write_scattered(std::FILE *to, std::int64_t count);
 
 private:
     [[nodiscard]] Ticks round_length(const Channel &channel) const;

@@ -181,6 +181,13 @@ void write_mini(std::FILE *to, std::int64_t size, int length)
         seq += data.write_round(to, round, seq, size / length + 1 - seq);
 }
 
+/// The same records, in no order.
+void write_scattered(std::FILE *to, std::int64_t size, int length)
+{
+    constexpr int Stations = 120;
+    DataMaker(channels_of({}, Stations), length, 32, 1).write_scattered(to, size / length);
+}
+
 /// Control headers only: as many stations as make about `size` bytes.
 void write_dataless(std::FILE *to, std::int64_t size)
 {
@@ -210,6 +217,8 @@ void make(std::FILE *to, std::string_view kind, std::int64_t size)
         write_full(to, size, kind == "full-512" ? 512 : 4096);
     else if (kind == "mini-4096" || kind == "mini-512")
         write_mini(to, size, kind == "mini-512" ? 512 : 4096);
+    else if (kind == "scattered-512")
+        write_scattered(to, size, 512);
     else if (kind == "dataless")
         write_dataless(to, size);
     else if (kind.starts_with("worst-"))
@@ -224,8 +233,9 @@ int main(int argc, char *argv[])
 try {
     if (argc < 3 || argc > 4)
         throw std::invalid_argument(
-            "usage: make_big full-4096|full-512|mini-512|mini-4096|dataless|worst-WHAT SIZE[K|M|G] "
-            "[OUTPUT]");
+            "usage: make_big "
+            "full-4096|full-512|mini-512|mini-4096|scattered-512|dataless|worst-WHAT "
+            "SIZE[K|M|G] [OUTPUT]");
     const std::string output = argc == 4 ? argv[3] : "-";
     const File file(output == "-" ? stdout : std::fopen(output.c_str(), "wb"));
     if (!file)

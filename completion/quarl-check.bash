@@ -4,6 +4,9 @@ _quarl_check()
 {
     local current=$2 previous=$3 IFS=$'\n' before=
     COMPREPLY=()
+    # "=" divides words.
+    [ "$previous" != = ] || previous=${COMP_WORDS[COMP_CWORD - 2]}
+    [ "$current" != = ] || { previous=${COMP_WORDS[COMP_CWORD - 1]} current=; }
     case $previous in
     --rules | --ignore) # names with commas between them
         [[ $current != *,* ]] || before=${current%,*},

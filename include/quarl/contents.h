@@ -60,9 +60,10 @@ struct DictionaryEntry {
     std::string description;       ///< of a unit
     std::vector<std::string> keys; ///< decoder keys of a data format
     int family = -1;               ///< of a data format
-    std::int64_t record = 0;       ///< logical record in which it was defined last
-    std::vector<Part> parts;       ///< of a response: one, or what several blockettes continue
-    std::size_t promised = 0;      ///< coefficients of a response in all its blockettes
+    int encoding = -1; ///< of Blockette 1000, where the family and keys leave no doubt; else -1
+    std::int64_t record = 0;  ///< logical record in which it was defined last
+    std::vector<Part> parts;  ///< of a response: one, or what several blockettes continue
+    std::size_t promised = 0; ///< coefficients of a response in all its blockettes
 };
 
 /// A code was given another text.

@@ -50,6 +50,13 @@ public:
     [[nodiscard]] const Channel &channel_of(const ChannelEpoch &epoch) const;
     [[nodiscard]] const Station &station_of(const StationEpoch &epoch) const;
 
+    /// The channel epoch that the item added last, or `finish`, has ended; null when there is none.
+    /// Its response is there, as the dictionaries have it so far, unless it refers to one of them
+    /// (060).
+    [[nodiscard]] const ChannelEpoch *ended_epoch() const;
+    /// Gives up the response of that epoch, for who has looked at it and needs no other's memory.
+    void forget_ended_response();
+
     /// The entry under `code`; null when it is not defined.
     [[nodiscard]] const DictionaryEntry *entry(Dictionary dictionary, int code) const;
     /// The name of a unit; "" when it is not defined.

@@ -6,11 +6,13 @@
 // ResponseBuilder with a ResponsePool, keeps one copy of equal ones.
 #pragma once
 
+#include <algorithm>
 #include <complex>
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -171,40 +173,80 @@ struct Response {
     bool operator==(const Response &other) const; ///< stages by content
 };
 
-/// Keeps one copy of equal values of T, which has a `hash` and ==, for as long as it lives itself.
+/// Keeps one copy of equal values of T, which has a `hash` and ==. Those that nobody else holds any
+/// more are let go when there are many.
 template <class T> class Interner
 {
 public:
     /// The copy that is equal to `value`.
-    std::shared_ptr<const T> operator()(T value)
-    {
-        const auto found = held_.find(value);
-        if (found != held_.end())
-            return *found;
-        return *held_.insert(std::make_shared<const T>(std::move(value))).first;
-    }
+    std::shared_ptr<const T> operator()(T &&value) { return copy_of(std::move(value)); }
+    std::shared_ptr<const T> operator()(const T &value) { return copy_of(value); }
     /// The same for a value that is shared already, never null.
     std::shared_ptr<const T> operator()(std::shared_ptr<const T> value)
     {
-        return *held_.insert(std::move(value)).first;
+        const auto tag = static_cast<std::uint32_t>(value->hash());
+        Slot &slot = find(*value, tag);
+        return slot.number != 0 ? held_[slot.number - 1].value : hold(slot, tag, std::move(value));
     }
     /// Values held.
     [[nodiscard]] std::size_t size() const { return held_.size(); }
 
 private:
-    using Pointer = std::shared_ptr<const T>;
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(const Pointer &value) const { return value->hash(); }
-        std::size_t operator()(const T &value) const { return value.hash(); }
+    struct Held {
+        std::uint32_t tag; ///< the low bits of its hash
+        std::shared_ptr<const T> value;
     };
-    struct Same {
-        using is_transparent = void;
-        bool operator()(const Pointer &a, const Pointer &b) const { return a == b || *a == *b; }
-        bool operator()(const T &a, const Pointer &b) const { return a == *b; }
-        bool operator()(const Pointer &a, const T &b) const { return *a == b; }
+    /// Of an open table: a value stands in the first free slot from that of its tag on.
+    struct Slot {
+        std::uint32_t tag = 0;
+        std::uint32_t number = 0; ///< index in held_, plus 1; 0: the slot is free
     };
-    std::unordered_set<Pointer, Hash, Same> held_;
+
+    template <class Value> std::shared_ptr<const T> copy_of(Value &&value)
+    {
+        const auto tag = static_cast<std::uint32_t>(value.hash());
+        Slot &slot = find(value, tag);
+        return slot.number != 0
+                   ? held_[slot.number - 1].value
+                   : hold(slot, tag, std::make_shared<const T>(std::forward<Value>(value)));
+    }
+    /// The slot of the copy that is equal to `value`, or the free one that is for it.
+    Slot &find(const T &value, std::uint32_t tag)
+    {
+        if (held_.size() + held_.size() / 2 >= slots_.size())
+            make_room();
+        std::size_t at = tag & (slots_.size() - 1);
+        while (slots_[at].number != 0 &&
+               (slots_[at].tag != tag || !(*held_[slots_[at].number - 1].value == value)))
+            at = (at + 1) & (slots_.size() - 1);
+        return slots_[at];
+    }
+    std::shared_ptr<const T> hold(Slot &slot, std::uint32_t tag, std::shared_ptr<const T> value)
+    {
+        held_.push_back({tag, std::move(value)});
+        slot = {tag, static_cast<std::uint32_t>(held_.size())};
+        return held_.back().value;
+    }
+    /// Lets go what is not needed. A table that stays more than a third full becomes larger.
+    void make_room()
+    {
+        constexpr std::size_t Many = 1024;
+        std::size_t size = std::max<std::size_t>(slots_.size(), 64);
+        if (size >= Many)
+            std::erase_if(held_, [](const Held &held) { return held.value.use_count() == 1; });
+        if (held_.size() > size / 3)
+            size *= 2;
+        slots_.assign(size, {});
+        for (std::size_t i = 0; i < held_.size(); ++i) {
+            std::size_t at = held_[i].tag & (size - 1);
+            while (slots_[at].number != 0)
+                at = (at + 1) & (size - 1);
+            slots_[at] = {held_[i].tag, static_cast<std::uint32_t>(i + 1)};
+        }
+    }
+
+    std::vector<Slot> slots_; ///< a power of 2
+    std::deque<Held> held_;
 };
 
 struct ResponsePool {
@@ -228,7 +270,7 @@ private:
     void close_stage();
 
     ResponsePool &pool_;
-    Stage open_;
+    Stage open_; ///< its room and that of the next are reused, as copies are handed out
     Response response_;
 };
 

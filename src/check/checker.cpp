@@ -1,7 +1,5 @@
 #include "check/checker.h"
 
-#include "check/response_seen.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -42,7 +40,8 @@ std::string one_line(std::string_view text)
 
 } // namespace
 
-Checker::Checker(const Chosen &chosen) : chosen_(chosen)
+Checker::Checker(const Chosen &chosen, bool keeps_responses)
+    : chosen_(chosen), keeps_responses_(keeps_responses)
 {
     for (std::size_t rule = 0; rule < all_rules().size(); ++rule) {
         if (!chosen_[rule])
@@ -58,6 +57,9 @@ void Checker::begin()
     context_ = std::make_unique<Context>();
     context_->evaluator = &evaluator_;
     uses_ = {};
+    uses_before_ = 0;
+    refers_ = false;
+    deferred_.clear();
     series_by_number_.clear();
 }
 
@@ -139,7 +141,13 @@ void Checker::add_control(const Item &item)
     Inventory &inventory = context_->inventory;
     context_->fields = fields_read(item);
     inventory.add(item);
-    uses_.see(item, inventory, subject(item));
+    end_epoch();
+    if (item.get<blk_052_t>()) {
+        uses_before_ = uses_.count();
+        refers_ = false;
+    }
+    refers_ |= item.type() == blk_060_t::Number;
+    uses_.see(item, inventory, [&] { return subject(item); });
     look(item);
     if (item.type() == End_Of_File)
         return;
@@ -186,20 +194,59 @@ void Checker::meet_series(const Item &item, const blk_dh_t &header)
     }
 }
 
+/// The units that a channel epoch and its response refer to.
+void Checker::note_units(const ChannelEpoch &epoch)
+{
+    const auto use = [&](int code) { context_->unit_users.try_emplace(code, &epoch); };
+    use(epoch.signal_units);
+    use(epoch.calibration_units);
+    for (const StagePtr &stage : epoch.response.stages)
+        for (const Part &part : stage->parts)
+            if (const auto *filter = std::get_if<FilterPtr>(&part)) {
+                use((*filter)->input().code);
+                use((*filter)->output().code);
+            }
+}
+
+void Checker::look_at_epoch(const ChannelEpoch &epoch)
+{
+    const Inventory &inventory = context_->inventory;
+    note_units(epoch);
+    look(epoch);
+    if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
+        look(ResponseSeen(inventory, epoch, &room_));
+}
+
+/// Looks at the channel epoch that has ended while it is at hand, and lets its response go when
+/// nobody else wants it: those of an archive need not fit into memory. What its dictionaries lack
+/// so far may come behind it.
+void Checker::end_epoch()
+{
+    Inventory &inventory = context_->inventory;
+    const ChannelEpoch *epoch = inventory.ended_epoch();
+    if (!epoch)
+        return;
+    if (refers_ || uses_.count() != uses_before_) {
+        deferred_.push_back(epoch);
+    } else {
+        look_at_epoch(*epoch);
+        if (!keeps_responses_)
+            inventory.forget_ended_response();
+    }
+}
+
 std::vector<Finding> Checker::take(Inventory *taken)
 {
     const Inventory &inventory = context_->inventory;
     context_->inventory.finish();
+    end_epoch();
     context_->uses = uses_.take();
     for (const Station &station : inventory.stations())
         look(station);
     for (const Channel &channel : inventory.channels())
         look(channel);
-    for (const ChannelEpoch &epoch : inventory.channel_epochs()) {
-        look(epoch);
-        if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
-            look(ResponseSeen(inventory, epoch));
-    }
+    for (const ChannelEpoch *epoch : deferred_)
+        look_at_epoch(*epoch);
     for (const DataChannel &channel : inventory.data_channels())
         look(channel);
     look(*context_);

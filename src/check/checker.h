@@ -1,7 +1,7 @@
 // Checks a volume while it is read: what rules find in its records, items and inventory.
 #pragma once
 
-#include "check/rule.h"
+#include "check/response_seen.h"
 #include "check/uses.h"
 
 #include <memory>
@@ -20,7 +20,8 @@ using Chosen = std::vector<bool>;
 class Checker
 {
 public:
-    explicit Checker(const Chosen &chosen);
+    /// With `keeps_responses` the inventory has all of them in the end.
+    explicit Checker(const Chosen &chosen, bool keeps_responses = false);
 
     void hear(const Message &message);
     void enter(const LogicalRecord &record);
@@ -42,17 +43,25 @@ private:
     template <class T> void look(const T &at) const;
     void add_data(const Item &item, const blk_dh_t &header);
     void add_control(const Item &item);
+    void note_units(const ChannelEpoch &epoch);
+    void look_at_epoch(const ChannelEpoch &epoch);
+    void end_epoch();
     void note_series(const SeriesIndexEntry &entry);
     void meet_series(const Item &item, const blk_dh_t &header);
     [[nodiscard]] std::string subject(const Item &item) const;
 
     Chosen chosen_;
+    bool keeps_responses_;
     Findings findings_;
     Tables<LogicalRecord, Item, DataSeen, Station, Channel, ChannelEpoch, ResponseSeen, DataChannel,
            Context>
         asked_;
     std::unique_ptr<Context> context_;
     CodeUses uses_;
+    std::int64_t uses_before_ = 0;               ///< in front of the open channel epoch
+    bool refers_ = false;                        ///< the open one, to the response dictionary
+    std::vector<const ChannelEpoch *> deferred_; ///< until all dictionaries are there
+    ResponseRoom room_;
     Evaluator evaluator_{{}};
     std::unordered_multimap<int, std::size_t> series_by_number_; ///< by record of either end
 };

@@ -1,8 +1,5 @@
 // Data records, by themselves, against the headers, and one after the other.
-#include "check/response_seen.h"
 #include "check/rule.h"
-
-#include "platform/text.h"
 
 #include <algorithm>
 #include <array>
@@ -53,42 +50,6 @@ void data_length(const Context & /*context*/, const DataSeen &data, const Report
     });
 }
 
-enum Encoding {
-    Unknown = -1,
-    Int16 = 1,
-    Int24 = 2,
-    Int32 = 3,
-    Float32 = 4,
-    Float64 = 5,
-    Steim1 = 10,
-    Steim2 = 11
-};
-
-bool has(std::string_view text, std::string_view part)
-{
-    return text.find(part) != std::string_view::npos;
-}
-
-/// The encoding of a dictionary's format, where its family and keys leave no doubt. Of the
-/// differences of family 50, Steim 2 alone splits a word by a further key ("K0").
-int encoding_of(const DictionaryEntry &format)
-{
-    const std::string name = upper(format.text);
-    const auto any_key = [&](std::string_view part) {
-        return std::any_of(format.keys.begin(), format.keys.end(),
-                           [&](const std::string &key) { return has(key, part); });
-    };
-    if (format.family == 50 && has(name, "STEIM"))
-        return format.keys.empty() || has(name, "3") ? Unknown : any_key("K0") ? Steim2 : Steim1;
-    if (format.family != 0 || has(name, "FLOAT") || has(name, "REAL"))
-        return Unknown;
-    if (any_key("W4 D0-31"))
-        return Int32;
-    if (any_key("W3 D0-23"))
-        return Int24;
-    return any_key("W2 D0-15") ? Int16 : Unknown;
-}
-
 std::string encoding_text(int encoding)
 {
     struct Named {
@@ -96,13 +57,13 @@ std::string encoding_text(int encoding)
         const char *name;
     };
     static constexpr std::array Names = {Named{0, "text"},
-                                         Named{Int16, "16-bit integers"},
-                                         Named{Int24, "24-bit integers"},
-                                         Named{Int32, "32-bit integers"},
-                                         Named{Float32, "32-bit floats"},
-                                         Named{Float64, "64-bit floats"},
-                                         Named{Steim1, "Steim 1"},
-                                         Named{Steim2, "Steim 2"}};
+                                         Named{1, "16-bit integers"},
+                                         Named{2, "24-bit integers"},
+                                         Named{3, "32-bit integers"},
+                                         Named{4, "32-bit floats"},
+                                         Named{5, "64-bit floats"},
+                                         Named{10, "Steim 1"},
+                                         Named{11, "Steim 2"}};
     const auto *found = std::find_if(Names.begin(), Names.end(),
                                      [&](const Named &row) { return row.encoding == encoding; });
     const std::string number = std::to_string(encoding);
@@ -115,8 +76,8 @@ void data_format(const Context &context, const DataSeen &data, const Report &rep
         return;
     const DictionaryEntry *format =
         context.inventory.entry(Dictionary::data_formats, data.epoch->format);
-    const int expected = format ? encoding_of(*format) : Unknown;
-    if (!context.formats_differ && (expected == Unknown || expected == data.header.encoding))
+    const int expected = format ? format->encoding : -1;
+    if (!context.formats_differ && (expected < 0 || expected == data.header.encoding))
         return;
     report(data.record, data.channel.code.text(), [&] {
         return Told{subject_of(data),

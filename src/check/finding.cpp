@@ -37,10 +37,19 @@ void Findings::keep(std::size_t rule, std::string_view group, Finding finding)
 std::vector<Finding> Findings::take()
 {
     groups_.clear();
-    std::stable_sort(findings_.begin(), findings_.end(), [](const Finding &a, const Finding &b) {
-        return a.record != b.record ? a.record < b.record : a.rule < b.rule;
+    std::vector<Finding *> order;
+    order.reserve(findings_.size());
+    for (Finding &finding : findings_)
+        order.push_back(&finding);
+    std::stable_sort(order.begin(), order.end(), [](const Finding *a, const Finding *b) {
+        return a->record != b->record ? a->record < b->record : a->rule < b->rule;
     });
-    return std::exchange(findings_, {});
+    std::vector<Finding> sorted;
+    sorted.reserve(order.size());
+    for (Finding *finding : order)
+        sorted.push_back(std::move(*finding));
+    findings_.clear();
+    return sorted;
 }
 
 } // namespace quarl

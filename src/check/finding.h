@@ -3,9 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -56,7 +57,14 @@ private:
     Finding *find(std::size_t rule, std::string_view group);
     void keep(std::size_t rule, std::string_view group, Finding finding);
 
-    using Groups = std::map<std::string, std::size_t, std::less<>>;
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view group) const
+        {
+            return std::hash<std::string_view>()(group);
+        }
+    };
+    using Groups = std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>>;
     std::vector<Groups> groups_; ///< by rule: index of the finding
     std::vector<Finding> findings_;
 };

@@ -13,11 +13,6 @@ namespace quarl
 namespace
 {
 
-void report_epoch(const Report &report, const ResponseSeen &seen, std::string text)
-{
-    report(seen.epoch.record, seen.channel, [&] { return Told{seen.subject, std::move(text)}; });
-}
-
 std::string stage_text(const StageSeen &stage) { return "stage " + std::to_string(stage.number); }
 
 std::string hertz(double value) { return shown(value) + " Hz"; }
@@ -35,10 +30,11 @@ void stage_gain(const Context & /*context*/, const ResponseSeen &seen, const Rep
     for (const StageSeen &stage : seen.stages) {
         if (stage.shape<Polynomial>() || (stage.gain && stage.gain->value != 0.0))
             continue;
-        return report_epoch(report, seen,
-                            stage_text(stage) +
-                                (stage.gain ? " has a gain of 0 at " + hertz(stage.gain->frequency)
-                                            : " has no gain (058)"));
+        return seen.tell(report, [&] {
+            return stage_text(stage) + (stage.gain
+                                            ? " has a gain of 0 at " + hertz(stage.gain->frequency)
+                                            : " has no gain (058)");
+        });
     }
 }
 
@@ -46,15 +42,16 @@ void sensitivity_missing(const Context & /*context*/, const ResponseSeen &seen,
                          const Report &report)
 {
     if (!sensitivity(seen) && !seen.has_polynomial() && !seen.whole.shape<Polynomial>())
-        report_epoch(report, seen, "has no sensitivity: no gain (058) of stage 0");
+        seen.tell(report, [&] { return "has no sensitivity: no gain (058) of stage 0"; });
 }
 
 void sensitivity_value(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     const Gain *gain = sensitivity(seen);
     if (gain && !seen.has_polynomial() && !(gain->value > 0.0))
-        report_epoch(report, seen,
-                     "its sensitivity is " + shown(gain->value) + ", expected is more than 0");
+        seen.tell(report, [&] {
+            return "its sensitivity is " + shown(gain->value) + ", expected is more than 0";
+        });
 }
 
 void sensitivity_frequency(const Context & /*context*/, const ResponseSeen &seen,
@@ -63,9 +60,10 @@ void sensitivity_frequency(const Context & /*context*/, const ResponseSeen &seen
     const Gain *gain = sensitivity(seen);
     const double rate = seen.epoch.sample_rate;
     if (gain && rate > 0.0 && gain->frequency > rate / 2)
-        report_epoch(report, seen,
-                     "its sensitivity is given at " + hertz(gain->frequency) +
-                         ", half its sample rate is " + hertz(rate / 2));
+        seen.tell(report, [&] {
+            return "its sensitivity is given at " + hertz(gain->frequency) +
+                   ", half its sample rate is " + hertz(rate / 2);
+        });
 }
 
 void sensitivity_product(const Context &context, const ResponseSeen &seen, const Report &report)
@@ -85,12 +83,12 @@ void sensitivity_product(const Context &context, const ResponseSeen &seen, const
     const Evaluation evaluation = context.evaluator->evaluate(seen.epoch.response, 0);
     if (agree(evaluation.amplitude, whole->value, Part))
         return;
-    report_epoch(report, seen,
-                 "its sensitivity is " + shown(whole->value) + " at " + hertz(whole->frequency) +
-                     ", the product of its gains " + shown(product) +
-                     (evaluation.refused()
-                          ? std::string()
-                          : ", its response there " + shown(evaluation.amplitude)));
+    seen.tell(report, [&] {
+        return "its sensitivity is " + shown(whole->value) + " at " + hertz(whole->frequency) +
+               ", the product of its gains " + shown(product) +
+               (evaluation.refused() ? std::string()
+                                     : ", its response there " + shown(evaluation.amplitude));
+    });
 }
 
 bool is_at_origin(const PolesZeros &shape)
@@ -108,17 +106,19 @@ void zero_at_origin(const Context & /*context*/, const ResponseSeen &seen, const
             continue;
         const bool own = stage.gain && stage.gain->frequency == 0.0;
         if (own || (whole && whole->frequency == 0.0))
-            return report_epoch(report, seen,
-                                stage_text(stage) + " has a zero at 0, but " +
-                                    (own ? "its gain" : "the sensitivity") + " is given at 0 Hz");
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " has a zero at 0, but " +
+                       (own ? "its gain" : "the sensitivity") + " is given at 0 Hz";
+            });
     }
 }
 
 void polynomial_missing(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     if (seen.has_polynomial() && !seen.whole.shape<Polynomial>())
-        report_epoch(report, seen,
-                     "has a polynomial stage (062) and none for the channel as a whole, stage 0");
+        seen.tell(report, [&] {
+            return "has a polynomial stage (062) and none for the channel as a whole, stage 0";
+        });
 }
 
 const StageSeen *last_decimation(const ResponseSeen &seen)
@@ -133,8 +133,9 @@ void decimation_missing(const Context & /*context*/, const ResponseSeen &seen, c
     const auto digital = std::count_if(seen.stages.begin(), seen.stages.end(),
                                        [](const StageSeen &stage) { return stage.is_digital(); });
     if (digital > 0 && !last_decimation(seen))
-        report_epoch(report, seen,
-                     "has " + std::to_string(digital) + " digital stages and no decimation (057)");
+        seen.tell(report, [&] {
+            return "has " + std::to_string(digital) + " digital stages and no decimation (057)";
+        });
 }
 
 double output_rate(const Decimation &decimation)
@@ -148,9 +149,10 @@ void decimation_rate(const Context & /*context*/, const ResponseSeen &seen, cons
     const StageSeen *last = last_decimation(seen);
     if (!last || agree(output_rate(*last->decimation), seen.epoch.sample_rate, Part))
         return;
-    report_epoch(report, seen,
-                 stage_text(*last) + " decimates to " + hertz(output_rate(*last->decimation)) +
-                     ", the channel's sample rate is " + hertz(seen.epoch.sample_rate));
+    seen.tell(report, [&] {
+        return stage_text(*last) + " decimates to " + hertz(output_rate(*last->decimation)) +
+               ", the channel's sample rate is " + hertz(seen.epoch.sample_rate);
+    });
 }
 
 void decimation_chain(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
@@ -161,10 +163,10 @@ void decimation_chain(const Context & /*context*/, const ResponseSeen &seen, con
         if (!stage.decimation)
             continue;
         if (before && !agree(stage.decimation->input_rate, output_rate(*before->decimation), Part))
-            return report_epoch(
-                report, seen,
-                stage_text(stage) + " takes " + hertz(stage.decimation->input_rate) + ", " +
-                    stage_text(*before) + " gives " + hertz(output_rate(*before->decimation)));
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " takes " + hertz(stage.decimation->input_rate) + ", " +
+                       stage_text(*before) + " gives " + hertz(output_rate(*before->decimation));
+            });
         before = &stage;
     }
 }
@@ -179,10 +181,11 @@ void normalization(const Context & /*context*/, const ResponseSeen &seen, const 
         const double rate = stage.decimation ? stage.decimation->input_rate : 0.0;
         const double amplitude = normalisation(*roots, rate);
         if (std::isfinite(amplitude) && std::abs(amplitude - 1.0) > Part)
-            return report_epoch(report, seen,
-                                stage_text(stage) + ": A0 of " + shown(roots->factor) +
-                                    " gives an amplitude of " + shown(amplitude) + " at " +
-                                    hertz(roots->frequency) + ", expected is 1");
+            return seen.tell(report, [&] {
+                return stage_text(stage) + ": A0 of " + shown(roots->factor) +
+                       " gives an amplitude of " + shown(amplitude) + " at " +
+                       hertz(roots->frequency) + ", expected is 1";
+            });
     }
 }
 
@@ -212,27 +215,35 @@ void conjugates(const Context & /*context*/, const ResponseSeen &seen, const Rep
         const auto *zero = roots ? lone_root(roots->zeros) : nullptr;
         const auto *pole = roots ? lone_root(roots->poles) : nullptr;
         if (const auto *lone = pole ? pole : zero)
-            return report_epoch(report, seen,
-                                stage_text(stage) + " has a " + (pole ? "pole" : "zero") + " at (" +
-                                    shown(lone->real()) + ", " + shown(lone->imag()) +
-                                    ") and none at (" + shown(lone->real()) + ", " +
-                                    shown(-lone->imag()) + ")");
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " has a " + (pole ? "pole" : "zero") + " at (" +
+                       shown(lone->real()) + ", " + shown(lone->imag()) + ") and none at (" +
+                       shown(lone->real()) + ", " + shown(-lone->imag()) + ")";
+            });
     }
+}
+
+/// The one filter of a stage, or null.
+FilterPtr joined(const StageSeen &stage)
+{
+    if (stage.filters.size() == 1)
+        return stage.filters.front();
+    return joined_filter({stage.number, {stage.filters.begin(), stage.filters.end()}}).filter;
 }
 
 void fir_gain(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     constexpr double Part = 0.02;
     for (const StageSeen &stage : seen.stages) {
-        const FilterPtr filter =
-            joined_filter({stage.number, {stage.filters.begin(), stage.filters.end()}}).filter;
+        const FilterPtr filter = joined(stage);
         if (!filter || !is_fir(kind_of(filter->shape())) || is_empty(filter->shape()))
             continue;
         const double sum = coefficient_sum(filter->shape());
         if (std::abs(sum - 1.0) > Part)
-            return report_epoch(report, seen,
-                                stage_text(stage) + ": its FIR coefficients sum to " + shown(sum) +
-                                    ", expected is 1");
+            return seen.tell(report, [&] {
+                return stage_text(stage) + ": its FIR coefficients sum to " + shown(sum) +
+                       ", expected is 1";
+            });
     }
 }
 

@@ -1,10 +1,8 @@
 #include "check/response_seen.h"
 
-#include "check/rule.h"
 #include "response/kind.h"
 
 #include <algorithm>
-#include <map>
 
 namespace quarl
 {
@@ -12,17 +10,39 @@ namespace quarl
 namespace
 {
 
-void add_part(StageSeen *stage, const Part &part)
+bool has_filter(const StageSeen &stage) { return !stage.filters.empty(); }
+
+/// What a stage holds beside its filters, which go to `filters`.
+void add_parts(const Stage &stage, StageSeen *seen, std::vector<FilterPtr> *filters)
 {
-    if (const auto *filter = std::get_if<FilterPtr>(&part))
-        stage->filters.push_back(*filter);
-    else if (const auto *decimation = std::get_if<Decimation>(&part))
-        stage->decimation = *decimation;
-    else if (const auto *gain = std::get_if<Gain>(&part))
-        stage->gain = *gain;
+    for (const Part &part : stage.parts) {
+        if (const auto *filter = std::get_if<FilterPtr>(&part))
+            filters->push_back(*filter);
+        else if (const auto *decimation = std::get_if<Decimation>(&part))
+            seen->decimation = *decimation;
+        else if (const auto *gain = std::get_if<Gain>(&part))
+            seen->gain = *gain;
+    }
 }
 
-bool has_filter(const StageSeen &stage) { return !stage.filters.empty(); }
+/// The stages in order of numbers.
+void put_in_order(const Response &response, std::vector<const Stage *> *order)
+{
+    const auto lower = [](const Stage *a, const Stage *b) { return a->number < b->number; };
+    order->clear();
+    for (const StagePtr &stage : response.stages)
+        order->push_back(stage.get());
+    if (!std::is_sorted(order->begin(), order->end(), lower))
+        std::stable_sort(order->begin(), order->end(), lower);
+}
+
+std::size_t count_filters(const std::vector<const Stage *> &stages)
+{
+    std::size_t count = 0;
+    for (const Stage *stage : stages)
+        count += stage->parts.size();
+    return count;
+}
 
 } // namespace
 
@@ -33,20 +53,26 @@ bool StageSeen::is_digital() const
     });
 }
 
-ResponseSeen::ResponseSeen(const Inventory &inventory, const ChannelEpoch &described)
-    : epoch(described), code(inventory.channel_of(described).code.channel()),
-      channel(inventory.channel_of(described).code.text()),
-      subject(subject_of(inventory, described))
+ResponseSeen::ResponseSeen(const Inventory &described_in, const ChannelEpoch &described,
+                           ResponseRoom *room)
+    : inventory(described_in), epoch(described),
+      code(inventory.channel_of(described).code.channel())
 {
-    std::map<int, StageSeen> by_number;
-    for (const StagePtr &stage : described.response.stages) {
-        StageSeen &seen = stage->number == 0 ? whole : by_number[stage->number];
-        seen.number = stage->number;
-        for (const Part &part : stage->parts)
-            add_part(&seen, part);
+    put_in_order(described.response, &room->order);
+    room->stages.clear();
+    room->filters.clear();
+    room->filters.reserve(count_filters(room->order)); // spans of it are handed out
+    for (const Stage *stage : room->order) {
+        const bool is_new = room->stages.empty() || room->stages.back().number != stage->number;
+        if (stage->number != 0 && is_new)
+            room->stages.push_back({stage->number, {}, {}, {}});
+        StageSeen &seen = stage->number == 0 ? whole : room->stages.back();
+        const FilterPtr *end = room->filters.data() + room->filters.size();
+        const FilterPtr *begin = seen.filters.empty() ? end : seen.filters.data();
+        add_parts(*stage, &seen, &room->filters);
+        seen.filters = {begin, room->filters.data() + room->filters.size()};
     }
-    for (auto &[number, stage] : by_number)
-        stages.push_back(std::move(stage));
+    stages = room->stages;
 }
 
 const StageSeen *ResponseSeen::first_filter() const

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <quarl/inventory.h>
 #include <quarl/response.h>
 #include <quarl/volume.h>
@@ -60,6 +61,7 @@ struct Context {
     std::vector<std::string> complaints; ///< of the reading about the item at hand
     bool formats_differ = false;         ///< the reading says so of the data record at hand
     std::vector<PendingUse> uses;
+    std::map<int, const ChannelEpoch *> unit_users; ///< the first of each unit, in the end
     std::vector<SeriesSeen> series;
     Evaluator *evaluator = nullptr;
 };

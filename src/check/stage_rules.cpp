@@ -2,19 +2,15 @@
 #include "check/response_seen.h"
 #include "check/rule.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
-#include <map>
 
 namespace quarl
 {
 
 namespace
 {
-
-void report_epoch(const Report &report, const ResponseSeen &seen, std::string text)
-{
-    report(seen.epoch.record, seen.channel, [&] { return Told{seen.subject, std::move(text)}; });
-}
 
 std::string stage_text(const StageSeen &stage) { return "stage " + std::to_string(stage.number); }
 
@@ -52,36 +48,20 @@ void sensor_units(const Context & /*context*/, const ResponseSeen &seen, const R
     if (unit.empty() || (!velocity && !acceleration) ||
         (velocity ? is_velocity(unit) : is_acceleration(unit)))
         return;
-    report_epoch(report, seen,
-                 "stage 1 takes " + quoted(unit) + ", expected is " +
-                     (velocity ? "M/S" : "M/S**2"));
+    seen.tell(report, [&] {
+        return "stage 1 takes " + quoted(unit) + ", expected is " + (velocity ? "M/S" : "M/S**2");
+    });
 }
 
-/// Names no unit of its own: a code of 0 stands for none.
 void unit_name(const Context &context, const Context &, const Report &report)
 {
     const Inventory &inventory = context.inventory;
-    std::map<int, std::string> users;
-    for (const ChannelEpoch &epoch : inventory.channel_epochs()) {
-        const auto use = [&](int code) {
-            if (!users.contains(code))
-                users.emplace(code, subject_of(inventory, epoch));
-        };
-        use(epoch.signal_units);
-        use(epoch.calibration_units);
-        for (const StagePtr &stage : epoch.response.stages)
-            for (const Part &part : stage->parts)
-                if (const auto *filter = std::get_if<FilterPtr>(&part)) {
-                    use((*filter)->input().code);
-                    use((*filter)->output().code);
-                }
-    }
-    for (const auto &[code, user] : users)
+    for (const auto &[code, user] : context.unit_users)
         if (const DictionaryEntry *unit = inventory.entry(Dictionary::units, code);
             unit && !is_known_unit(unit->text))
             report(unit->record, "unit (034) " + std::to_string(code),
-                   quoted(unit->text) + " is no unit of the standard or the SI; " + user +
-                       " uses it");
+                   quoted(unit->text) + " is no unit of the standard or the SI; " +
+                       subject_of(inventory, *user) + " uses it");
 }
 
 void stage_sequence(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
@@ -89,9 +69,10 @@ void stage_sequence(const Context & /*context*/, const ResponseSeen &seen, const
     int expected = 1;
     for (const StageSeen &stage : seen.stages) {
         if (stage.number != expected)
-            return report_epoch(report, seen,
-                                stage_text(stage) + " stands where stage " +
-                                    std::to_string(expected) + " is expected");
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " stands where stage " + std::to_string(expected) +
+                       " is expected";
+            });
         ++expected;
     }
 }
@@ -103,11 +84,12 @@ void stage_units(const Context & /*context*/, const ResponseSeen &seen, const Re
         if (stage.filters.empty())
             continue;
         const std::string &takes = stage.filters.front()->input().name;
-        const std::string gives = before ? before->filters.back()->output().name : "";
-        if (!takes.empty() && !gives.empty() && upper(takes) != upper(gives))
-            return report_epoch(report, seen,
-                                stage_text(stage) + " takes " + quoted(takes) + ", " +
-                                    stage_text(*before) + " gives " + quoted(gives));
+        const std::string &gives = before ? before->filters.back()->output().name : takes;
+        if (takes != gives && !takes.empty() && !gives.empty() && upper(takes) != upper(gives))
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " takes " + quoted(takes) + ", " + stage_text(*before) +
+                       " gives " + quoted(gives);
+            });
         before = &stage;
     }
 }
@@ -116,18 +98,20 @@ void stage_incomplete(const Context & /*context*/, const ResponseSeen &seen, con
 {
     for (const StageSeen &stage : seen.stages)
         if (stage.is_digital() && (!stage.decimation || !stage.gain))
-            return report_epoch(report, seen,
-                                stage_text(stage) + " is digital and has no " +
-                                    (stage.decimation ? "gain (058)" : "decimation (057)"));
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " is digital and has no " +
+                       (stage.decimation ? "gain (058)" : "decimation (057)");
+            });
 }
 
 void stage_filterless(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     for (const StageSeen &stage : seen.stages)
         if (stage.decimation && stage.filters.empty())
-            return report_epoch(report, seen,
-                                stage_text(stage) + " has a decimation from " +
-                                    shown(stage.decimation->input_rate) + " Hz and no filter");
+            return seen.tell(report, [&] {
+                return stage_text(stage) + " has a decimation from " +
+                       shown(stage.decimation->input_rate) + " Hz and no filter";
+            });
 }
 
 void list_only(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
@@ -140,9 +124,10 @@ void list_only(const Context & /*context*/, const ResponseSeen &seen, const Repo
         lists = true;
     }
     if (lists)
-        report_epoch(report, seen,
-                     "its only stages are response lists (055): " +
-                         std::to_string(seen.stages.size()));
+        seen.tell(report, [&] {
+            return "its only stages are response lists (055): " +
+                   std::to_string(seen.stages.size());
+        });
 }
 
 void output_units(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
@@ -152,9 +137,10 @@ void output_units(const Context & /*context*/, const ResponseSeen &seen, const R
         return;
     const std::string &unit = last->filters.back()->output().name;
     if (!unit.empty() && !is_counts(unit))
-        report_epoch(report, seen,
-                     stage_text(*last) + " is the last and gives " + quoted(unit) +
-                         ", expected is COUNTS");
+        seen.tell(report, [&] {
+            return stage_text(*last) + " is the last and gives " + quoted(unit) +
+                   ", expected is COUNTS";
+        });
 }
 
 constexpr std::array Rules = {

@@ -83,14 +83,6 @@ bool is_length_over(std::string_view unit, std::span<const std::string_view> tim
 
 } // namespace
 
-std::string upper(std::string_view text)
-{
-    std::string all(text);
-    for (char &c : all)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    return all;
-}
-
 bool is_velocity(std::string_view unit)
 {
     static constexpr std::array Times = {"S"sv, "SEC"sv, "SECOND"sv};

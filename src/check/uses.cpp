@@ -48,7 +48,7 @@ template <class T, class F> void for_each_code(const T &record, F &&f)
 
 } // namespace
 
-void CodeUses::see(const Item &item, const Inventory &inventory, const std::string &subject)
+void CodeUses::see(const Item &item, const Inventory &inventory, const MakeSubject &subject)
 {
     if (item.record())
         visit_any(item.record(), item.type(), [&](const auto &record) {
@@ -62,14 +62,15 @@ void CodeUses::see(const Item &item, const Inventory &inventory, const std::stri
 }
 
 void CodeUses::use(const Item &item, Dictionary dictionary, int code, const Inventory &inventory,
-                   const std::string &subject)
+                   const MakeSubject &subject)
 {
     if (inventory.entry(dictionary, code))
         return;
     const auto [known, is_new] = pending_.try_emplace({dictionary, code, item.type()});
     if (is_new)
-        known->second = {dictionary, code, item.type(), subject, item.place().record, 0};
+        known->second = {dictionary, code, item.type(), subject(), item.place().record, 0};
     ++known->second.count;
+    ++count_;
 }
 
 std::vector<PendingUse> CodeUses::take() const

@@ -52,18 +52,21 @@ bool lacks_network(const Context &context, const Item &item, std::size_t taken)
            taken == static_cast<std::size_t>(item.length()) + Network;
 }
 
-/// Type and length of a blockette that are no numbers; empty: they are.
-std::string_view bad_prefix(const Item &item)
+std::string_view prefix_of(const Item &item) { return item.bytes().substr(0, 7); }
+
+/// Type and length of a blockette are numbers.
+bool has_prefix(const Item &item)
 {
-    const std::string_view prefix = item.bytes().substr(0, 7);
-    return prefix.find_first_not_of("0123456789 ") == std::string_view::npos ? "" : prefix;
+    const std::string_view prefix = prefix_of(item);
+    return std::all_of(prefix.begin(), prefix.end(),
+                       [](char c) { return is_digit(c) || c == ' '; });
 }
 
 void bad_blockette(const Context &context, const Item &item, const Report &report)
 {
-    if (is_control(item) && !bad_prefix(item).empty())
+    if (is_control(item) && !has_prefix(item))
         return report(item.place().record, "prefix", [&] {
-            return Told{"volume", "a blockette's type and length are " + quoted(bad_prefix(item)) +
+            return Told{"volume", "a blockette's type and length are " + quoted(prefix_of(item)) +
                                       ", expected are digits"};
         });
     if (!is_control(item) || !is_read(item))
@@ -126,7 +129,7 @@ void blockette_length(const Context &context, const Item &item, const Report &re
 
 void blockette_unknown(const Context & /*context*/, const Item &item, const Report &report)
 {
-    if (!is_control(item) || is_read(item))
+    if (!is_control(item) || is_read(item) || !has_prefix(item))
         return;
     report(item.place().record, group_of(item), [&] {
         const std::string_view name = item.name();

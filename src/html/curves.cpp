@@ -104,7 +104,7 @@ void write_curve(Json *json, std::span<const std::complex<double>> values)
     json->close(']');
 }
 
-void write_drawn(Json *json, const std::vector<DrawnPoint> &points)
+void write_drawn(Json *json, std::span<const DrawnPoint> points)
 {
     json->key("at").open('[');
     for (const DrawnPoint &point : points)
@@ -204,11 +204,13 @@ std::optional<std::size_t> Curves::meet_filter(const Key &key, const StageCurve 
         return {};
     const auto [known, is_new] = filter_by_key_.try_emplace(key, filters_.size());
     if (is_new)
-        filters_.push_back({known->first.filter.get(), 0, {}});
+        filters_.push_back({.filter = known->first.filter.get()});
     Shown &shown = filters_[known->second];
     if (curve && curve->values.size() > shown.size) {
         shown.size = curve->values.size();
-        shown.points = drawn(curve->values, gain);
+        shown.first = points_.size();
+        add_drawn(curve->values, gain, &points_);
+        shown.count = points_.size() - shown.first;
     }
     return known->second;
 }
@@ -299,8 +301,8 @@ void Curves::write_filters(Json *json) const
             write_roots(&json->key("poles"), roots->poles);
             write_roots(&json->key("zeros"), roots->zeros);
         }
-        if (!shown.points.empty())
-            write_drawn(json, shown.points);
+        if (shown.count > 0)
+            write_drawn(json, std::span(points_).subspan(shown.first, shown.count));
         json->close('}');
     }
     json->close(']');

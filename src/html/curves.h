@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace quarl::html
@@ -68,15 +69,12 @@ private:
     /// A filter and its curve, as far as the longest response needs it.
     struct Shown {
         const Filter *filter = nullptr;
-        std::size_t size = 0; ///< of the grid that the curve covers
-        std::vector<DrawnPoint> points;
+        std::size_t size = 0;  ///< of the grid that the curve covers
+        std::size_t first = 0; ///< of the points
+        std::size_t count = 0;
     };
-    struct ShownStage {
-        const Stage *stage = nullptr;
-        std::optional<std::size_t> filter;
-
-        auto operator<=>(const ShownStage &) const = default;
-    };
+    /// A stage and the index of its filter.
+    using ShownStage = std::pair<const Stage *, std::optional<std::size_t>>;
     struct ResponseHash {
         std::size_t operator()(const Response *response) const { return response->hash(); }
     };
@@ -97,6 +95,7 @@ private:
     std::unordered_map<const Response *, std::size_t, ResponseHash, SameResponse> first_;
     std::unordered_map<Key, std::size_t, KeyHash> filter_by_key_;
     std::vector<Shown> filters_;
+    std::vector<DrawnPoint> points_; ///< of all filters
     std::map<ShownStage, std::size_t> stage_index_;
     std::vector<ShownStage> stages_;
     std::vector<std::size_t> first_of_; ///< by epoch: the one that has the same response

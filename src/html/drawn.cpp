@@ -11,7 +11,7 @@ namespace quarl::html
 namespace
 {
 
-constexpr std::int32_t Step = 2; ///< of the grid: ten points a decade are enough to the eye
+constexpr std::size_t Step = 2; ///< of the grid: ten points a decade are enough to the eye
 
 /// Follows a curve from a point on, and knows which straight lines pass all later ones closely.
 class Fan
@@ -59,17 +59,6 @@ Sample sample(std::complex<double> value, std::size_t at, double gain)
         std::log(amplitude)};
 }
 
-std::vector<Sample> samples(std::span<const std::complex<double>> values, double gain)
-{
-    std::vector<Sample> all;
-    all.reserve(values.size() / Step + 2);
-    for (std::size_t at = 0; at < values.size(); at += Step)
-        all.push_back(sample(values[at], at, gain));
-    if (values.size() % Step == 0 && !values.empty())
-        all.push_back(sample(values.back(), values.size() - 1, gain));
-    return all;
-}
-
 /// The two lines that are drawn from a point on.
 class Lines
 {
@@ -95,26 +84,27 @@ private:
 
 } // namespace
 
-std::vector<DrawnPoint> drawn(std::span<const std::complex<double>> values, double gain)
+void add_drawn(std::span<const std::complex<double>> values, double gain,
+               std::vector<DrawnPoint> *points)
 {
-    std::vector<DrawnPoint> points;
-    const std::vector<Sample> all = samples(values, gain);
-    if (all.empty())
-        return points;
-    points.push_back(all.front().point);
-    Lines lines(all.front());
-    for (std::size_t i = 1; i < all.size(); ++i) {
-        if (lines.reach(all[i]))
-            continue;
-        if (points.back().at != all[i - 1].point.at)
-            points.push_back(all[i - 1].point);
-        lines = Lines(all[i - 1]);
-        (void)lines.reach(all[i]);
+    if (values.empty())
+        return;
+    Sample before = sample(values[0], 0, gain);
+    points->push_back(before.point);
+    Lines lines(before);
+    for (std::size_t at = 0; at + 1 < values.size();) {
+        at = std::min(at + Step, values.size() - 1);
+        const Sample next = sample(values[at], at, gain);
+        if (!lines.reach(next)) {
+            if (points->back().at != before.point.at)
+                points->push_back(before.point);
+            lines = Lines(before);
+            (void)lines.reach(next);
+        }
+        before = next;
     }
-    if (points.back().at != all.back().point.at)
-        points.push_back(all.back().point);
-    points.shrink_to_fit();
-    return points;
+    if (points->back().at != before.point.at)
+        points->push_back(before.point);
 }
 
 } // namespace quarl::html

@@ -16,9 +16,10 @@ struct DrawnPoint {
     float phase; ///< degrees
 };
 
-/// The points of a curve, given by its values times `gain` along the grid, between which straight
-/// lines (of the amplitude's logarithm and the phase) are close to it: of every second point of the
-/// grid, and the last. A point without a value is one of them.
-std::vector<DrawnPoint> drawn(std::span<const std::complex<double>> values, double gain);
+/// Adds the points of a curve, given by its values times `gain` along the grid, between which
+/// straight lines (of the amplitude's logarithm and the phase) are close to it: of every second
+/// point of the grid, and the last. A point without a value is one of them.
+void add_drawn(std::span<const std::complex<double>> values, double gain,
+               std::vector<DrawnPoint> *points);
 
 } // namespace quarl::html

@@ -1,7 +1,8 @@
 #include "inventory/dictionaries.h"
 
-#include "inventory/parts.h"
+#include "platform/text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quarl
@@ -18,12 +19,36 @@ DictionaryEntry text_entry(std::string text, const Item &item)
     return entry;
 }
 
+/// The encoding of a data format, where its family and keys leave no doubt; else -1. Of the
+/// differences of family 50, Steim 2 alone splits a word by a further key ("K0").
+int encoding_of(const DictionaryEntry &format)
+{
+    constexpr int Steim_1 = 10;
+    constexpr int Steim_2 = 11;
+    const std::string name = upper(format.text);
+    const auto is_named = [&](std::string_view part) { return name.find(part) != name.npos; };
+    const auto has_key = [&](std::string_view part) {
+        return std::any_of(format.keys.begin(), format.keys.end(),
+                           [&](const std::string &key) { return key.find(part) != key.npos; });
+    };
+    if (format.family == 50 && is_named("STEIM"))
+        return format.keys.empty() || is_named("3") ? -1 : has_key("K0") ? Steim_2 : Steim_1;
+    if (format.family != 0 || is_named("FLOAT") || is_named("REAL"))
+        return -1;
+    if (has_key("W4 D0-31"))
+        return 3;
+    if (has_key("W3 D0-23"))
+        return 2;
+    return has_key("W2 D0-15") ? 1 : -1;
+}
+
 DictionaryEntry format_entry(const blk_030_t &blk, const Item &item)
 {
     DictionaryEntry entry = text_entry(blk.name, item);
     entry.family = blk.data_type;
     for (const blk_030_t::DecodeKey &key : blk.decode_key)
         entry.keys.emplace_back(key.text);
+    entry.encoding = encoding_of(entry);
     return entry;
 }
 
@@ -84,7 +109,7 @@ void Dictionaries::add(const Item &item)
 
 void Dictionaries::add_response(const Item &item)
 {
-    std::optional<Part> part = dictionary_part(item, [this](int code) { return unit(code); });
+    std::optional<Part> part = dictionary_part(item, &make_);
     if (!part)
         return;
     auto [key, name] =
@@ -111,6 +136,8 @@ void Dictionaries::define(Dictionary dictionary, int code, DictionaryEntry entry
     if (!is_new && (!same || old->second.text != entry.text) &&
         redefined_.insert({dictionary, code}).second)
         redefinitions_.push_back({dictionary, code, old->second.text, entry.text, entry.record});
+    if (dictionary == Dictionary::units && old->second.text != entry.text)
+        ++unit_changes_;
     old->second = std::move(entry);
 }
 

@@ -71,8 +71,10 @@ struct Inventory::Work {
     std::unordered_map<ChannelCode, std::size_t, CodeHash> channel_of_code;
     bool finished = false;
     std::size_t epoch = None; ///< the channel epoch that is being described
-    ResponseParts parts;
-    EpochTable epoch_table;
+    std::size_t ended = None; ///< the one that the last item ended
+    ResponseParts parts{dictionaries};
+    mutable EpochTable epoch_table;        ///< made when data ask for it
+    mutable std::size_t epochs_listed = 0; ///< those that it holds
 
     std::vector<StationIndexEntry> station_index;
     std::vector<SpanIndexEntry> span_index;
@@ -88,7 +90,8 @@ struct Inventory::Work {
     void add_identifier(const Item &item, const blk_010_t &blk);
     void add_station(const Item &item, const blk_050_t &blk);
     void add_channel(const Item &item, const blk_052_t &blk);
-    void index_epoch(const ChannelCode &code, const ChannelEpoch &epoch);
+    void close_channel();
+    void list_epochs() const;
     void add_reference(const blk_060_t &blk);
     void add_indexes(const Item &item);
     void add_data(const Item &item, const blk_dh_t &header);
@@ -135,12 +138,19 @@ void Inventory::Work::add_station(const Item &item, const blk_050_t &blk)
                               .record = item.place().record,
                               .sequence_number = item.place().sequence_number,
                               .comments = {}});
-    epoch = None;
+    close_channel();
+}
+
+void Inventory::Work::close_channel()
+{
+    ended = std::exchange(epoch, None);
+    if (ended != None)
+        parts.close(ended, &epochs[ended]);
 }
 
 void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
 {
-    epoch = None;
+    close_channel();
     if (station_epochs.empty())
         return;
     const std::size_t station = station_epochs.back().station;
@@ -174,25 +184,29 @@ void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
                       .record = item.place().record,
                       .response = {},
                       .comments = {}});
-    index_epoch(code, epochs.back());
 }
 
-void Inventory::Work::index_epoch(const ChannelCode &code, const ChannelEpoch &described)
+/// Puts the epochs that came since the last time into the table.
+void Inventory::Work::list_epochs() const
 {
-    const auto add = [&](std::string_view network) {
-        epoch_table.add({ChannelCode(network, code.station(), code.location(), code.channel()),
-                         described.start, described.end, &described});
-    };
-    add(code.network());
-    if (!code.network().empty())
-        add({}); // for data without a network code
+    for (; epochs_listed < epochs.size(); ++epochs_listed) {
+        const ChannelEpoch &listed = epochs[epochs_listed];
+        const ChannelCode &code = channels[listed.channel].code;
+        const auto add = [&](std::string_view network) {
+            epoch_table.add({ChannelCode(network, code.station(), code.location(), code.channel()),
+                             listed.start, listed.end, &listed});
+        };
+        add(code.network());
+        if (!code.network().empty())
+            add({}); // for data without a network code
+    }
 }
 
 void Inventory::Work::add_reference(const blk_060_t &blk)
 {
     for (const blk_060_t::Stage &stage : blk.stage)
         for (const int key : stage.lookup_key)
-            parts.refer(epoch, stage.stage_num, key);
+            parts.refer(stage.stage_num, key);
 }
 
 void Inventory::Work::add_indexes(const Item &item)
@@ -275,9 +289,8 @@ void Inventory::Work::add_control(const Item &item)
                                           comment->comment_level});
     else if (const auto *reference = item.get<blk_060_t>())
         add_reference(*reference);
-    else if (std::optional<StagePart> part =
-                 stage_part(item, [this](int code) { return dictionaries.unit(code); }))
-        parts.add(epoch, std::move(*part));
+    else
+        parts.add(item);
 }
 
 Inventory::Inventory() : work_(std::make_unique<Work>()) {}
@@ -287,6 +300,7 @@ Inventory::~Inventory() = default;
 
 void Inventory::add(const Item &item)
 {
+    work_->ended = None;
     if (const auto *header = item.get<blk_dh_t>())
         work_->add_data(item, *header);
     else if (item.type() == End_Of_File)
@@ -297,10 +311,11 @@ void Inventory::add(const Item &item)
 
 void Inventory::finish()
 {
+    work_->ended = None;
     if (std::exchange(work_->finished, true))
         return;
-    for (std::size_t i = 0; i < work_->epochs.size(); ++i)
-        work_->parts.resolve(work_->dictionaries, i, &work_->epochs[i]);
+    work_->close_channel();
+    work_->parts.finish(&work_->epochs);
     for (std::size_t i = 0; i < work_->data.size(); ++i)
         work_->joiners[i].finish(&work_->data[i]);
 }
@@ -320,6 +335,17 @@ const Channel &Inventory::channel_of(const ChannelEpoch &epoch) const
 const Station &Inventory::station_of(const StationEpoch &epoch) const
 {
     return work_->stations[epoch.station];
+}
+
+const ChannelEpoch *Inventory::ended_epoch() const
+{
+    return work_->ended == None ? nullptr : &work_->epochs[work_->ended];
+}
+
+void Inventory::forget_ended_response()
+{
+    if (work_->ended != None)
+        work_->epochs[work_->ended].response = {};
 }
 
 const DictionaryEntry *Inventory::entry(Dictionary dictionary, int code) const
@@ -355,6 +381,7 @@ const ChannelEpoch *Inventory::epoch_at(const DataChannel &channel, double time)
 {
     if (work_->epochs.empty())
         return nullptr;
+    work_->list_epochs();
     if (const EpochSpan *found = work_->epoch_table.find(channel.code, time))
         return found->epoch;
     const ChannelCode &code = channel.code;

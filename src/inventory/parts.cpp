@@ -14,10 +14,10 @@ namespace
 
 /// Walks the fields of a blockette behind its type and length. Numbers are read as the scanners
 /// read them: blanks are 0, and a blank behind an exponent letter is a "+".
-class Fields
+class TextFields
 {
 public:
-    explicit Fields(std::string_view text) : text_(text) {}
+    explicit TextFields(std::string_view text) : text_(text) {}
 
     std::string_view take(std::size_t width)
     {
@@ -112,13 +112,6 @@ template <class Blk> Decimation rates_of(const Blk &blk)
             .correction = blk.correction};
 }
 
-Part filter_part(FilterShape shape, int input, int output, const UnitNames &units,
-                 const char *name = "")
-{
-    return std::make_shared<const Filter>(std::move(shape), Unit{input, units(input)},
-                                          Unit{output, units(output)}, name);
-}
-
 /// A filter's coefficients end where its blockette ends, whatever its count says.
 void keep_held(std::vector<double> *coefficients, std::size_t before, std::size_t size, int length)
 {
@@ -128,7 +121,7 @@ void keep_held(std::vector<double> *coefficients, std::size_t before, std::size_
         coefficients->resize(held);
 }
 
-StagePart read_056(Fields *in, const UnitNames &units)
+StagePart read_056(TextFields *in, FilterMaker *make)
 {
     const int stage = in->integer(2);
     const int input = in->integer(3);
@@ -138,23 +131,10 @@ StagePart read_056(Fields *in, const UnitNames &units)
         const double frequency = in->real(12);
         shape.corners.push_back({frequency, in->real(12)});
     }
-    return {stage, filter_part(std::move(shape), input, output, units)};
+    return {stage, (*make)(std::move(shape), input, output)};
 }
 
-StagePart read_058(Fields *in, const UnitNames & /*units*/)
-{
-    const int stage = in->integer(2);
-    Gain gain;
-    gain.value = in->real(12);
-    gain.frequency = in->real(12);
-    for (int i = in->entries(2, 25); i > 0; --i) {
-        in->skip(24); // a calibration's sensitivity and frequency
-        in->skip_text();
-    }
-    return {stage, gain};
-}
-
-StagePart read_062(Fields *in, const UnitNames &units)
+StagePart read_062(TextFields *in, FilterMaker *make)
 {
     in->skip(1); // transfer function type, always P
     const int stage = in->integer(2);
@@ -172,55 +152,46 @@ StagePart read_062(Fields *in, const UnitNames &units)
         shape.coefficients.push_back(in->real(12));
         in->skip(12); // its error
     }
-    return {stage, filter_part(std::move(shape), input, output, units)};
+    return {stage, (*make)(std::move(shape), input, output)};
 }
 
-/// Blockettes that are read from their text; nothing for others.
-std::optional<StagePart> scanned_part(const Item &item, const UnitNames &units, FieldsRead *fields)
+/// To the end of 058, behind the gain, which its record holds.
+FieldsRead read_058(const Item &item)
 {
-    const auto read = [&](StagePart (*reader)(Fields *, const UnitNames &)) {
-        Fields in(item.bytes());
-        StagePart part = reader(&in, units);
-        *fields = in.read();
-        return part;
-    };
-    switch (item.type()) {
-    case 56:
-        return read(read_056);
-    case 58:
-        return read(read_058);
-    case 62:
-        return read(read_062);
-    default:
-        return std::nullopt;
+    constexpr std::size_t Gain_Size = 26;
+    TextFields in(item.bytes());
+    in.skip(Gain_Size);
+    for (int i = in.entries(2, 25); i > 0; --i) {
+        in.skip(24); // a calibration's sensitivity and frequency
+        in.skip_text();
     }
+    return {in.read().size, in.read().bad || item.bad()};
 }
 
-template <class Blk> Part filter_of(const Blk &blk, FilterShape shape, const UnitNames &units)
+template <class Blk> Part filter_of(const Blk &blk, FilterShape shape, FilterMaker *make)
 {
-    return filter_part(std::move(shape), blk.input_units, blk.output_units, units);
+    return (*make)(std::move(shape), blk.input_units, blk.output_units);
 }
 
-template <class Blk> Part named_filter(const Blk &blk, FilterShape shape, const UnitNames &units)
+template <class Blk> Part named_filter(const Blk &blk, FilterShape shape, FilterMaker *make)
 {
-    return filter_part(std::move(shape), blk.input_units, blk.output_units, units,
-                       blk.response_name);
+    return (*make)(std::move(shape), blk.input_units, blk.output_units, blk.response_name);
 }
 
-StagePart part_of(const blk_054_t &blk, const UnitNames &units)
+StagePart part_of(const blk_054_t &blk, FilterMaker *make)
 {
     constexpr std::size_t Before = 20;
     Coefficients shape = shape_of(blk);
     keep_held(&shape.numerators, Before, 24, blk.length);
-    return {blk.stage_num, filter_of(blk, std::move(shape), units)};
+    return {blk.stage_num, filter_of(blk, std::move(shape), make)};
 }
 
-StagePart part_of(const blk_061_t &blk, const UnitNames &units)
+StagePart part_of(const blk_061_t &blk, FilterMaker *make)
 {
     const std::size_t before = 21 + std::string_view(blk.response_name).size();
     Fir shape = shape_of(blk);
     keep_held(&shape.coefficients, before, 14, blk.length);
-    return {blk.stage_num, named_filter(blk, std::move(shape), units)};
+    return {blk.stage_num, named_filter(blk, std::move(shape), make)};
 }
 
 } // namespace
@@ -252,39 +223,50 @@ Decimation decimation_of(const blk_057_t &blk) { return rates_of(blk); }
 
 Gain gain_of(const blk_058_t &blk) { return {.value = blk.gain, .frequency = blk.freq}; }
 
-std::optional<StagePart> stage_part(const Item &item, const UnitNames &units)
+Part FilterMaker::operator()(FilterShape shape, int input, int output, const char *name)
 {
-    if (const auto *roots = item.get<blk_053_t>())
-        return StagePart{roots->stage_num, filter_of(*roots, shape_of(*roots), units)};
-    if (const auto *coefficients = item.get<blk_054_t>())
-        return part_of(*coefficients, units);
-    if (const auto *list = item.get<blk_055_t>())
-        return StagePart{list->stage_num, filter_of(*list, shape_of(*list), units)};
+    return kept_(Filter(std::move(shape), {input, unit_(input)}, {output, unit_(output)}, name));
+}
+
+std::optional<StagePart> stage_part(const Item &item, FilterMaker *make)
+{
+    if (const auto *gain = item.get<blk_058_t>())
+        return StagePart{gain->stage_num, gain_of(*gain)};
     if (const auto *decimation = item.get<blk_057_t>())
         return StagePart{decimation->stage_num, decimation_of(*decimation)};
     if (const auto *fir = item.get<blk_061_t>())
-        return part_of(*fir, units);
-    FieldsRead fields;
-    return scanned_part(item, units, &fields);
+        return part_of(*fir, make);
+    if (const auto *coefficients = item.get<blk_054_t>())
+        return part_of(*coefficients, make);
+    if (const auto *roots = item.get<blk_053_t>())
+        return StagePart{roots->stage_num, filter_of(*roots, shape_of(*roots), make)};
+    if (const auto *list = item.get<blk_055_t>())
+        return StagePart{list->stage_num, filter_of(*list, shape_of(*list), make)};
+    TextFields in(item.bytes());
+    if (item.type() == 56)
+        return read_056(&in, make);
+    if (item.type() == 62)
+        return read_062(&in, make);
+    return std::nullopt;
 }
 
-std::optional<Part> dictionary_part(const Item &item, const UnitNames &units)
+std::optional<Part> dictionary_part(const Item &item, FilterMaker *make)
 {
     if (const auto *fir = item.get<blk_041_t>())
-        return named_filter(*fir, Fir{fir->symmetry, fir->coef}, units);
+        return named_filter(*fir, Fir{fir->symmetry, fir->coef}, make);
     if (const auto *roots = item.get<blk_043_t>())
-        return named_filter(*roots, roots_of(*roots), units);
+        return named_filter(*roots, roots_of(*roots), make);
     if (const auto *blk = item.get<blk_044_t>())
         return named_filter(*blk, Coefficients{blk->func_type, blk->numer_coef, blk->denom_coef},
-                            units);
+                            make);
     if (const auto *list = item.get<blk_045_t>())
-        return named_filter(*list, list_of(*list), units);
+        return named_filter(*list, list_of(*list), make);
     if (const auto *blk = item.get<blk_046_t>()) {
         GenericResponse shape;
         for (std::size_t i = 0; i < std::min(blk->corner_freq.size(), blk->corner_slope.size());
              ++i)
             shape.corners.push_back({blk->corner_freq[i], blk->corner_slope[i]});
-        return named_filter(*blk, std::move(shape), units);
+        return named_filter(*blk, std::move(shape), make);
     }
     if (const auto *decimation = item.get<blk_047_t>())
         return rates_of(*decimation);
@@ -295,10 +277,14 @@ std::optional<Part> dictionary_part(const Item &item, const UnitNames &units)
 
 FieldsRead fields_read(const Item &item)
 {
-    FieldsRead fields{item.fields_size(), item.bad()};
-    (void)scanned_part(
-        item, [](int) { return std::string(); }, &fields);
-    return fields;
+    if (item.type() == 58)
+        return read_058(item);
+    if (item.type() != 56 && item.type() != 62)
+        return {item.fields_size(), item.bad()};
+    FilterMaker make([](int) { return std::string(); });
+    TextFields in(item.bytes());
+    (void)(item.type() == 56 ? read_056(&in, &make) : read_062(&in, &make));
+    return in.read();
 }
 
 } // namespace quarl

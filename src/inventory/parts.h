@@ -8,6 +8,7 @@
 #include <quarl/records.h>
 #include <quarl/stages.h>
 #include <string>
+#include <utility>
 
 namespace quarl
 {
@@ -27,16 +28,26 @@ struct StagePart {
     Part part;
 };
 
-/// The name of the unit with this code, as far as it is known.
-using UnitNames = std::function<std::string(int code)>;
+/// Makes filters: names their units, as far as they are known, and keeps one copy of equal ones.
+class FilterMaker
+{
+public:
+    /// `unit` gives the name of the unit with a code.
+    explicit FilterMaker(std::function<std::string(int code)> unit) : unit_(std::move(unit)) {}
+    Part operator()(FilterShape shape, int input, int output, const char *name = "");
+
+private:
+    std::function<std::string(int code)> unit_;
+    Interner<Filter> kept_;
+};
 
 /// What a blockette of a channel (053 to 058, 061, 062) says of a stage. Nothing for other types.
 /// Of 061 and 054 the coefficients that the blockette holds are taken, when its count is above; the
 /// count of 062 is read in three characters, as every writer writes it.
-std::optional<StagePart> stage_part(const Item &item, const UnitNames &units);
+std::optional<StagePart> stage_part(const Item &item, FilterMaker *make);
 
 /// The same of a blockette of the response dictionary (041, 043 to 048).
-std::optional<Part> dictionary_part(const Item &item, const UnitNames &units);
+std::optional<Part> dictionary_part(const Item &item, FilterMaker *make);
 
 /// How the fields of a blockette were read here: those of 056, 058 and 062 to their ends.
 struct FieldsRead {

@@ -5,55 +5,82 @@
 namespace quarl
 {
 
-void ResponseParts::add(std::size_t epoch, StagePart part)
+void ResponseParts::add(const Item &item)
 {
-    if (raw_.size() <= epoch)
-        raw_.resize(epoch + 1);
-    if (auto *filter = std::get_if<FilterPtr>(&part.part))
-        *filter = pool_.filters(std::move(*filter));
-    raw_[epoch].push_back({part.stage, No_Key, std::move(part.part)});
+    std::optional<StagePart> part = stage_part(item, &make_);
+    if (!part)
+        return;
+    if (unit_changes_ < 0)
+        unit_changes_ = dictionaries_.unit_changes();
+    open_.push_back({part->stage, No_Key, std::move(part->part)});
 }
 
-void ResponseParts::refer(std::size_t epoch, int stage, int key)
+void ResponseParts::refer(int stage, int key)
 {
-    if (raw_.size() <= epoch)
-        raw_.resize(epoch + 1);
-    raw_[epoch].push_back({stage, key, Gain()});
+    refers_ = true;
+    open_.push_back({stage, key, Gain()});
 }
 
-Part ResponseParts::named(const Dictionaries &dictionaries, const Part &part)
+Part ResponseParts::named(const Part &part)
 {
     const auto *filter = std::get_if<FilterPtr>(&part);
     if (!filter)
         return part;
     const Filter &raw = **filter;
-    const Unit input{raw.input().code, dictionaries.unit(raw.input().code)};
-    const Unit output{raw.output().code, dictionaries.unit(raw.output().code)};
+    const Unit input{raw.input().code, dictionaries_.unit(raw.input().code)};
+    const Unit output{raw.output().code, dictionaries_.unit(raw.output().code)};
     if (input == raw.input() && output == raw.output())
-        return part; // as nearly always: its units were defined before it
-    FilterPtr &known = named_[filter->get()];
+        return part;
+    FilterPtr &known = named_[*filter];
     if (!known)
         known = pool_.filters(Filter(raw.shape(), input, output, raw.name()));
     return known;
 }
 
-void ResponseParts::resolve(const Dictionaries &dictionaries, std::size_t index,
-                            ChannelEpoch *epoch)
+Response ResponseParts::resolved(const std::vector<Raw> &raw, double sample_rate)
 {
-    ResponseBuilder builder(pool_);
-    if (index < raw_.size()) {
-        for (const Raw &raw : raw_[index]) {
-            const DictionaryEntry *entry =
-                raw.key == No_Key ? nullptr : dictionaries.find(Dictionary::responses, raw.key);
-            if (raw.key == No_Key)
-                builder.add(raw.stage, named(dictionaries, raw.part));
-            else if (entry)
-                for (const Part &part : entry->parts)
-                    builder.add(raw.stage, named(dictionaries, part));
-        }
-        raw_[index] = {};
+    for (const Raw &each : raw) {
+        const DictionaryEntry *entry =
+            each.key == No_Key ? nullptr : dictionaries_.find(Dictionary::responses, each.key);
+        if (each.key == No_Key)
+            builder_.add(each.stage, named(each.part));
+        else if (entry)
+            for (const Part &part : entry->parts)
+                builder_.add(each.stage, named(part));
     }
-    epoch->response = builder.take(epoch->sample_rate);
+    return builder_.take(sample_rate);
+}
+
+Response ResponseParts::renamed(const Response &response)
+{
+    for (const StagePtr &stage : response.stages)
+        for (const Part &part : stage->parts)
+            builder_.add(stage->number, named(part));
+    return builder_.take(response.sample_rate);
+}
+
+void ResponseParts::close(std::size_t index, ChannelEpoch *epoch)
+{
+    if (std::exchange(refers_, false)) {
+        waiting_.emplace(index, open_);
+    } else {
+        for (Raw &raw : open_)
+            builder_.add(raw.stage, std::move(raw.part));
+        epoch->response = builder_.take(epoch->sample_rate);
+    }
+    open_.clear();
+}
+
+void ResponseParts::finish(std::deque<ChannelEpoch> *epochs)
+{
+    if (unit_changes_ >= 0 && unit_changes_ != dictionaries_.unit_changes())
+        for (ChannelEpoch &epoch : *epochs)
+            epoch.response = renamed(epoch.response);
+    for (const auto &[index, raw] : waiting_) {
+        ChannelEpoch &epoch = (*epochs)[index];
+        epoch.response = resolved(raw, epoch.sample_rate);
+    }
+    waiting_.clear();
 }
 
 } // namespace quarl

@@ -1,10 +1,10 @@
-// The parts of channel epochs' responses while a volume is read: the dictionaries that they refer
-// to are complete at its end only.
+// The parts of channel epochs' responses while a volume is read.
 #pragma once
 
 #include "inventory/dictionaries.h"
 #include "inventory/parts.h"
 
+#include <deque>
 #include <quarl/contents.h>
 #include <unordered_map>
 #include <vector>
@@ -12,16 +12,21 @@
 namespace quarl
 {
 
-/// Collects parts by channel epoch, equal filters once, and makes responses of them in the end.
+/// Collects the parts of one channel epoch after the other and makes its response of them when it
+/// ends. The dictionaries that they refer to are complete at the volume's end only: `finish` makes
+/// those anew that refer to responses, or all when units were named later or in another way.
 class ResponseParts
 {
 public:
-    /// A part of the channel epoch with this index.
-    void add(std::size_t epoch, StagePart part);
+    explicit ResponseParts(const Dictionaries &dictionaries) : dictionaries_(dictionaries) {}
+
+    /// Takes what a blockette of the open epoch says of a stage.
+    void add(const Item &item);
     /// A stage of it is entry `key` of the response dictionary.
-    void refer(std::size_t epoch, int stage, int key);
-    /// Gives `epoch`, whose index it is, its response. Units are named by the dictionary.
-    void resolve(const Dictionaries &dictionaries, std::size_t index, ChannelEpoch *epoch);
+    void refer(int stage, int key);
+    /// Gives `epoch`, with this index, what was collected. The next one is open.
+    void close(std::size_t index, ChannelEpoch *epoch);
+    void finish(std::deque<ChannelEpoch> *epochs);
 
 private:
     static constexpr int No_Key = -1;
@@ -30,11 +35,19 @@ private:
         int key = No_Key;
         Part part; ///< when it is no reference
     };
-    Part named(const Dictionaries &dictionaries, const Part &part);
+    [[nodiscard]] Response resolved(const std::vector<Raw> &raw, double sample_rate);
+    [[nodiscard]] Response renamed(const Response &response);
+    Part named(const Part &part);
 
-    std::vector<std::vector<Raw>> raw_; ///< by channel epoch
+    const Dictionaries &dictionaries_;
+    FilterMaker make_{[this](int code) { return dictionaries_.unit(code); }};
     ResponsePool pool_;
-    std::unordered_map<const Filter *, FilterPtr> named_;
+    ResponseBuilder builder_{pool_};
+    std::vector<Raw> open_;
+    bool refers_ = false;                                       ///< the open one
+    std::unordered_map<std::size_t, std::vector<Raw>> waiting_; ///< epochs that refer, by index
+    std::int64_t unit_changes_ = -1;                            ///< before the first part
+    std::unordered_map<FilterPtr, FilterPtr> named_;
 };
 
 } // namespace quarl

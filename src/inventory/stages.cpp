@@ -1,6 +1,8 @@
 #include <quarl/stages.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <functional>
 
 namespace quarl
@@ -9,13 +11,14 @@ namespace quarl
 namespace
 {
 
-/// Mixes what makes up a value into one hash. Equal numbers give equal hashes, 0 and -0 too.
+/// Mixes all that makes up a value into one hash, so that values which differ anywhere are told
+/// apart in one step. Equal numbers give equal hashes, 0 and -0 too.
 class Digest
 {
 public:
-    void add(double number) { mix(std::hash<double>()(number)); }
-    void add(int number) { mix(std::hash<int>()(number)); }
-    void add(char letter) { mix(std::hash<char>()(letter)); }
+    void add(double number) { mix(std::bit_cast<std::uint64_t>(number + 0.0)); } // -0 becomes 0
+    void add(int number) { mix(static_cast<std::size_t>(number)); }
+    void add(char letter) { mix(static_cast<std::size_t>(letter)); }
     void add(std::size_t hash) { mix(hash); }
     void add(const std::string &text) { mix(std::hash<std::string>()(text)); }
     void add(const std::complex<double> &number)
@@ -67,14 +70,24 @@ public:
         add(shape.symmetry);
         add(shape.coefficients);
     }
-    // Polynomials that differ in their bounds alone are too rare to be told apart here.
-    void add(const Polynomial &shape) { add(shape.coefficients); }
+    void add(const Polynomial &shape)
+    {
+        add(shape.approximation);
+        add(shape.frequency_unit);
+        add(shape.lower_frequency);
+        add(shape.upper_frequency);
+        add(shape.lower_bound);
+        add(shape.upper_bound);
+        add(shape.maximum_error);
+        add(shape.coefficients);
+    }
 
     void add(const FilterPtr &filter) { add(filter->hash()); }
     void add(const Decimation &decimation)
     {
         add(decimation.input_rate);
         add(decimation.factor);
+        add(decimation.offset);
         add(decimation.delay);
         add(decimation.correction);
     }
@@ -166,17 +179,18 @@ void ResponseBuilder::add(int stage, Part part)
 Response ResponseBuilder::take(double sample_rate)
 {
     close_stage();
-    response_.stages.shrink_to_fit();
     response_.sample_rate = sample_rate;
-    return std::exchange(response_, {});
+    Response taken = response_;
+    response_.stages.clear();
+    return taken;
 }
 
 void ResponseBuilder::close_stage()
 {
     if (open_.parts.empty())
         return;
-    open_.parts.shrink_to_fit();
-    response_.stages.push_back(pool_.stages(std::exchange(open_, {})));
+    response_.stages.push_back(pool_.stages(std::as_const(open_)));
+    open_.parts.clear();
 }
 
 } // namespace quarl

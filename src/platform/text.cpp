@@ -9,6 +9,14 @@ namespace quarl
 
 bool blank(std::string_view text) { return std::all_of(text.begin(), text.end(), is_space); }
 
+std::string upper(std::string_view text)
+{
+    std::string all(text);
+    for (char &c : all)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return all;
+}
+
 int leading_int(std::string_view text, std::size_t *used)
 {
     constexpr std::int64_t Max = std::numeric_limits<std::int64_t>::max();

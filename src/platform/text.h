@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace quarl
@@ -33,6 +34,9 @@ inline std::string_view trimmed(std::string_view text)
 
 /// True when `text` is empty or all white space.
 bool blank(std::string_view text);
+
+/// `text` with its small letters as capitals.
+std::string upper(std::string_view text);
 
 /// The leading decimal integer of `text` as strtol reads it (white space, sign, digits), narrowed
 /// to int. `*used` is the number of characters converted, 0 when there is no number.

@@ -5,6 +5,7 @@
 #include "programs/checked.h"
 #include "programs/progress.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <quarl/volume.h>
@@ -19,9 +20,12 @@ namespace
 /// A volume's texts may hold anything: a finding stays on its line, and in ASCII.
 std::string printable(std::string_view text)
 {
+    const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
     std::string all;
+    if (std::all_of(text.begin(), text.end(), is_plain))
+        return all.append(text);
     for (const char c : text) {
-        if (c >= ' ' && c <= '~')
+        if (is_plain(c))
             all += c;
         else
             all += formatted<"\\x%02x">(static_cast<int>(static_cast<unsigned char>(c)));

@@ -7,6 +7,8 @@
 #include "programs/progress.h"
 
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace quarl
@@ -31,7 +33,8 @@ private:
     Console *console_;
     std::string path_;
     /// Not on the stack, which cannot grow where memory is limited.
-    std::unique_ptr<Checker> checker_ = std::make_unique<Checker>(Chosen(all_rules().size(), true));
+    std::unique_ptr<Checker> checker_ =
+        std::make_unique<Checker>(Chosen(all_rules().size(), true), true);
     html::VolumeRead *into_ = nullptr;
     bool any_ = false; ///< there is something to show
     bool failed_ = false;
@@ -86,10 +89,25 @@ int PageReading::read(html::VolumeRead *into)
     return failed_ ? Page_Of_Part : 0;
 }
 
+/// Whether both names are those of one file.
+bool is_one_file(const std::string &path, const std::string &output)
+{
+    struct stat in = {};
+    struct stat out = {};
+    const bool has_in = path == "-" ? fstat(STDIN_FILENO, &in) == 0 : stat(path.c_str(), &in) == 0;
+    return has_in && stat(output.c_str(), &out) == 0 && S_ISREG(out.st_mode) &&
+           in.st_dev == out.st_dev && in.st_ino == out.st_ino;
+}
+
 } // namespace
 
 int make_page(Console *console, const std::string &path, const std::string &output)
 {
+    if (is_one_file(path, output)) {
+        const std::string text = output + ": the page would replace the volume";
+        console->say({MessageKind::usage, text, {}, 0, {}, nullptr});
+        return No_Page;
+    }
     html::VolumeRead volume;
     volume.name = path;
     volume.program = "quarl-html " QUARL_VERSION;

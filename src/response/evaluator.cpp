@@ -68,10 +68,11 @@ public:
 
 private:
     Known &known(const Term &term);
-    Scaled at(const Term &term, double frequency);
+    static Scaled at(Known *known, const Term &term, double frequency);
     std::span<const Scaled> curve(const Term &term, std::size_t count);
     std::vector<Factor> normalise(Plan plan, Evaluation *result);
-    Scaled normaliser(const Term &term, double frequency, Evaluation *result, Scaled *moved);
+    static Scaled normaliser(Known *known, const Term &term, double frequency, Evaluation *result,
+                             Scaled *moved);
     void multiply(const Factor &factor, std::vector<Scaled> *product);
 
     std::vector<double> frequencies_;
@@ -84,12 +85,12 @@ private:
 /// The entry of a term's filter; references to others do not outlive the call.
 Known &Evaluator::Work::known(const Term &term)
 {
-    constexpr std::size_t Most_Held = 2'000'000;
     constexpr std::size_t Entry = 50;
+    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 500'000;
     const Key key{term.filter, term.interval};
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;
-    if (held_ > Most_Held) {
+    if (held_ > most_held) {
         known_.clear();
         held_ = 0;
     }
@@ -98,12 +99,11 @@ Known &Evaluator::Work::known(const Term &term)
     return known_[key];
 }
 
-Scaled Evaluator::Work::at(const Term &term, double frequency)
+/// The value of the term's filter, whose entry is `known`, at one frequency.
+Scaled Evaluator::Work::at(Known *known, const Term &term, double frequency)
 {
     constexpr std::size_t Most_Points = 16;
-    if (!term.filter)
-        return {};
-    auto &points = known(term).points;
+    auto &points = known->points;
     for (const auto &[where, value] : points)
         if (where == frequency)
             return value;
@@ -121,25 +121,26 @@ std::span<const Scaled> Evaluator::Work::curve(const Term &term, std::size_t cou
     if (curve.size() < count) {
         const auto missing =
             std::span<const double>(frequencies_).subspan(curve.size(), count - curve.size());
-        const std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing);
-        curve.insert(curve.end(), values.begin(), values.end());
+        std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing);
         held_ += values.size();
+        if (curve.empty())
+            curve = std::move(values);
+        else
+            curve.insert(curve.end(), values.begin(), values.end());
     }
     return std::span(curve).first(count);
 }
 
 /// What a filter is multiplied by. `moved` becomes the ratio of its amplitudes at `frequency` and
 /// at its gain's frequency.
-Scaled Evaluator::Work::normaliser(const Term &term, double frequency, Evaluation *result,
-                                   Scaled *moved)
+Scaled Evaluator::Work::normaliser(Known *known, const Term &term, double frequency,
+                                   Evaluation *result, Scaled *moved)
 {
-    if (!term.filter)
-        return {};
     const auto *roots = std::get_if<PolesZeros>(&term.filter->shape());
     if (term.as_stated)
         return roots ? number(roots->factor) : Scaled{};
-    const Scaled here = at(term, term.gain_frequency).magnitude();
-    const Scaled there = at(term, frequency).magnitude();
+    const Scaled here = at(known, term, term.gain_frequency).magnitude();
+    const Scaled there = at(known, term, frequency).magnitude();
     *moved = there / here;
     if (!here.is_zero() && !there.is_zero())
         return Scaled{} / here;
@@ -161,10 +162,14 @@ std::vector<Factor> Evaluator::Work::normalise(Plan plan, Evaluation *result)
     Scaled amplitude;
     for (Term &term : plan.terms) {
         Scaled moved;
-        const Scaled norm = normaliser(term, plan.frequency, result, &moved);
+        Scaled constant = number(term.gain);
+        if (term.filter) {
+            Known &filter = known(term);
+            constant = normaliser(&filter, term, plan.frequency, result, &moved) * constant;
+            amplitude = amplitude * at(&filter, term, plan.frequency);
+        }
         gains = gains * number(term.stated_gain) * moved;
-        const Scaled constant = norm * number(term.gain);
-        amplitude = amplitude * at(term, plan.frequency) * constant;
+        amplitude = amplitude * constant;
         factors.push_back({std::move(term), constant});
     }
     if (result->refused())
@@ -228,12 +233,13 @@ Evaluation Evaluator::Work::evaluate(const Response &response, std::size_t count
         return result;
     warn_of_sensitivity(plan, &result);
     std::vector<Scaled> product(count);
+    std::vector<Scaled> alone;
     for (const Factor &factor : factors) {
         if (!by_stage) {
             multiply(factor, &product);
             continue;
         }
-        std::vector<Scaled> alone(count);
+        alone.assign(count, {});
         multiply(factor, &alone);
         std::ranges::transform(product, alone, product.begin(), std::multiplies<>());
         result.stages.push_back({factor.term.stage, numbers(alone)});

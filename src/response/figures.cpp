@@ -15,10 +15,7 @@ namespace
 
 constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
 
-double total(const Coefficients &shape)
-{
-    return sum({.symmetry = Taps::Symmetry::None, .coefficients = shape.numerators});
-}
+double total(const Coefficients &shape) { return sum({Taps::Symmetry::None, shape.numerators}); }
 
 double total(const Fir &shape)
 {
@@ -27,7 +24,7 @@ double total(const Fir &shape)
     case Kind::EvenFir:
         return sum(taps_of(shape));
     default:
-        return sum({.symmetry = Taps::Symmetry::None, .coefficients = shape.coefficients});
+        return sum({Taps::Symmetry::None, shape.coefficients});
     }
 }
 

@@ -16,42 +16,32 @@ namespace
 Taps in_full(const std::vector<double> &all)
 {
     constexpr double Tolerance = 0.02;
-    Taps taps{.symmetry = Taps::Symmetry::None, .coefficients = all};
+    Taps taps(Taps::Symmetry::None, all);
     if (all.empty())
         return taps;
     const double total = std::accumulate(all.begin(), all.end(), 0.0);
     if (std::abs(total - 1.0) > Tolerance) {
         taps.divisor = total;
-        for (double &coefficient : taps.coefficients)
+        taps.divided = all;
+        for (double &coefficient : taps.divided)
             coefficient /= total;
+        taps.coefficients = taps.divided;
     }
     const std::size_t half = all.size() / 2;
     if (!std::equal(all.begin(), all.begin() + half, all.rbegin()))
         return taps;
     taps.symmetry = all.size() % 2 == 0 ? Taps::Symmetry::Even : Taps::Symmetry::Odd;
-    taps.coefficients.resize(all.size() - half);
+    taps.coefficients = taps.coefficients.first(all.size() - half);
     return taps;
 }
 
-constexpr std::size_t Lanes = 8; ///< angles that are worked on side by side, in vector registers
-
-using Block = std::array<double, Lanes>;
+constexpr std::size_t Most_Lanes = 8; ///< angles worked on side by side, in vector registers
 
 /// A point on the unit circle for each lane.
-struct Turn {
-    Block real{};
-    Block imag{};
+template <std::size_t Lanes> struct Turn {
+    std::array<double, Lanes> real{};
+    std::array<double, Lanes> imag{};
 
-    /// e^(-i angle)
-    static Turn by(const Block &angle)
-    {
-        Turn turn;
-        for (std::size_t i = 0; i < Lanes; ++i) {
-            turn.real[i] = std::cos(angle[i]);
-            turn.imag[i] = -std::sin(angle[i]);
-        }
-        return turn;
-    }
     /// One after the other.
     [[nodiscard]] Turn then(const Turn &other) const
     {
@@ -64,37 +54,57 @@ struct Turn {
     }
 };
 
-/// Horner's rule at e^(-i angle) for all lanes, by groups of coefficients: a turn of the whole sum
-/// costs as much as two coefficients of a group. A point on the unit circle keeps the rounding
-/// errors of earlier turns as they are, so they only add up.
-void horner(std::span<const double> coefficients, const Block &angle, Block *real, Block *imag)
+/// Horner's rule at e^(-i angle), from the `last` coefficient to the first, in as many lanes as
+/// there is room for values, by groups of coefficients: a turn of the whole sum costs as much as
+/// two coefficients of a group. A point on the unit circle keeps the rounding errors of earlier
+/// turns as they are, so they only add up. Lanes without an angle are at 0.
+template <std::size_t Lanes, class Coefficient>
+void horner(Coefficient last, Coefficient end, std::span<const double> angles,
+            std::complex<double> *values)
 {
-    constexpr std::size_t Group = 4;
-    const Turn once = Turn::by(angle);
-    const Turn twice = once.then(once);
-    const Turn thrice = twice.then(once);
-    const Turn all = twice.then(twice);
-    Block re{};
-    Block im{};
-    const auto add = [&](std::span<const double, Group> c) {
+    constexpr std::ptrdiff_t Group = 4;
+    Turn<Lanes> once;
+    for (std::size_t i = 0; i < angles.size(); ++i) {
+        once.real[i] = std::cos(angles[i]);
+        once.imag[i] = -std::sin(angles[i]);
+    }
+    const Turn<Lanes> twice = once.then(once);
+    const Turn<Lanes> thrice = twice.then(once);
+    const Turn<Lanes> whole = twice.then(twice);
+    std::array<double, Lanes> re{};
+    std::array<double, Lanes> im{};
+    const auto add = [&](double c3, double c2, double c1, double c0) {
         for (std::size_t i = 0; i < Lanes; ++i) {
-            const double turned = re[i] * all.real[i] - im[i] * all.imag[i];
-            im[i] = re[i] * all.imag[i] + im[i] * all.real[i] + c[1] * once.imag[i] +
-                    c[2] * twice.imag[i] + c[3] * thrice.imag[i];
-            re[i] =
-                turned + c[0] + c[1] * once.real[i] + c[2] * twice.real[i] + c[3] * thrice.real[i];
+            const double turned = re[i] * whole.real[i] - im[i] * whole.imag[i];
+            im[i] = re[i] * whole.imag[i] + im[i] * whole.real[i] + c1 * once.imag[i] +
+                    c2 * twice.imag[i] + c3 * thrice.imag[i];
+            re[i] = turned + c0 + c1 * once.real[i] + c2 * twice.real[i] + c3 * thrice.real[i];
         }
     };
-    const std::size_t whole = coefficients.size() / Group * Group;
-    if (whole < coefficients.size()) {
-        std::array<double, Group> last{};
-        std::copy(coefficients.begin() + whole, coefficients.end(), last.begin());
-        add(last);
+    if (const std::ptrdiff_t rest = (end - last) % Group; rest > 0) {
+        add(0.0, rest > 2 ? last[rest - 3] : 0.0, rest > 1 ? last[rest - 2] : 0.0, last[rest - 1]);
+        last += rest;
     }
-    for (std::size_t at = whole; at > 0; at -= Group)
-        add(coefficients.subspan(at - Group).first<Group>());
-    *real = re;
-    *imag = im;
+    for (; last != end; last += Group)
+        add(last[0], last[1], last[2], last[3]);
+    for (std::size_t i = 0; i < angles.size(); ++i)
+        values[i] = {re[i], im[i]};
+}
+
+/// The power series whose coefficients are those from the `last` one on.
+template <class Coefficient>
+std::vector<std::complex<double>> series(Coefficient last, Coefficient end,
+                                         std::span<const double> angles)
+{
+    std::vector<std::complex<double>> values(angles.size());
+    if (angles.size() == 1)
+        horner<1>(last, end, angles, values.data());
+    else
+        for (std::size_t at = 0; at < angles.size(); at += Most_Lanes)
+            horner<Most_Lanes>(last, end,
+                               angles.subspan(at, std::min(Most_Lanes, angles.size() - at)),
+                               &values[at]);
+    return values;
 }
 
 } // namespace
@@ -104,15 +114,15 @@ Taps taps_of(const Coefficients &shape) { return in_full(shape.numerators); }
 Taps taps_of(const Fir &shape)
 {
     if (shape.symmetry == 'B')
-        return {.symmetry = Taps::Symmetry::Odd, .coefficients = shape.coefficients};
+        return {Taps::Symmetry::Odd, shape.coefficients};
     if (shape.symmetry == 'C')
-        return {.symmetry = Taps::Symmetry::Even, .coefficients = shape.coefficients};
+        return {Taps::Symmetry::Even, shape.coefficients};
     return in_full(shape.coefficients);
 }
 
 double sum(const Taps &taps)
 {
-    const std::vector<double> &all = taps.coefficients;
+    const std::span<const double> all = taps.coefficients;
     const double total = std::accumulate(all.begin(), all.end(), 0.0);
     if (all.empty() || taps.symmetry == Taps::Symmetry::None)
         return total;
@@ -122,18 +132,7 @@ double sum(const Taps &taps)
 std::vector<std::complex<double>> power_series(std::span<const double> coefficients,
                                                std::span<const double> angles)
 {
-    std::vector<std::complex<double>> values(angles.size());
-    for (std::size_t at = 0; at < angles.size(); at += Lanes) {
-        const std::size_t count = std::min(Lanes, angles.size() - at);
-        Block angle{};
-        std::copy_n(angles.begin() + at, count, angle.begin());
-        Block real{};
-        Block imag{};
-        horner(coefficients, angle, &real, &imag);
-        for (std::size_t i = 0; i < count; ++i)
-            values[at + i] = {real[i], imag[i]};
-    }
-    return values;
+    return series(coefficients.rbegin(), coefficients.rend(), angles);
 }
 
 std::vector<std::complex<double>> evaluate(const Taps &taps, std::span<const double> angles)
@@ -144,12 +143,12 @@ std::vector<std::complex<double>> evaluate(const Taps &taps, std::span<const dou
         return power_series(taps.coefficients, angles);
     // From the middle outwards: what is a half filter's value there, doubled, loses its imaginary
     // part to the other half.
-    const std::vector<double> outwards(taps.coefficients.rbegin(), taps.coefficients.rend());
-    std::vector<std::complex<double>> values = power_series(outwards, angles);
+    std::vector<std::complex<double>> values =
+        series(taps.coefficients.begin(), taps.coefficients.end(), angles);
     for (std::size_t i = 0; i < angles.size(); ++i) {
         const std::complex<double> half = values[i];
         values[i] = taps.symmetry == Taps::Symmetry::Odd
-                        ? 2 * half.real() - outwards.front()
+                        ? 2 * half.real() - taps.coefficients.back()
                         : 2 * (half.real() * std::cos(angles[i] / 2) +
                                half.imag() * std::sin(angles[i] / 2));
     }

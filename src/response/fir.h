@@ -10,15 +10,24 @@
 namespace quarl
 {
 
-/// The coefficients that are to be evaluated.
+/// The coefficients that are to be evaluated; those of the shape, which has to stay, or `divided`.
 struct Taps {
     enum class Symmetry {
         None, ///< `coefficients` is all there is
         Odd,  ///< the first half and the middle
         Even  ///< the first half
     };
+    Taps() = default;
+    Taps(Symmetry kind, std::span<const double> given) : symmetry(kind), coefficients(given) {}
+    Taps(Taps &&) = default;
+    Taps &operator=(Taps &&) = default;
+    Taps(const Taps &) = delete;
+    Taps &operator=(const Taps &) = delete;
+    ~Taps() = default;
+
     Symmetry symmetry = Symmetry::None;
-    std::vector<double> coefficients;
+    std::span<const double> coefficients;
+    std::vector<double> divided;
     double divisor = 1.0; ///< the sum that the coefficients were divided by; 1: they were not
 };
 

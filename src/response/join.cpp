@@ -3,6 +3,8 @@
 #include "response/kind.h"
 #include <quarl/response.h>
 
+#include <algorithm>
+
 namespace quarl
 {
 
@@ -52,14 +54,19 @@ FilterPtr join(const std::vector<FilterPtr> &filters, Kind kind)
                                           first.name());
 }
 
+const FilterPtr *filter_of(const Part &part)
+{
+    const auto *filter = std::get_if<FilterPtr>(&part);
+    return filter && !std::holds_alternative<GenericResponse>((*filter)->shape()) ? filter
+                                                                                  : nullptr;
+}
+
 std::vector<FilterPtr> filters_of(const Stage &stage)
 {
     std::vector<FilterPtr> filters;
-    for (const Part &part : stage.parts) {
-        const auto *filter = std::get_if<FilterPtr>(&part);
-        if (filter && kind_of((*filter)->shape()) != Kind::Generic)
+    for (const Part &part : stage.parts)
+        if (const FilterPtr *filter = filter_of(part))
             filters.push_back(*filter);
-    }
     return filters;
 }
 
@@ -67,9 +74,12 @@ std::vector<FilterPtr> filters_of(const Stage &stage)
 
 JoinedFilter joined_filter(const Stage &stage)
 {
+    const auto first = std::ranges::find_if(stage.parts, filter_of);
+    if (first == stage.parts.end())
+        return {};
+    if (std::none_of(first + 1, stage.parts.end(), filter_of)) // as nearly always
+        return {*filter_of(*first), ""};
     const std::vector<FilterPtr> filters = filters_of(stage);
-    if (filters.size() < 2)
-        return {filters.empty() ? nullptr : filters.front(), ""};
     const Kind kind = kind_of(filters.front()->shape());
     for (const FilterPtr &filter : filters)
         if (kind_of(filter->shape()) != kind)

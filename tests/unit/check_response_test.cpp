@@ -24,7 +24,6 @@ void set(SoundVolume &volume, Part part, std::string text)
     volume.response[part].second = std::move(text);
 }
 void drop(SoundVolume &volume, Part part) { volume.response.erase(volume.response.begin() + part); }
-void nothing(SoundVolume & /*volume*/) {}
 
 B053 roots() { return {.factor = 6.2839, .zeros = {{0, 0}}, .poles = {{-1, 1}, {-1, -1}}}; }
 B061 filter() { return {.stage = 3, .symmetry = 'B', .coefficients = {.25, .5}}; }
@@ -45,6 +44,13 @@ void be_polynomial(SoundVolume &volume, bool whole)
     volume.response = {{62, text(1)}};
     if (whole)
         volume.response.push_back({62, text(0)});
+}
+
+/// The last filter stands in the response dictionary, with `middle` as its second coefficient.
+void refer(SoundVolume &volume, const char *middle)
+{
+    volume.dictionaries.push_back({41, std::string("0001F~B0030030002+2.5000000E-01") + middle});
+    volume.response[Filter] = {60, "0103010001"};
 }
 
 const CheckCase Cases[] = {
@@ -76,14 +82,19 @@ const CheckCase Cases[] = {
          set(v, Filter_Rate, b057(4, 80, 4, 0, 0, 0));
          set(v, Filter_Gain, b058(4, 1, 0));
      },
-     nothing},
+     [](SoundVolume &v) {
+         std::rotate(v.response.begin(), v.response.begin() + Digitiser, v.response.end() - 1);
+     }},
     {"stage-units",
      [](SoundVolume &v) {
          B061 other = filter();
          other.input_units = 2;
          set(v, Filter, b061(other));
      },
-     nothing},
+     [](SoundVolume &v) {
+         v.dictionaries.push_back({34, b034(4, "v", "Volts")});
+         set(v, Digitiser, b054({.stage = 2, .input_units = 4, .output_units = 3}));
+     }},
     {"stage-incomplete", [](SoundVolume &v) { drop(v, Digitiser_Rate); },
      [](SoundVolume &v) {
          drop(v, Digitiser_Rate);
@@ -93,7 +104,8 @@ const CheckCase Cases[] = {
          set(v, Roots, b053(r));
          v.response[Digitiser_Gain - 1].second = b058(2, 100, 0);
      }},
-    {"stage-filterless", [](SoundVolume &v) { drop(v, Filter); }, nothing},
+    {"stage-filterless", [](SoundVolume &v) { drop(v, Filter); },
+     [](SoundVolume &v) { set(v, Filter, b061({.stage = 3, .symmetry = 'B'})); }},
     {"list-only",
      [](SoundVolume &v) {
          v.response = {{55, b055(1, 1, 3, {{.1, 1, 0, 0, 0}, {9, 1, 0, 0, 0}})},
@@ -112,11 +124,16 @@ const CheckCase Cases[] = {
          other.output_units = 2;
          set(v, Filter, b061(other));
      },
-     nothing},
-    {"stage-gain", [](SoundVolume &v) { drop(v, Roots_Gain); }, nothing},
+     [](SoundVolume &v) { v.dictionaries[5].second = b034(3, "count", "Counts"); }},
+    {"stage-gain", [](SoundVolume &v) { drop(v, Roots_Gain); },
+     [](SoundVolume &v) { set(v, Roots_Gain, b058(1, -1000, 1)); }},
     {"sensitivity-missing", [](SoundVolume &v) { drop(v, Sensitivity); },
      [](SoundVolume &v) { be_polynomial(v, true); }},
-    {"sensitivity-value", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 0, 1)); }, nothing},
+    {"sensitivity-value", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 0, 1)); },
+     [](SoundVolume &v) {
+         be_polynomial(v, true);
+         v.response.push_back({58, b058(0, 0, 1)});
+     }},
     {"sensitivity-frequency", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 10.1)); },
      [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 10)); }},
     {"sensitivity-product", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1.06e5, 1)); },
@@ -129,9 +146,13 @@ const CheckCase Cases[] = {
          r.factor = 3.75;
          set(v, Roots, b053(r));
      }},
-    {"polynomial-missing", [](SoundVolume &v) { be_polynomial(v, false); }, nothing},
+    {"polynomial-missing", [](SoundVolume &v) { be_polynomial(v, false); },
+     [](SoundVolume &v) { be_polynomial(v, true); }},
     {"decimation-rate", [](SoundVolume &v) { set(v, Filter_Rate, b057(3, 80, 5, 0, 0, 0)); },
-     nothing},
+     [](SoundVolume &v) {
+         set(v, Digitiser_Rate, b057(2, 80.5, 1, 0, 0, 0));
+         set(v, Filter_Rate, b057(3, 80.5, 4, 0, 0, 0));
+     }},
     {"decimation-chain", [](SoundVolume &v) { set(v, Digitiser_Rate, b057(2, 81, 1, 0, 0, 0)); },
      [](SoundVolume &v) { set(v, Digitiser_Rate, b057(2, 80.05, 1, 0, 0, 0)); }},
     {"normalization",
@@ -151,7 +172,11 @@ const CheckCase Cases[] = {
          r.poles[1].imag = -1.01;
          set(v, Roots, b053(r));
      },
-     nothing},
+     [](SoundVolume &v) {
+         B053 r = roots();
+         r.poles[1].imag = -1.0001;
+         set(v, Roots, b053(r));
+     }},
     {"fir-gain",
      [](SoundVolume &v) {
          B061 f = filter();
@@ -163,12 +188,28 @@ const CheckCase Cases[] = {
          f.coefficients[1] = .51;
          set(v, Filter, b061(f));
      }},
+    {"fir-gain", [](SoundVolume &v) { refer(v, "+5.3000000E-01"); },
+     [](SoundVolume &v) { refer(v, "+5.0000000E-01"); }},
 };
 
 TEST(CheckResponseRules, EachIsBrokenAlone)
 {
     for (const CheckCase &each : Cases)
         expect_alone(each);
+}
+
+/// What a code stands for is looked at in the end, when it is defined behind the epochs that use
+/// it.
+TEST(CheckResponseRules, UnitsThatAreNamedLater)
+{
+    SoundVolume volume;
+    volume.channels.push_back(volume.channels[0]);
+    volume.channels[0].end = volume.channels[1].start = "2024,001";
+    volume.response.push_back({34, b034(1, "M", "Named behind the response")});
+    EXPECT_EQ(rules_broken(volume.bytes()), "code-redefined record-type sensor-units");
+    volume.dictionaries.erase(volume.dictionaries.begin() + 3);
+    EXPECT_EQ(rules_broken(volume.bytes()), "header-order record-type sensor-units");
+    EXPECT_NE(findings(volume.bytes()).find("'M', expected is M/S +1"), std::string::npos);
 }
 
 /// Digital stages without any decimation break both rules: one cannot be had alone.

@@ -17,11 +17,68 @@ void replace(SoundVolume &volume, const char *from, const char *to)
     };
 }
 
-void nothing(SoundVolume & /*volume*/) {}
+// Codes of the one station and channel, wherever they stand.
+void be_network(SoundVolume &v, const char *code)
+{
+    v.stations[0].network = v.series[0].network = v.data[0].network = v.data[1].network = code;
+}
+void be_station(SoundVolume &v, const char *code)
+{
+    v.station_index[0].station = v.stations[0].station = v.series[0].station = v.data[0].station =
+        v.data[1].station = code;
+}
+void be_location(SoundVolume &v, const char *code)
+{
+    v.channels[0].location = v.series[0].location = v.data[0].location = v.data[1].location = code;
+}
+void be_channel(SoundVolume &v, const char *code)
+{
+    v.channels[0].channel = v.series[0].channel = v.data[0].channel = v.data[1].channel = code;
+}
+
+/// A station epoch before the one there is, with no times of the volume that it could miss.
+void be_older(SoundVolume &v, const char *start, const char *end)
+{
+    v.stations.insert(v.stations.begin(), {.start = start, .end = end});
+    v.begin = v.span_index[0].begin = "";
+}
+
+/// A second channel epoch, from the end of the first.
+void change_epoch(SoundVolume &v, const char *time)
+{
+    v.channels.push_back(v.channels[0]);
+    v.channels[0].end = v.channels[1].start = time;
+}
+
+/// The first record of data gets number 1, as the one before it has the largest.
+void wrap_numbers(SoundVolume &v)
+{
+    v.station_index[0].seq = 999998;
+    v.span_index[0].seq = 999999;
+    v.series[0].first.seq = 1;
+    v.series[0].last.seq = 2;
+    v.edit = [](std::string b) {
+        const char *numbers[] = {"999996", "999997", "999998", "999999", "000001", "000002"};
+        for (std::size_t i = 0; i < 6; ++i)
+            b.replace(i < 4 ? i * 4096 : 16384 + (i - 4) * 512, 6, numbers[i]);
+        return b;
+    };
+}
+
+/// Dictionaries that go on in a record of their own.
+void go_on(SoundVolume &v)
+{
+    for (int code = 2; code < 100; ++code)
+        v.dictionaries.push_back({33, b033(code, "An abbreviation that takes some room")});
+    v.station_index[0].seq = 4;
+    v.span_index[0].seq = 5;
+    v.series[0].first.seq = 6;
+    v.series[0].last.seq = 7;
+}
 
 const CheckCase Cases[] = {
     {"bad-blockette", [](SoundVolume &v) { v.response[7].second.replace(14, 12, "xxxxxxxxxxxx"); },
-     nothing},
+     [](SoundVolume &v) { v.response[7].second.replace(14, 12, "            "); }},
     {"blockette-length", [](SoundVolume &v) { v.dictionaries[2].second += "rest"; },
      [](SoundVolume &v) { v.dictionaries[2].second += "    "; }},
     {"blockette-unknown",
@@ -36,9 +93,12 @@ const CheckCase Cases[] = {
          replace(v, "000006D", "000007D");
          v.series[0].last.seq = 7;
      },
-     nothing},
-    {"record-type", [](SoundVolume &v) { replace(v, "000002A", "000002V"); }, nothing},
-    {"record-continuation", [](SoundVolume &v) { replace(v, "000002A ", "000002A*"); }, nothing},
+     wrap_numbers},
+    {"record-type", [](SoundVolume &v) { replace(v, "000002A", "000002V"); },
+     [](SoundVolume &v) {
+         v.edit = [](std::string b) { return b + "000007  " + std::string(504, ' '); };
+     }},
+    {"record-continuation", [](SoundVolume &v) { replace(v, "000002A ", "000002A*"); }, go_on},
     {"volume-start",
      [](SoundVolume &v) {
          v.edit = [](std::string b) {
@@ -48,7 +108,7 @@ const CheckCase Cases[] = {
                     b.substr(4096);
          };
      },
-     nothing},
+     [](SoundVolume &v) { v.edit = [](std::string b) { return b.substr(16384); }; }},
     {"volume-times",
      [](SoundVolume &v) {
          v.end = "2024,001,00:00:15";
@@ -62,10 +122,15 @@ const CheckCase Cases[] = {
      [](SoundVolume &v) {
          v.dictionaries.insert(v.dictionaries.begin(), {41, "0001F~A0030030000"});
      },
-     nothing},
-    {"station-index", [](SoundVolume &v) { v.station_index[0].seq = 4; }, nothing},
-    {"span-index", [](SoundVolume &v) { v.span_index[0].seq = 3; }, nothing},
-    {"series-index", [](SoundVolume &v) { v.series[0].last.seq = 4; }, nothing},
+     [](SoundVolume &v) {
+         v.dictionaries.push_back({41, "0001F~A0030030000"});
+     }},
+    {"station-index", [](SoundVolume &v) { v.station_index[0].seq = 4; },
+     [](SoundVolume &v) { v.station_index.push_back(v.station_index[0]); }},
+    {"span-index", [](SoundVolume &v) { v.span_index[0].seq = 3; },
+     [](SoundVolume &v) { v.span_index[0].begin += ",00:00:00.0000"; }},
+    {"series-index", [](SoundVolume &v) { v.series[0].last.seq = 4; },
+     [](SoundVolume &v) { v.series[0].last.time = "2024,001,00:00:20.0500"; }},
     {"cut-volume",
      [](SoundVolume &v) { v.edit = [](std::string b) { return b.substr(0, b.size() - 20); }; },
      [](SoundVolume &v) { v.edit = [](std::string b) { return b + std::string(20, '\n'); }; }},
@@ -82,33 +147,16 @@ const CheckCase Cases[] = {
                                       .poles = {{-1, 1}, {-1, -1}}});
      },
      [](SoundVolume &v) { v.dictionaries.push_back(v.dictionaries[4]); }},
-    {"instrument-missing", [](SoundVolume &v) { v.channels[0].instrument = 0; }, nothing},
-    {"network-code",
-     [](SoundVolume &v) {
-         v.stations[0].network = "x";
-         v.series[0].network = v.data[0].network = v.data[1].network = "x";
-     },
-     nothing},
-    {"station-code",
-     [](SoundVolume &v) {
-         v.station_index[0].station = v.stations[0].station = v.series[0].station =
-             v.data[0].station = v.data[1].station = "Q-L";
-     },
-     nothing},
-    {"location-code",
-     [](SoundVolume &v) {
-         v.channels[0].location = v.series[0].location = v.data[0].location = v.data[1].location =
-             "--";
-     },
-     [](SoundVolume &v) {
-         v.channels[0].location = v.series[0].location = v.data[0].location = v.data[1].location =
-             "1";
-     }},
-    {"channel-code",
-     [](SoundVolume &v) {
-         v.channels[0].channel = v.series[0].channel = v.data[0].channel = v.data[1].channel = "BH";
-     },
-     nothing},
+    {"instrument-missing", [](SoundVolume &v) { v.channels[0].instrument = 0; },
+     [](SoundVolume &v) { v.dictionaries[2].second = b033(1, "x"); }},
+    {"network-code", [](SoundVolume &v) { be_network(v, "x"); },
+     [](SoundVolume &v) { be_network(v, "9"); }},
+    {"station-code", [](SoundVolume &v) { be_station(v, "Q-L"); },
+     [](SoundVolume &v) { be_station(v, "QRL12"); }},
+    {"location-code", [](SoundVolume &v) { be_location(v, "--"); },
+     [](SoundVolume &v) { be_location(v, "1"); }},
+    {"channel-code", [](SoundVolume &v) { be_channel(v, "BH"); },
+     [](SoundVolume &v) { be_channel(v, "B0Z"); }},
     {"position-range", [](SoundVolume &v) { v.stations[0].lon = v.channels[0].lon = 181; },
      [](SoundVolume &v) { v.stations[0].lon = v.channels[0].lon = -180; }},
     {"position-distance", [](SoundVolume &v) { v.channels[0].lat = 0.0091; },
@@ -117,35 +165,26 @@ const CheckCase Cases[] = {
      [](SoundVolume &v) { v.channels[0].elev = 1000; }},
     {"orientation-code", [](SoundVolume &v) { v.channels[0].dip = -84; },
      [](SoundVolume &v) { v.channels[0].dip = 85; }},
-    {"station-epoch",
-     [](SoundVolume &v) {
-         v.stations.insert(v.stations.begin(), {.start = "2019,002", .end = "2019,001"});
-         v.begin = "";
-         v.span_index[0].begin = "";
-     },
-     nothing},
+    {"station-epoch", [](SoundVolume &v) { be_older(v, "2019,002", "2019,001"); },
+     [](SoundVolume &v) { be_older(v, "2019,001", "2019,001,00:00:01"); }},
     {"channel-epoch",
      [](SoundVolume &v) {
          v.channels.push_back(v.channels[0]);
-         v.channels[1].start = "2024,001,12";
-         v.channels[1].end = "2024,001,12";
+         v.channels[1].start = v.channels[1].end = "2024,001,12";
      },
-     nothing},
+     [](SoundVolume &v) {
+         change_epoch(v, "2024,001,12");
+         v.channels[1].end = "2024,001,12:00:01";
+     }},
     {"station-epoch-overlap", [](SoundVolume &v) { v.stations.push_back({.start = "2021,001"}); },
-     [](SoundVolume &v) {
-         v.stations.insert(v.stations.begin(), {.start = "2019,001", .end = "2020,001"});
-         v.begin = "";
-         v.span_index[0].begin = "";
-     }},
+     [](SoundVolume &v) { be_older(v, "2019,001", "2020,001"); }},
     {"channel-epoch-overlap", [](SoundVolume &v) { v.channels.push_back(v.channels[0]); },
-     [](SoundVolume &v) {
-         v.channels.push_back(v.channels[0]);
-         v.channels[0].end = v.channels[1].start = "2024,001,12";
-     }},
+     [](SoundVolume &v) { change_epoch(v, "2024,001,12"); }},
     {"channel-outside-station", [](SoundVolume &v) { v.channels[0].start = "2019,365"; },
      [](SoundVolume &v) { v.channels[0].start = "2020,002"; }},
     {"data-undescribed",
-     [](SoundVolume &v) { v.data.push_back({.station = "XYZ", .b1000 = DataOnly{}}); }, nothing},
+     [](SoundVolume &v) { v.data.push_back({.station = "XYZ", .b1000 = DataOnly{}}); },
+     [](SoundVolume &v) { v.channels[0].start = "2024,001"; }},
     {"data-rate",
      [](SoundVolume &v) {
          v.data[1].samples = 210;
@@ -156,8 +195,15 @@ const CheckCase Cases[] = {
          v.data[1].rate_factor = 0;
          v.series[0].last.time = "2024,001,00:00:10";
      }},
-    {"data-length", [](SoundVolume &v) { v.channels[0].exponent = 12; }, nothing},
-    {"data-format", [](SoundVolume &v) { v.data[1].b1000->encoding = 10; }, nothing},
+    {"data-length", [](SoundVolume &v) { v.channels[0].exponent = 12; },
+     [](SoundVolume &v) {
+         change_epoch(v, "2024,001");
+         v.channels[0].exponent = 12;
+     }},
+    {"data-format", [](SoundVolume &v) { v.data[1].b1000->encoding = 10; },
+     [](SoundVolume &v) {
+         v.dictionaries[0].second = b030("Steim2 Integer Compression Format", 1, 50, {});
+     }},
     {"data-time",
      [](SoundVolume &v) {
          v.data.push_back(v.data[1]);
@@ -176,7 +222,10 @@ const CheckCase Cases[] = {
          std::swap(v.data[0], v.data[1]);
          std::swap(v.series[0].first.seq, v.series[0].last.seq);
      },
-     nothing},
+     [](SoundVolume &v) {
+         v.channels.push_back({.channel = "BHN", .dip = 0, .exponent = 9});
+         v.data.push_back({.channel = "BHN", .samples = 200, .b1000 = DataOnly{}});
+     }},
     {"data-gap", [](SoundVolume &v) { v.data[1].time = "2024,001,00:00:10.0260"; },
      [](SoundVolume &v) { v.data[1].time = "2024,001,00:00:10.0240"; }},
     {"data-overlap", [](SoundVolume &v) { v.data[1].time = "2024,001,00:00:09.9740"; },

@@ -90,18 +90,21 @@ TEST(Page, LinesFollowCurves)
         const double f = std::pow(10, (i - 60) / 20.0);
         curve.push_back(-3.0 / std::complex<double>(1 - f * f, 0.1 * f) * std::polar(1.0, -f));
     }
-    const std::vector<html::DrawnPoint> points = html::drawn(curve, -3.0);
+    std::vector<html::DrawnPoint> points;
+    html::add_drawn(curve, -3.0, &points);
     EXPECT_LT(points.size(), 40);
     for (std::size_t i = 0; i < curve.size(); i += 2)
         EXPECT_NEAR(on_line(points, i) * 3 / std::abs(curve[i]), 1.0, 0.0052) << i;
     EXPECT_NEAR(points.front().phase, 0.0, 0.2);
 
     const std::vector<std::complex<double>> broken = {1, 1, 1, 1, No_Number, 1, 0, 1, 1, 1, 1, 1};
+    points.clear();
+    html::add_drawn({}, 1, &points);
+    html::add_drawn(broken, 1, &points);
     std::vector<int> at;
-    for (const html::DrawnPoint &point : html::drawn(broken, 1))
+    for (const html::DrawnPoint &point : points)
         at.push_back(point.at);
     EXPECT_EQ(at, std::vector({0, 2, 4, 6, 8, 11}));
-    EXPECT_TRUE(html::drawn({}, 1).empty());
 }
 
 class PageRun : public testing::Test
@@ -178,6 +181,9 @@ TEST_F(PageRun, FailuresLeaveWhatWasThere)
     EXPECT_EQ(full.err, "quarl-html: Can't write " + old + ": File too large\n");
     EXPECT_EQ(full.status, "2");
     EXPECT_EQ(page({"-o", path("none/page.html"), volume}).status, "2");
+    EXPECT_EQ(page({"-o", volume, volume}).err,
+              "quarl: " + volume + ": the page would replace the volume\n");
+    EXPECT_TRUE(read_file(volume) == sample_volume());
     EXPECT_EQ(read_file(old), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2) << "something was left";
 }

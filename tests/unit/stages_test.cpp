@@ -38,5 +38,19 @@ TEST(ResponseBuilder, SharesWhatIsEqual)
     EXPECT_EQ(first.hash(), equal.hash());
 }
 
+TEST(Interner, LetsGoWhatNobodyHolds)
+{
+    const auto bound = [](int value) {
+        return Filter(Polynomial{.upper_bound = 1.0 * value, .coefficients = {}});
+    };
+    Interner<Filter> pool;
+    const FilterPtr held = pool(bound(-1));
+    for (int i = 0; i < 10000; ++i) {
+        EXPECT_NE(pool(bound(i))->hash(), held->hash());
+    }
+    EXPECT_LT(pool.size(), 1000U);
+    EXPECT_EQ(pool(bound(-1)), held);
+}
+
 } // namespace
 } // namespace quarl
