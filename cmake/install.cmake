@@ -6,16 +6,17 @@ set(dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libquarl-dev)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
-install(TARGETS quarl quarl_json quarl_check RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS quarl quarl_json quarl_check quarl_html RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES etc/quarl.pf ${CMAKE_BINARY_DIR}/share/quarl/quarl.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
-install(FILES doc/quarl.1 doc/quarl-json.1 doc/quarl-check.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES doc/quarl.1 doc/quarl-json.1 doc/quarl-check.1 doc/quarl-html.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
+install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
-foreach(program quarl quarl-json quarl-check)
+foreach(program quarl quarl-json quarl-check quarl-html)
   install(FILES completion/${program}.bash RENAME ${program}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endforeach()
@@ -29,6 +30,7 @@ install(CODE "
   file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_quarl\"
                \"${CMAKE_SOURCE_DIR}/completion/_quarl-json\"
        \"${CMAKE_SOURCE_DIR}/completion/_quarl-check\"
+       \"${CMAKE_SOURCE_DIR}/completion/_quarl-html\"
        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")")
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
@@ -68,7 +70,8 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "lists what SEED volumes hold, exact to 
 quarl reads a volume in the FDSN Standard for the Exchange of Earthquake Data and lists every
 control-header blockette and data record in it, with counts, bytes and shares at the end.
 Volumes may be compressed, and may come from standard input or a tape. quarl-json prints the same
-as lines of JSON for programs.")
+as lines of JSON for programs, quarl-check tells whether it is sound, and quarl-html shows it as a
+page for browsers.")
 # What the program is linked with is found by dpkg-shlibdeps. The rest is loaded when it is needed:
 # zlib and liblzma are on every Debian system; ISA-L reads gzip faster than zlib; libarchive reads
 # the rarer compressions; SOCI's backends bring SOCI and the databases' client libraries along.

@@ -72,7 +72,7 @@ need_postgresql_server() {
 # What the program needs to be built and to run.
 build_packages=(g++ make cmake libarchive-dev libisal-dev zlib1g-dev liblzma-dev
     libsoci-dev libsoci-sqlite3-4.0 libsoci-postgresql4.0 libsqlite3-dev
-    libtomlplusplus-dev)
+    libtomlplusplus-dev node-d3)
 
 # What the quick tests need besides.
 test_packages=(libgtest-dev libsqlite3-dev)

@@ -143,6 +143,12 @@ struct DataSpan {
     std::int64_t record = 0; ///< logical record with which it starts
 };
 
+/// A time that data cover more than once, at one stretch.
+struct DataOverlap {
+    double start = 0.0;
+    double end = 0.0;
+};
+
 /// Something that happened several times in the data of a channel, and where it did first.
 struct Occurrences {
     std::int64_t count = 0;
@@ -160,8 +166,9 @@ struct DataChannel {
     double rate = 0.0;           ///< samples per second of the last record
     std::vector<DataSpan> spans; ///< in order of time; complete at the end of the input file
     Occurrences overlaps;        ///< in order of time
-    Occurrences steps_back;      ///< records that start before the one in front of them
-    double last_start = 0.0;     ///< of the record that came last
+    std::vector<DataOverlap> overlapping; ///< in order of time; those that touch are one
+    Occurrences steps_back;               ///< records that start before the one in front of them
+    double last_start = 0.0;              ///< of the record that came last
     double last_end = 0.0;
 };
 

@@ -1,6 +1,7 @@
 #include "check/checker.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quarl
 {
@@ -39,7 +40,8 @@ std::string one_line(std::string_view text)
 
 } // namespace
 
-Checker::Checker(const Chosen &chosen) : chosen_(chosen)
+Checker::Checker(const Chosen &chosen, bool keeps_responses)
+    : chosen_(chosen), keeps_responses_(keeps_responses)
 {
     for (std::size_t rule = 0; rule < all_rules().size(); ++rule) {
         if (!chosen_[rule])
@@ -215,8 +217,9 @@ void Checker::look_at_epoch(const ChannelEpoch &epoch)
         look(ResponseSeen(inventory, epoch, &room_));
 }
 
-/// Looks at the channel epoch that has ended while it is at hand, and lets its response go: those
-/// of an archive need not fit into memory. What its dictionaries lack so far may come behind it.
+/// Looks at the channel epoch that has ended while it is at hand, and lets its response go when
+/// nobody else wants it: those of an archive need not fit into memory. What its dictionaries lack
+/// so far may come behind it.
 void Checker::end_epoch()
 {
     Inventory &inventory = context_->inventory;
@@ -227,11 +230,12 @@ void Checker::end_epoch()
         deferred_.push_back(epoch);
     } else {
         look_at_epoch(*epoch);
-        inventory.forget_ended_response();
+        if (!keeps_responses_)
+            inventory.forget_ended_response();
     }
 }
 
-std::vector<Finding> Checker::take()
+std::vector<Finding> Checker::take(Inventory *taken)
 {
     const Inventory &inventory = context_->inventory;
     context_->inventory.finish();
@@ -246,6 +250,8 @@ std::vector<Finding> Checker::take()
     for (const DataChannel &channel : inventory.data_channels())
         look(channel);
     look(*context_);
+    if (taken)
+        *taken = std::move(context_->inventory);
     begin();
     return findings_.take();
 }

@@ -20,13 +20,15 @@ using Chosen = std::vector<bool>;
 class Checker
 {
 public:
-    explicit Checker(const Chosen &chosen);
+    /// With `keeps_responses` the inventory has all of them in the end.
+    explicit Checker(const Chosen &chosen, bool keeps_responses = false);
 
     void hear(const Message &message);
     void enter(const LogicalRecord &record);
     void add(const Item &item);
-    /// What was found; the checker is ready for another volume.
-    std::vector<Finding> take();
+    /// What was found; the checker is ready for another volume. `inventory` gets that of this one,
+    /// finished.
+    std::vector<Finding> take(Inventory *inventory = nullptr);
 
 private:
     template <class T> struct Asked {
@@ -49,6 +51,7 @@ private:
     [[nodiscard]] std::string subject(const Item &item) const;
 
     Chosen chosen_;
+    bool keeps_responses_;
     Findings findings_;
     Tables<LogicalRecord, Item, DataSeen, Station, Channel, ChannelEpoch, ResponseSeen, DataChannel,
            Context>

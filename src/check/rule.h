@@ -135,6 +135,9 @@ std::span<const Rule> gain_rules();
 std::span<const Rule> data_rules();
 const std::vector<Rule> &all_rules();
 
+/// What a finding says, with the number of further ones: "...; and 3 more records".
+std::string text_of(const Finding &finding);
+
 // How values are put in findings.
 std::string shown(double value); ///< the shortest text of up to nine digits
 std::string shown_time(double time);

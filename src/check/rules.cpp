@@ -15,4 +15,15 @@ const std::vector<Rule> &all_rules()
     return rules;
 }
 
+std::string text_of(const Finding &finding)
+{
+    std::string text = finding.told.text;
+    if (finding.more == 0)
+        return text;
+    std::string_view what = all_rules()[finding.rule].more;
+    if (finding.more == 1)
+        what.remove_suffix(1);
+    return text + "; and " + std::to_string(finding.more) + " more " + std::string(what);
+}
+
 } // namespace quarl

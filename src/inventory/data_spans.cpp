@@ -36,14 +36,25 @@ void SpanJoiner::join(std::vector<DataSpan> *joined, const DataSpan &span)
         return;
     }
     DataSpan &last = joined->back();
-    if (last.end - span.start > span.tolerance) {
-        if (overlaps_.count++ == 0 || span.record < overlaps_.record) {
-            overlaps_.record = span.record;
-            overlaps_.from = last.end;
-            overlaps_.to = span.start;
-        }
-    }
+    if (last.end - span.start > span.tolerance)
+        note_overlap(last, span);
     last.end = std::max(last.end, span.end);
+}
+
+/// `second` starts before `first` ends, and not before it starts.
+void SpanJoiner::note_overlap(const DataSpan &first, const DataSpan &second)
+{
+    if (overlaps_.count++ == 0 || second.record < overlaps_.record) {
+        overlaps_.record = second.record;
+        overlaps_.from = first.end;
+        overlaps_.to = second.start;
+    }
+    const DataOverlap twice{second.start, std::min(first.end, second.end)};
+    if (!overlapping_.empty() && twice.start >= overlapping_.back().start &&
+        twice.start - overlapping_.back().end <= second.tolerance)
+        overlapping_.back().end = std::max(overlapping_.back().end, twice.end);
+    else
+        overlapping_.push_back(twice);
 }
 
 void SpanJoiner::join_waiting()
@@ -72,6 +83,9 @@ void SpanJoiner::finish(DataChannel *channel)
     joined_.shrink_to_fit();
     channel->spans = std::move(joined_);
     channel->overlaps = overlaps_;
+    std::sort(overlapping_.begin(), overlapping_.end(),
+              [](const DataOverlap &a, const DataOverlap &b) { return a.start < b.start; });
+    channel->overlapping = std::move(overlapping_);
 }
 
 } // namespace quarl

@@ -29,12 +29,14 @@ private:
     void begin(const DataSpan &span);
     void join_waiting();
     void join(std::vector<DataSpan> *joined, const DataSpan &span);
+    void note_overlap(const DataSpan &first, const DataSpan &second);
 
     bool has_open_ = false;
     DataSpan open_;
     std::vector<DataSpan> waiting_;
     std::vector<DataSpan> joined_; ///< in order of time
     Occurrences overlaps_;
+    std::vector<DataOverlap> overlapping_;
 };
 
 } // namespace quarl

@@ -2,6 +2,7 @@
 
 #include "platform/format.h"
 #include "platform/json_text.h"
+#include "programs/checked.h"
 #include "programs/progress.h"
 
 #include <algorithm>
@@ -30,17 +31,6 @@ std::string printable(std::string_view text)
             all += formatted<"\\x%02x">(static_cast<int>(static_cast<unsigned char>(c)));
     }
     return all;
-}
-
-std::string text_of(const Finding &finding)
-{
-    std::string text = finding.told.text;
-    if (finding.more == 0)
-        return text;
-    std::string_view what = all_rules()[finding.rule].more;
-    if (finding.more == 1)
-        what.remove_suffix(1);
-    return text + "; and " + std::to_string(finding.more) + " more " + std::string(what);
 }
 
 std::string line_of(const std::string &path, const Finding &finding)
@@ -72,42 +62,10 @@ void print_findings(Console *console, CheckRun *run, const std::string &path,
     }
 }
 
-/// What keeps the program from working, and is no finding.
-bool is_of_program(MessageKind kind)
-{
-    switch (kind) {
-    case MessageKind::input_not_opened:
-    case MessageKind::input_read_error:
-    case MessageKind::interrupted:
-    case MessageKind::out_of_memory:
-        return true;
-    default:
-        return false;
-    }
-}
-
-void hear(Console *console, Checker *checker, const std::string &path, const Message &message)
-{
-    if (!is_of_program(message.kind)) {
-        checker->hear(message);
-        return;
-    }
-    const std::string text = path + ": " + std::string(message.text);
-    console->say({message.kind, text, message.reason, message.error, message.place, nullptr});
-}
-
-VolumeOptions options_for(Console *console, Checker *checker, const std::string &path)
-{
-    VolumeOptions options;
-    options.message = [=](const Message &message) { hear(console, checker, path, message); };
-    options.logical_record = [=](const LogicalRecord &record) { checker->enter(record); };
-    return options;
-}
-
 void fail(Console *console, CheckRun *run, const std::string &path, const Error &error)
 {
     run->unread = true;
-    console->say({error.kind(), path + ": " + error.what(), {}, 0, {}, nullptr});
+    say_unread(console, path, error);
 }
 
 } // namespace
@@ -117,7 +75,7 @@ void check_volume(Console *console, CheckRun *run, const std::string &path)
     const auto checker = std::make_unique<Checker>(run->chosen);
     const auto print = [&] { print_findings(console, run, path, checker->take()); };
     try {
-        VolumeOptions options = options_for(console, checker.get(), path);
+        VolumeOptions options = checked_options(console, checker.get(), path);
         Follower follower(console, &options);
         Volume volume(path, std::move(options));
         follower.follow(volume);

@@ -86,7 +86,7 @@ private:
 Known &Evaluator::Work::known(const Term &term)
 {
     constexpr std::size_t Entry = 50;
-    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 2'000'000;
+    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 500'000;
     const Key key{term.filter, term.interval};
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;
@@ -121,9 +121,12 @@ std::span<const Scaled> Evaluator::Work::curve(const Term &term, std::size_t cou
     if (curve.size() < count) {
         const auto missing =
             std::span<const double>(frequencies_).subspan(curve.size(), count - curve.size());
-        const std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing);
-        curve.insert(curve.end(), values.begin(), values.end());
+        std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing);
         held_ += values.size();
+        if (curve.empty())
+            curve = std::move(values);
+        else
+            curve.insert(curve.end(), values.begin(), values.end());
     }
     return std::span(curve).first(count);
 }
@@ -230,12 +233,13 @@ Evaluation Evaluator::Work::evaluate(const Response &response, std::size_t count
         return result;
     warn_of_sensitivity(plan, &result);
     std::vector<Scaled> product(count);
+    std::vector<Scaled> alone;
     for (const Factor &factor : factors) {
         if (!by_stage) {
             multiply(factor, &product);
             continue;
         }
-        std::vector<Scaled> alone(count);
+        alone.assign(count, {});
         multiply(factor, &alone);
         std::ranges::transform(product, alone, product.begin(), std::multiplies<>());
         result.stages.push_back({factor.term.stage, numbers(alone)});

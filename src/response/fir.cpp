@@ -37,28 +37,56 @@ Taps in_full(const std::vector<double> &all)
 
 constexpr std::size_t Most_Lanes = 8; ///< angles worked on side by side, in vector registers
 
+/// A point on the unit circle for each lane.
+template <std::size_t Lanes> struct Turn {
+    std::array<double, Lanes> real{};
+    std::array<double, Lanes> imag{};
+
+    /// One after the other.
+    [[nodiscard]] Turn then(const Turn &other) const
+    {
+        Turn both;
+        for (std::size_t i = 0; i < Lanes; ++i) {
+            both.real[i] = real[i] * other.real[i] - imag[i] * other.imag[i];
+            both.imag[i] = real[i] * other.imag[i] + imag[i] * other.real[i];
+        }
+        return both;
+    }
+};
+
 /// Horner's rule at e^(-i angle), from the `last` coefficient to the first, in as many lanes as
-/// there is room for values. A point on the unit circle keeps the rounding errors of earlier turns
-/// as they are, so they only add up. Lanes without an angle are at 0.
+/// there is room for values, by groups of coefficients: a turn of the whole sum costs as much as
+/// two coefficients of a group. A point on the unit circle keeps the rounding errors of earlier
+/// turns as they are, so they only add up. Lanes without an angle are at 0.
 template <std::size_t Lanes, class Coefficient>
 void horner(Coefficient last, Coefficient end, std::span<const double> angles,
             std::complex<double> *values)
 {
-    std::array<double, Lanes> cosine{};
-    std::array<double, Lanes> sine{};
+    constexpr std::ptrdiff_t Group = 4;
+    Turn<Lanes> once;
     for (std::size_t i = 0; i < angles.size(); ++i) {
-        cosine[i] = std::cos(angles[i]);
-        sine[i] = -std::sin(angles[i]);
+        once.real[i] = std::cos(angles[i]);
+        once.imag[i] = -std::sin(angles[i]);
     }
+    const Turn<Lanes> twice = once.then(once);
+    const Turn<Lanes> thrice = twice.then(once);
+    const Turn<Lanes> whole = twice.then(twice);
     std::array<double, Lanes> re{};
     std::array<double, Lanes> im{};
-    for (auto coefficient = last; coefficient != end; ++coefficient) {
+    const auto add = [&](double c3, double c2, double c1, double c0) {
         for (std::size_t i = 0; i < Lanes; ++i) {
-            const double turned = re[i] * cosine[i] - im[i] * sine[i] + *coefficient;
-            im[i] = re[i] * sine[i] + im[i] * cosine[i];
-            re[i] = turned;
+            const double turned = re[i] * whole.real[i] - im[i] * whole.imag[i];
+            im[i] = re[i] * whole.imag[i] + im[i] * whole.real[i] + c1 * once.imag[i] +
+                    c2 * twice.imag[i] + c3 * thrice.imag[i];
+            re[i] = turned + c0 + c1 * once.real[i] + c2 * twice.real[i] + c3 * thrice.real[i];
         }
+    };
+    if (const std::ptrdiff_t rest = (end - last) % Group; rest > 0) {
+        add(0.0, rest > 2 ? last[rest - 3] : 0.0, rest > 1 ? last[rest - 2] : 0.0, last[rest - 1]);
+        last += rest;
     }
+    for (; last != end; last += Group)
+        add(last[0], last[1], last[2], last[3]);
     for (std::size_t i = 0; i < angles.size(); ++i)
         values[i] = {re[i], im[i]};
 }

@@ -17,6 +17,8 @@ struct Scaled {
 
     [[nodiscard]] std::complex<double> number() const
     {
+        if (exponent == 0)
+            return value;
         constexpr std::int64_t Beyond = 5000; // more than the range of a double, both ways
         const int by = static_cast<int>(std::clamp(exponent, -Beyond, Beyond));
         return {std::ldexp(value.real(), by), std::ldexp(value.imag(), by)};

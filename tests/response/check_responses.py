@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Evaluates the responses of real volumes, from their bytes on, and compares with print_responses.
+"""Evaluates the responses of real volumes, from their bytes on, and compares with those in the pages of
+quarl-html.
 
-usage: check_responses.py print_responses folder
+usage: check_responses.py quarl-html folder
 Exits with 77 when the folder is not there."""
-import cmath, gzip, math, pathlib, re, subprocess, sys
+import cmath, gzip, json, math, pathlib, re, subprocess, sys
 
 
 class Refused(Exception):
@@ -114,12 +115,11 @@ def product(factors):
     return result
 
 
-def fir(letter, c, dt, correction, warnings):
+def fir(letter, c, dt, correction):
     """u(f) of a FIR filter."""
     mirrored = letter != "B" and letter != "C" and c == c[::-1]
     if letter not in ("B", "C"):
         if abs(sum(c) - 1) > 0.02:
-            warnings.append("sum")
             c = [x / sum(c) for x in c]
         if not mirrored:
             return lambda f: cmath.exp(2j * math.pi * f * correction) * sum(
@@ -131,7 +131,7 @@ def fir(letter, c, dt, correction, warnings):
         for j, x in enumerate(outwards)))
 
 
-def u_of(filters, decimation, warnings):
+def u_of(filters, decimation):
     """u(f) of a stage's filter blockettes, None for those without effect."""
     (letter, first), *more = filters
     kind = first[0]
@@ -159,11 +159,11 @@ def u_of(filters, decimation, warnings):
     if kind == 55:
         raise Refused("no real volume here has one")
     coefficients = [c for _, content in filters for c in content[1]]
-    return fir(letter, coefficients, dt, decimation[2], warnings) if coefficients else None
+    return fir(letter, coefficients, dt, decimation[2]) if coefficients else None
 
 
-def stage_of(number, parts, fs, warnings):
-    """h(f), and the gain moved to fs."""
+def stage_of(number, parts, fs):
+    """h(f)."""
     gain = next((content for _, content in parts if content[0] == 58), None)
     decimation = next((content for _, content in parts if content[0] == 57), None)
     filters = [(letter, content) for letter, content in parts if content[0] not in (57, 58)]
@@ -171,22 +171,22 @@ def stage_of(number, parts, fs, warnings):
         c = filters[0][1][1]
         if len(c) > 2:
             raise Refused("polynomial")
-        return (lambda f: 1 / c[1] if len(c) == 2 else 1), gain[1] if gain else 1
+        return lambda f: 1 / c[1] if len(c) == 2 else 1
     if decimation and (not filters or not gain):
         raise Refused("057 alone")
-    u = u_of(filters, decimation, warnings) if filters else None
+    u = u_of(filters, decimation) if filters else None
     value = gain[1] if gain else 1
     if number == 0:
         value = 1
     if u is None:
-        return (lambda f: value), value
+        return lambda f: value
     roots = filters[0][1] if filters[0][1][0] == 53 else None
     if not gain or gain[2] == fs and (not roots or roots[2] == fs):
-        return (lambda f: value * (roots[1] if roots else 1) * u(f)), value
+        return lambda f: value * (roots[1] if roots else 1) * u(f)
     here, there = abs(u(gain[2])), abs(u(fs))
     if here == 0 or there == 0:
         raise Refused("zero at the gain's frequency")
-    return (lambda f: value * u(f) / here), value * there / here
+    return lambda f: value * u(f) / here
 
 
 def evaluate(stages, grid):
@@ -200,57 +200,53 @@ def evaluate(stages, grid):
     fs = sensitivity[2] if sensitivity else 0
     fs = fs or next((c[2] for n, c in reversed(gains) if n and c[2]), 0)
     if len(stages) == 1 and stages[0][0] == 0 and not polynomial:
-        return [sensitivity[1]] * len(grid), []
-    warnings = []
-    factors = [stage_of(n, parts, fs, warnings) for n, parts in stages]
-    total = product(g for _, g in factors)
-    if sensitivity and sensitivity[1] and abs(total - sensitivity[1]) >= 0.05 * abs(sensitivity[1]):
-        warnings.append("sensitivity")
-    return [product(h(f) for h, _ in factors) for f in grid], warnings
+        return [sensitivity[1]] * len(grid)
+    factors = [stage_of(n, parts, fs) for n, parts in stages]
+    return [product(h(f) for h in factors) for f in grid]
 
 
-def printed(program, path):
-    """Name and lines of each epoch that the program prints."""
-    run = subprocess.run([program, path], capture_output=True, check=True, text=True)
-    for block in run.stdout.split("epoch ")[1:]:
-        name, *lines = block.splitlines()
-        yield name, lines
+def page_responses(program, path):
+    """Name and response of each epoch in the page of a volume."""
+    page = subprocess.run([program, path], capture_output=True, check=True).stdout.decode()
+    data = json.loads(re.search(r'id="volume">(.*?)</script>', page, re.DOTALL).group(1))
+    for r in data["responses"]:
+        name = f"{r['station']}.{r['location']}.{r['channel']},{r['start']}"
+        yield name, data["responses"][r.get("same", -1)] if "same" in r else r
 
 
-def difference(expected, line, frequency):
+def difference(expected, amplitude, phase):
     """Of amplitudes, relative, and of phases in degrees."""
-    f, amplitude, phase = map(float, line.split())
-    assert abs(f / frequency - 1) < 1e-12, f"{f} Hz instead of {frequency} Hz"
     turn = abs(math.degrees(cmath.phase(expected)) - phase)
     return abs(amplitude / abs(expected) - 1), min(turn, 360 - turn)
 
 
-def check_epoch(rate, stages, lines):
+def check_epoch(rate, stages, response):
     """The largest differences; None for an epoch that neither side evaluates."""
     if any(number == -1 for number, _ in stages):
-        assert not lines
         return None
     grid = [f for f in (10 ** (k / 20) for k in range(-60, 140)) if f < rate / 2]
     try:
-        values, warnings = evaluate(stages, grid)
+        values = evaluate(stages, grid)
     except Refused as reason:
-        assert lines[0].startswith("refused "), f"not refused: {reason}"
+        assert "error" in response, f"not refused: {reason}"
         return None
-    assert lines[0] == f"warnings {len(warnings)}", f"{lines[0]}, not {warnings}"
-    assert len(lines) == 1 + len(grid), "another grid"
-    return [max(d) for d in zip((0, 0), *map(difference, values, lines[1:], grid))]
+    assert "error" not in response, response["error"]
+    assert len(response["frequency"]) == len(grid), "another grid"
+    assert all(abs(f / g - 1) < 1e-8 for f, g in zip(response["frequency"], grid)), "another grid"
+    curve = map(difference, values, response["amplitude"], response["phase"])
+    return [max(d) for d in zip((0, 0), *curve)]
 
 
 def main(program, folder):
     compared, worst = 0, [0, 0]
     for path in sorted(pathlib.Path(folder).glob("*.seed*")):
         data = (gzip.open if path.suffix == ".gz" else open)(path, "rb").read()
-        theirs = list(printed(program, path))
+        theirs = list(page_responses(program, path))
         ours = epochs(data)
         assert [n for n, _ in theirs] == [n for n, _, _ in ours], f"{path}: other epochs"
-        for (name, rate, stages), (_, lines) in zip(ours, theirs):
+        for (name, rate, stages), (_, response) in zip(ours, theirs):
             try:
-                found = check_epoch(rate, stages, lines)
+                found = check_epoch(rate, stages, response)
                 assert not found or (found[0] < 1e-6 and found[1] < 1e-4), found
             except AssertionError as reason:
                 sys.exit(f"{path} {name}: {reason}")

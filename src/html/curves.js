@@ -1,0 +1,107 @@
+// The curves of an epoch's response out of the volume's data, with what `same` refers to put in its place.
+
+const Curves = (() => {
+    const FLOOR = 1e-10; // of a curve's largest amplitude: what is drawn of it at least
+
+    // Where the data of an epoch's response stand: its own index, or that of the equal one.
+    function source(index) {
+        const {same} = Volume.responses[index];
+        return same === undefined ? index : same;
+    }
+
+    const response = index => Volume.responses[source(index)];
+    const stages = index => (Volume.epochs[index].stages || []).map(i => Volume.stages[i]);
+    const filterOf = stage => stage.filter === null || stage.filter === undefined ? null : Volume.filters[stage.filter];
+
+    function overall(index) {
+        const {frequency, amplitude, phase, error} = response(index);
+        return error === undefined && frequency && frequency.length
+            ? {name: "overall", style: "overall", frequency, amplitude, phase} : null;
+    }
+
+    // A filter's curve is given at some points of the grid, with straight lines between them: of the amplitude's
+    // logarithm and of the phase.
+    function onGrid(filter, size) {
+        const amplitude = new Array(size).fill(NaN);
+        const phase = new Array(size).fill(NaN);
+        filter.at.forEach((end, n) => {
+            const begin = n > 0 ? filter.at[n - 1] : end;
+            const [a, b] = [filter.amplitude[Math.max(n - 1, 0)], filter.amplitude[n]];
+            const [p, q] = [filter.phase[Math.max(n - 1, 0)], filter.phase[n]];
+            for (let i = n > 0 ? begin + 1 : end; i <= end && i < size; ++i) {
+                const part = end > begin ? (i - begin) / (end - begin) : 1;
+                amplitude[i] = i === end ? orNone(b) : a === null || b === null ? NaN : a ** (1 - part) * b ** part;
+                phase[i] = i === end ? orNone(q) : p === null || q === null ? NaN : p + (q - p) * part;
+            }
+        });
+        return {amplitude, phase};
+    }
+
+    const orNone = value => value === null ? NaN : value;
+
+    // A stage's gain times its filter's curve; a gain alone is a flat line.
+    function ofStage(stage, position, frequency) {
+        const filter = filterOf(stage);
+        if (filter && !filter.at)
+            return null;
+        const gain = stage.gain === undefined ? 1 : stage.gain;
+        const turned = gain < 0 ? 180 : 0;
+        const curve = filter ? onGrid(filter, frequency.length)
+            : {amplitude: frequency.map(() => 1), phase: frequency.map(() => 0)};
+        return {
+            name: `stage ${stage.stage}`, style: `s${position % 7} d${Math.floor(position / 7) % 3}`, frequency,
+            amplitude: curve.amplitude.map(value => Math.abs(gain) * value),
+            phase: curve.phase.map(value => wrap(value + turned)),
+        };
+    }
+
+    const wrap = degrees => degrees > 180 ? degrees - 360 : degrees;
+
+    function byStage(index) {
+        const whole = overall(index);
+        return whole ? stages(index).map((stage, i) => ofStage(stage, i, whole.frequency)).filter(Boolean) : [];
+    }
+
+    const isDrawn = value => typeof value === "number" && isFinite(value) && value > 0;
+
+    // From the least to the largest amplitude that is drawn; zeros of a filter do not stretch it beyond measure.
+    function amplitudeRange(curves, more) {
+        let [low, high] = [Infinity, 0];
+        for (const {amplitude, style} of curves) {
+            const most = d3.max(amplitude.filter(isDrawn)) || 0;
+            const floor = most * (style === "overall" ? FLOOR : 1e-5);
+            high = Math.max(high, most);
+            low = Math.min(low, d3.min(amplitude.filter(a => isDrawn(a) && a >= floor)) || Infinity);
+        }
+        for (const value of more.filter(isDrawn))
+            [low, high] = [Math.min(low, value), Math.max(high, value)];
+        return high > 0 ? [low / 1.6, high * 2.5] : [0.1, 10];
+    }
+
+    function nyquist(index) {
+        const rate = Volume.epochs[index].sample_rate;
+        return rate > 0 ? rate / 2 : null;
+    }
+
+    // Poles and zeros of analog stages, with how often each occurs.
+    function polesAndZeros(index) {
+        return stages(index).map(stage => ({stage, filter: filterOf(stage)}))
+            .filter(({filter}) => filter && filter.poles && (filter.type === "A" || filter.type === "B"))
+            .map(({stage, filter}) => ({stage: stage.stage, unit: filter.type === "A" ? "rad/s" : "Hz",
+                poles: counted(filter.poles), zeros: counted(filter.zeros)}));
+    }
+
+    function counted(list) {
+        const found = new Map();
+        for (let i = 0; i + 1 < list.length; i += 2) {
+            const [re, im] = [list[i], list[i + 1]];
+            if (typeof re !== "number" || typeof im !== "number")
+                continue;
+            const key = `${re} ${im}`;
+            found.set(key, {re, im, count: (found.has(key) ? found.get(key).count : 0) + 1});
+        }
+        return [...found.values()];
+    }
+
+    return {response, stages, filterOf, overall, byStage, amplitudeRange, isDrawn, nyquist, polesAndZeros};
+})();

@@ -1,0 +1,227 @@
+#include "html/data.h"
+
+#include "blockette/sdblknam.h"
+#include "blockette/seed_utl.h"
+#include "check/rule.h"
+#include "html/curves.h"
+#include "html/json_writer.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace quarl::html
+{
+
+namespace
+{
+
+constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
+
+void write_epoch_times(Json *json, double start, double end)
+{
+    json->key("start").time(start);
+    json->key("end").time(end);
+}
+
+void write_types(Json *json, const Statistics &statistics)
+{
+    json->key("types").open('[');
+    for (const Statistics::Type &type : types_by_size(statistics)) {
+        json->open('{');
+        if (type.type == Data_Record)
+            json->key("type").null();
+        else
+            json->key("type").whole(type.type);
+        json->key("name").text(name_of(type));
+        json->key("count").whole(type.count);
+        json->key("bytes").whole(type.bytes);
+        json->close('}');
+    }
+    json->close(']');
+}
+
+void write_head(Json *json, const VolumeRead &volume)
+{
+    const Statistics &statistics = volume.statistics;
+    const blk_010_t identifier = volume.records.identifier.value_or(blk_010_t());
+    json->key("program").text(volume.program);
+    json->key("file").path(volume.name);
+    json->key("complete").truth(volume.complete);
+    json->key("bytes").whole(statistics.bytes);
+    json->key("records").whole(statistics.records);
+    json->key("record_length").whole(record_length(volume));
+    json->key("label").text(identifier.label);
+    json->key("organization").text(identifier.originating_org);
+    json->key("version").real(volume.records.identifier ? identifier.version : Not_A_Number);
+    write_epoch_times(json, start_epoch(identifier.beg_time), end_epoch(identifier.end_time));
+    json->key("written").time(start_epoch(identifier.volume_time));
+    json->key("shares").open('{');
+    json->key("parameters").whole(statistics.parameters);
+    json->key("data").whole(statistics.data);
+    json->key("waste").whole(statistics.waste);
+    json->close('}');
+    write_types(json, statistics);
+}
+
+/// The rules that were broken, in their order, and where each stands among them.
+std::vector<std::size_t> write_rules(Json *json, const VolumeRead &volume)
+{
+    std::vector<std::size_t> index(all_rules().size());
+    for (const Finding &finding : volume.findings)
+        index[finding.rule] = 1;
+    std::size_t next = 0;
+    json->key("rules").open('[');
+    for (std::size_t i = 0; i < index.size(); ++i) {
+        if (index[i] == 0)
+            continue;
+        index[i] = next++;
+        json->open('{');
+        json->key("rule").text(all_rules()[i].name);
+        json->key("severity").text(name_of(all_rules()[i].severity));
+        json->key("sentence").text(all_rules()[i].sentence);
+        json->close('}');
+    }
+    json->close(']');
+    return index;
+}
+
+void write_findings(Json *json, const VolumeRead &volume, const Targets &targets)
+{
+    const std::vector<std::size_t> rules = write_rules(json, volume);
+    json->key("findings").open('[');
+    for (const Finding &finding : volume.findings) {
+        const Target target = targets.find(finding.told.subject);
+        json->open('{');
+        json->key("rule").index(rules[finding.rule]);
+        json->key("record").whole(finding.record);
+        json->key("subject").text(finding.told.subject);
+        json->key("text").text(text_of(finding));
+        json->key("station").index(target.station);
+        json->key("channel").index(target.channel);
+        json->key("epoch").index(target.epoch);
+        json->close('}');
+    }
+    json->close(']');
+}
+
+void write_stations(Json *json, const Inventory &inventory)
+{
+    json->key("stations").open('[');
+    for (const Station &station : inventory.stations()) {
+        json->open('{');
+        json->key("network").text(station.code.network());
+        json->key("station").text(station.code.station());
+        json->key("channels").indexes(station.channels);
+        json->key("epochs").open('[');
+        for (const std::size_t at : station.epochs) {
+            const StationEpoch &epoch = inventory.station_epochs()[at];
+            json->open('{');
+            write_epoch_times(json, epoch.start, epoch.end);
+            json->key("latitude").real(epoch.latitude);
+            json->key("longitude").real(epoch.longitude);
+            json->key("elevation").real(epoch.elevation);
+            json->key("name").text(epoch.name);
+            json->close('}');
+        }
+        json->close(']');
+        json->close('}');
+    }
+    json->close(']');
+}
+
+/// Starts and ends, one after the other.
+template <class Spans> void write_spans(Json *json, const Spans &spans)
+{
+    json->open('[');
+    for (const auto &span : spans) {
+        json->time(span.start);
+        json->time(span.end);
+    }
+    json->close(']');
+}
+
+void write_channels(Json *json, const std::vector<PageChannel> &channels)
+{
+    json->key("channels").open('[');
+    for (const PageChannel &channel : channels) {
+        json->open('{');
+        const std::optional<std::size_t> station =
+            channel.described ? std::optional(channel.described->station) : std::nullopt;
+        json->key("station").index(station);
+        json->key("network").text(channel.code.network());
+        json->key("station_code").text(channel.code.station());
+        json->key("location").text(channel.code.location());
+        json->key("channel").text(channel.code.channel());
+        json->key("subchannel").whole(channel.code.subchannel());
+        json->key("epochs").open('[');
+        if (channel.described)
+            for (const std::size_t epoch : channel.described->epochs)
+                json->index(epoch);
+        json->close(']');
+        json->key("records").whole(channel.data.records);
+        json->key("samples").whole(channel.data.samples);
+        write_spans(&json->key("spans"), channel.data.spans);
+        write_spans(&json->key("overlaps"), channel.data.overlaps);
+        json->close('}');
+    }
+    json->close(']');
+}
+
+/// The gain of stage 0, the last one; null when there is none.
+const Gain *sensitivity_of(const Response &response)
+{
+    const Gain *last = nullptr;
+    for (const StagePtr &stage : response.stages)
+        for (const Part &part : stage->parts)
+            if (const auto *gain = std::get_if<Gain>(&part); gain && stage->number == 0)
+                last = gain;
+    return last;
+}
+
+void write_epoch(Json *json, const Inventory &inventory, const Curves &curves, std::size_t at)
+{
+    const ChannelEpoch &epoch = inventory.channel_epochs()[at];
+    const DictionaryEntry *instrument =
+        inventory.entry(Dictionary::abbreviations, epoch.instrument);
+    const Gain *sensitivity = sensitivity_of(epoch.response);
+    json->open('{');
+    json->key("channel").index(epoch.channel);
+    write_epoch_times(json, epoch.start, epoch.end);
+    json->key("sample_rate").real(epoch.sample_rate);
+    json->key("instrument").text(instrument ? instrument->text : "");
+    json->key("signal_units").text(inventory.unit(epoch.signal_units));
+    json->key("latitude").real(epoch.latitude);
+    json->key("longitude").real(epoch.longitude);
+    json->key("elevation").real(epoch.elevation);
+    json->key("depth").real(epoch.depth);
+    json->key("azimuth").real(epoch.azimuth);
+    json->key("dip").real(epoch.dip);
+    json->key("sensitivity").real(sensitivity ? sensitivity->value : Not_A_Number);
+    json->key("sensitivity_frequency").real(sensitivity ? sensitivity->frequency : Not_A_Number);
+    json->key("stages").indexes(curves.stages_of(at));
+    json->close('}');
+}
+
+} // namespace
+
+void write_data(Out &out, const VolumeRead &volume, const std::vector<PageChannel> &channels,
+                const Targets &targets)
+{
+    Json json(out);
+    Curves curves(volume);
+    json.open('{');
+    write_head(&json, volume);
+    write_findings(&json, volume, targets);
+    write_stations(&json, volume.inventory);
+    write_channels(&json, channels);
+    curves.write_responses(&json.key("responses"));
+    json.key("epochs").open('[');
+    for (std::size_t i = 0; i < volume.inventory.channel_epochs().size(); ++i)
+        write_epoch(&json, volume.inventory, curves, i);
+    json.close(']');
+    curves.write_stages(&json.key("stages"));
+    curves.write_filters(&json.key("filters"));
+    json.close('}');
+}
+
+} // namespace quarl::html

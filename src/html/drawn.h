@@ -1,0 +1,25 @@
+// Curves as they are drawn: with the points alone that straight lines between them need.
+#pragma once
+
+#include <complex>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace quarl::html
+{
+
+/// A point of a curve, and where on the grid of frequencies it lies.
+struct DrawnPoint {
+    std::int32_t at;
+    float amplitude;
+    float phase; ///< degrees
+};
+
+/// Adds the points of a curve, given by its values times `gain` along the grid, between which
+/// straight lines (of the amplitude's logarithm and the phase) are close to it: of every second
+/// point of the grid, and the last. A point without a value is one of them.
+void add_drawn(std::span<const std::complex<double>> values, double gain,
+               std::vector<DrawnPoint> *points);
+
+} // namespace quarl::html

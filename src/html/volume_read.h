@@ -1,0 +1,93 @@
+// What a page is made of: all that one reading of a volume has left.
+#pragma once
+
+#include "check/finding.h"
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <quarl/inventory.h>
+#include <quarl/item.h>
+#include <quarl/records.h>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <unordered_map>
+#include <vector>
+
+namespace quarl::html
+{
+
+/// The records that tables show field by field, in volume order.
+struct Records {
+    template <class T> using Kept = std::deque<T>;
+
+    std::optional<blk_010_t> identifier;
+    Kept<blk_050_t> stations; ///< one for each station epoch of the inventory
+    Kept<blk_052_t> channels; ///< one for each channel epoch
+    std::tuple<Kept<blk_030_t>, Kept<blk_031_t>, Kept<blk_032_t>, Kept<blk_033_t>, Kept<blk_034_t>,
+               Kept<blk_041_t>, Kept<blk_043_t>, Kept<blk_044_t>, Kept<blk_045_t>, Kept<blk_046_t>,
+               Kept<blk_047_t>, Kept<blk_048_t>>
+        dictionaries;
+
+    void add(const Item &item);
+};
+
+/// The data of a channel, with those whose headers lack the network code.
+struct ChannelData {
+    std::int64_t records = 0;
+    std::int64_t samples = 0;
+    std::vector<DataSpan> spans;       ///< in order of time
+    std::vector<DataOverlap> overlaps; ///< in order of time
+
+    void add(const DataChannel &channel);
+};
+
+/// A channel of the page: those of the headers, in the inventory's order, then those that have
+/// data alone.
+struct PageChannel {
+    ChannelCode code;
+    const Channel *described = nullptr; ///< null: no header describes it
+    ChannelData data;
+};
+
+/// What a finding is about, as far as the page shows it.
+struct Target {
+    std::optional<std::size_t> station;
+    std::optional<std::size_t> channel;
+    std::optional<std::size_t> epoch;
+};
+
+/// Finds stations, channels and epochs by the names that findings give them.
+class Targets
+{
+public:
+    Targets(const Inventory &inventory, const std::vector<PageChannel> &channels);
+    [[nodiscard]] Target find(std::string_view subject) const;
+
+private:
+    std::unordered_map<std::string, Target> by_name_;
+};
+
+/// What the reading hands over.
+struct VolumeRead {
+    std::string name; ///< of the input, as it was given
+    Inventory inventory;
+    std::vector<Finding> findings;
+    Records records;
+    Statistics statistics;
+    bool complete = false; ///< read to its end, which is where it should be
+    std::string program;   ///< "quarl-html 1.0.0"
+};
+
+/// Bytes of a logical record: as the volume states it, else as they were read; 0: not known.
+std::int64_t record_length(const VolumeRead &volume);
+/// Those that occurred, largest first.
+std::vector<Statistics::Type> types_by_size(const Statistics &statistics);
+/// "Station Identifier", "data records"; "" for a type that the catalogue lacks.
+std::string_view name_of(const Statistics::Type &type);
+
+/// The channels of a volume with their data.
+std::vector<PageChannel> page_channels(const Inventory &inventory);
+
+} // namespace quarl::html

@@ -1,0 +1,224 @@
+// Pages: texts of volumes in markup and JSON, responses told once, files that are there whole or
+// not at all, and how runs of quarl-html end.
+#include "compose/files.h"
+#include "compose/sample.h"
+#include "compose/volume.h"
+#include "html/curves.h"
+#include "html/drawn.h"
+#include "html/markup.h"
+#include "programs/output_file.h"
+#include "support/capture.h"
+#include "support/process.h"
+
+#include <cmath>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <limits>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr double No_Number = std::numeric_limits<double>::quiet_NaN();
+constexpr double Infinity = std::numeric_limits<double>::infinity();
+
+template <class F> std::string written(F &&write)
+{
+    return capture([&] {
+               Out to(STDOUT_FILENO);
+               std::forward<F>(write)(to);
+               to.flush();
+           })
+        .out;
+}
+
+TEST(Page, TextsAreNoMarkup)
+{
+    const auto text = [](std::string_view latin) {
+        return written([&](Out &to) { html::Markup(to).text(latin); });
+    };
+    EXPECT_EQ(text("<b a=\"1\" c='2'>&amp;"), "&lt;b a=&quot;1&quot; c=&#39;2&#39;&gt;&amp;amp;");
+    EXPECT_EQ(text({"\0\x1b\n\x7f\x85\xa0\xad", 7}), "\\x00\\x1b\\x0a\\x7f\\x85\\xa0\\xad");
+    EXPECT_EQ(text("\xa1\xff"), "\u00a1\u00ff");
+
+    const auto path = [](std::string_view name) {
+        return written([&](Out &to) { html::Markup(to).path(name); });
+    };
+    EXPECT_EQ(path("f\u00fcr/\u65e5\u672c<\U0001f30b>"), "f\u00fcr/\u65e5\u672c&lt;\U0001f30b&gt;");
+    for (const char *odd : {"\xc3", "\xc0\xbc", "\xed\xa0\x80", "\xe2\x80\xae", "\xf4\x90\x80\x80"})
+        EXPECT_FALSE(html::is_plain_utf8(odd)) << odd;
+}
+
+TEST(Page, JsonNumbersAndTexts)
+{
+    const std::string text = written([](Out &to) {
+        html::Json json(to);
+        json.open('[');
+        for (const double value :
+             {0.0, -0.04, 179.96, -180.0, 0.125, 12.5, No_Number, Infinity, 1e300})
+            json.fixed(value, 1);
+        for (const double value : {1.0 / 3, 1e-7, 123456789.0, 2e15, 3e-200, -Infinity})
+            json.real(value, 4);
+        for (const double value : {1.00004, 1709251200.00833, Forever, Always})
+            json.time(value);
+        json.text(" </script>\"\\\x1b\xe9\x85 ");
+        json.close(']');
+    });
+    EXPECT_EQ(text, "[0,0,180,-180,0.1,12.5,null,null,1e+300,"
+                    "0.3333,1e-7,1.235e8,2e15,3e-200,null,1,1709251200.0083,null,null,"
+                    "\"\\u003c/script>\\\"\\\\\\u001b\u00e9\\u0085\"]");
+}
+
+/// The value of a drawn curve at a point of the grid.
+double on_line(const std::vector<html::DrawnPoint> &points, std::size_t at)
+{
+    auto above = points.begin() + 1;
+    while (static_cast<std::size_t>(above->at) < at)
+        ++above;
+    const html::DrawnPoint &a = above[-1];
+    const double share = (static_cast<double>(at) - a.at) / (above->at - a.at);
+    return std::exp(std::lerp(std::log(a.amplitude), std::log(above->amplitude), share));
+}
+
+TEST(Page, LinesFollowCurves)
+{
+    std::vector<std::complex<double>> curve; // a resonance, and a phase that winds
+    for (int i = 0; i < 100; ++i) {
+        const double f = std::pow(10, (i - 60) / 20.0);
+        curve.push_back(-3.0 / std::complex<double>(1 - f * f, 0.1 * f) * std::polar(1.0, -f));
+    }
+    std::vector<html::DrawnPoint> points;
+    html::add_drawn(curve, -3.0, &points);
+    EXPECT_LT(points.size(), 40);
+    for (std::size_t i = 0; i < curve.size(); i += 2)
+        EXPECT_NEAR(on_line(points, i) * 3 / std::abs(curve[i]), 1.0, 0.0052) << i;
+    EXPECT_NEAR(points.front().phase, 0.0, 0.2);
+
+    const std::vector<std::complex<double>> broken = {1, 1, 1, 1, No_Number, 1, 0, 1, 1, 1, 1, 1};
+    points.clear();
+    html::add_drawn({}, 1, &points);
+    html::add_drawn(broken, 1, &points);
+    std::vector<int> at;
+    for (const html::DrawnPoint &point : points)
+        at.push_back(point.at);
+    EXPECT_EQ(at, std::vector({0, 2, 4, 6, 8, 11}));
+}
+
+class PageRun : public testing::Test
+{
+protected:
+    PageRun() { fs::create_directory(folder_); }
+    ~PageRun() override { fs::remove_all(folder_); }
+
+    [[nodiscard]] std::string path(const std::string &name) const { return folder_ / name; }
+    std::string file(const std::string &name, const std::string &bytes) const
+    {
+        write_file(path(name), bytes);
+        return path(name);
+    }
+    static Outcome page(const std::vector<std::string> &args, int in = STDIN_FILENO)
+    {
+        return run(std::string(QUARL_PROGRAM) + "-html", args, in);
+    }
+
+    const fs::path folder_ = fs::temp_directory_path() / ("page." + std::to_string(getpid()));
+};
+
+TEST_F(PageRun, CommandLine)
+{
+    for (const auto &[args, fault] :
+         {std::pair<std::vector<std::string>, std::string>{{"-x"}, "unknown option -x"},
+          {{"--none", "v"}, "unknown option --none"},
+          {{"-o"}, "-o needs a value"},
+          {{"-o", "", "v"}, "-o needs the name of a file"},
+          {{"a", "b"}, "more than one volume"}}) {
+        const Outcome refused = page(args);
+        EXPECT_EQ(refused.err, "quarl: " + fault + " (see quarl --help)\n");
+        EXPECT_EQ(refused.out + refused.status, "2");
+    }
+    EXPECT_TRUE(page({"--version"}).out.starts_with("quarl-html "));
+    EXPECT_TRUE(page({"-h"}).out.starts_with("Usage: quarl-html "));
+}
+
+TEST_F(PageRun, FileOrStream)
+{
+    const std::string volume = file("v.seed", sample_volume());
+    const Outcome streamed = page({volume});
+    EXPECT_EQ(streamed.status + streamed.err, "0");
+    EXPECT_TRUE(streamed.out.ends_with("</html>\n"));
+
+    // A file that is there keeps its rights, and a link to it stays one.
+    const std::string target = file("old.html", "old");
+    chmod(target.c_str(), 0640);
+    fs::create_symlink(target, path("link.html"));
+    EXPECT_EQ(page({"--output=" + path("link.html"), volume}).status, "0");
+    EXPECT_TRUE(read_file(target) == streamed.out);
+    EXPECT_TRUE(fs::is_symlink(path("link.html")));
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms(0640));
+
+    const Outcome device = page({"-o", "/dev/stdout", volume});
+    EXPECT_TRUE(device.out == streamed.out);
+    EXPECT_EQ(page({"-o", "/dev/full", volume}).status, "2");
+}
+
+TEST_F(PageRun, FailuresLeaveWhatWasThere)
+{
+    const std::string volume = file("v.seed", sample_volume());
+    const std::string old = file("old.html", "old");
+    for (const std::string &input : {path("missing"), path("")}) {
+        const Outcome failed = page({"-o", old, input});
+        EXPECT_EQ(failed.status, "2") << input;
+        EXPECT_NE(failed.err, "") << input;
+    }
+    // A file that may not grow ends the writing in the middle.
+    const Outcome full = run("/bin/sh",
+                             {"-c", "trap '' XFSZ; ulimit -f 8; exec \"$0\" -o \"$1\" \"$2\"",
+                              std::string(QUARL_PROGRAM) + "-html", old, volume},
+                             STDIN_FILENO);
+    EXPECT_EQ(full.err, "quarl-html: Can't write " + old + ": File too large\n");
+    EXPECT_EQ(full.status, "2");
+    EXPECT_EQ(page({"-o", path("none/page.html"), volume}).status, "2");
+    EXPECT_EQ(page({"-o", volume, volume}).err,
+              "quarl: " + volume + ": the page would replace the volume\n");
+    EXPECT_TRUE(read_file(volume) == sample_volume());
+    EXPECT_EQ(read_file(old), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2) << "something was left";
+}
+
+TEST_F(PageRun, PartsOfVolumes)
+{
+    const std::string whole = sample_volume();
+    const Outcome cut = page({file("cut.seed", whole.substr(0, 40000))});
+    EXPECT_EQ(cut.status + cut.err, "0");
+    EXPECT_NE(cut.out.find("data-rule=\"cut-volume\""), std::string::npos);
+    EXPECT_NE(cut.out.find("\"complete\":false"), std::string::npos);
+    EXPECT_EQ(page({file("empty.seed", "")}).status, "0");
+
+    // What cannot go on is behind something that can be shown, or is the first thing.
+    const std::string large = VolumeBuilder().data({.b1000 = DataOnly{.exponent = 14}}).volume();
+    EXPECT_EQ(page({file("large.seed", large)}).status, "2");
+    const Outcome part = page({file("part.seed", whole.substr(0, 24576) + large)});
+    EXPECT_EQ(part.status, "1") << part.err;
+    EXPECT_NE(part.err, "");
+    EXPECT_TRUE(part.out.ends_with("</html>\n"));
+}
+
+TEST_F(PageRun, SignalsGiveNoPage)
+{
+    const Pipe in;
+    const Pipe err;
+    const std::string target = path("page.html");
+    const pid_t tool = start(std::string(QUARL_PROGRAM) + "-html", {"-o", target},
+                             {in.read_end, err.write_end, err.write_end});
+    ASSERT_TRUE(write_all(in.write_end, sample_volume()));
+    for (int left = 1; left > 0; usleep(1000)) // until it reads, and so hears signals
+        ASSERT_EQ(ioctl(in.read_end, FIONREAD, &left), 0);
+    kill(tool, SIGTERM);
+    EXPECT_EQ(wait_for(tool), "signal " + std::to_string(SIGTERM));
+    EXPECT_FALSE(fs::exists(target));
+}
+
+} // namespace
