@@ -2,14 +2,15 @@
 
 _quarl_json()
 {
-    local current=$2 previous=$3 IFS=$'\n'
+    local current=$2 previous=$3 before='' IFS=$'\n'
     COMPREPLY=()
     # "=" divides words.
     [ "$previous" != = ] || previous=${COMP_WORDS[COMP_CWORD - 2]}
     [ "$current" != = ] || { previous=${COMP_WORDS[COMP_CWORD - 1]} current=; }
     case $previous in
     -t | --types)
-        COMPREPLY=($(compgen -W $'data\nfile' -- "$current"))
+        [[ $current != *,* ]] || before=${current%,*},
+        COMPREPLY=($(compgen -P "$before" -W $'data\nfile' -- "${current##*,}"))
         return ;;
     -d | --database)
         COMPREPLY=($(compgen -W $'sqlite://\npostgresql://' -- "$current"))

@@ -139,10 +139,13 @@ char *put_totals(char *to, const FileEnd &end)
     return put_number(to, end.statistics.waste);
 }
 
-void print_file(Pen &pen, const Item &item, const FileEnd &end)
+} // namespace
+
+void print_file(Out &out, const Volume &volume, int file, const FileEnd &end)
 {
-    char *to = put_text(pen.out.reserve(Frame_Room), "{\"item\":\"file\",\"file\":");
-    to = put_number(to, item.place().file);
+    const Pen pen{out, volume};
+    char *to = put_text(out.reserve(Frame_Room), "{\"item\":\"file\",\"file\":");
+    to = put_number(to, file);
     to = put_totals(to, end);
     to = put_text(to, ",\"types\":[");
     for (const Statistics::Type &type : end.statistics.types) {
@@ -156,15 +159,13 @@ void print_file(Pen &pen, const Item &item, const FileEnd &end)
     finish(pen, to, false);
 }
 
-} // namespace
-
 void print_item(Out &out, const Volume &volume, const Item &item)
 {
     Pen pen{out, volume};
     if (const auto *header = item.get<blk_dh_t>())
         print_data(pen, item, *header);
     else if (const auto *end = item.get<FileEnd>())
-        print_file(pen, item, *end);
+        print_file(out, volume, item.place().file, *end);
     else if (!item.record() || !visit_any(item.record(), item.type(), [&](const auto &blk) {
                  print_blockette(pen, item, blk);
              }))

@@ -234,7 +234,8 @@ std::string file()
     object.add("file", one_of_type(Integer, "number of the input file, from 0"));
     object.add("complete", one_of_type(Boolean, "neither cut nor failed nor stopped"));
     object.add("cut", one_of_type(Boolean, "ends inside a logical record or an item"));
-    object.add("failed", one_of_type(Boolean, "ends with a read error"));
+    object.add("failed",
+               one_of_type(Boolean, "ends with a read error, or an item that ended the run"));
     object.add("stopped", one_of_type(Boolean, "the reading was asked to stop"));
     for (const std::string_view total :
          {"bytes", "logical_records", "parameter_bytes", "data_bytes", "waste_bytes"})
@@ -244,7 +245,8 @@ std::string file()
     type.add_optional("type", one_of_type(Integer, "not for data"));
     type.add("name", one_of_type(String));
     type.add("count", one_of_type(Integer));
-    type.add("bytes", one_of_type(Integer, "as declared; 0 for types without a parser"));
+    type.add("bytes",
+             one_of_type(Integer, "as declared; 0 for types that a listing has no line for"));
     object.add("types", array_of(type));
     return object.text();
 }

@@ -28,6 +28,15 @@ void complain(const Item &item)
     }
 }
 
+void print_items(Console *console, Volume *volume, const Selection &selection)
+{
+    while (const Item *item = volume->next()) {
+        complain(*item);
+        if (selection.has(*item))
+            json::print_item(console->out(), *volume, *item);
+    }
+}
+
 } // namespace
 
 bool Selection::read(std::string_view types)
@@ -57,23 +66,27 @@ bool Selection::has(const Item &item) const
     if (all_)
         return true;
     if (item.get<FileEnd>())
-        return files_;
+        return has_files();
     if (item.get<blk_dh_t>())
         return data_;
     return item.type() >= 0 && blockettes_.test(static_cast<std::size_t>(item.type()));
 }
 
-int print_lines(Console *console, std::unique_ptr<State> state, const std::string &path,
+int print_lines(Console *console, std::unique_ptr<State> prepared, const std::string &path,
                 const Selection &selection)
 {
-    state->options.bad_item = [console](const Item &item) { show_bad_item(console, item); };
-    Follower follower(console, &state->options);
-    Volume volume(path, std::move(state));
+    State &state = *prepared;
+    state.options.bad_item = [console](const Item &item) { show_bad_item(console, item); };
+    Follower follower(console, &state.options);
+    Volume volume(path, std::move(prepared));
     follower.follow(volume);
-    while (const Item *item = volume.next()) {
-        complain(*item);
-        if (selection.has(*item))
-            json::print_item(console->out(), volume, *item);
+    try {
+        print_items(console, &volume, selection);
+    } catch (const Error &) { // a reader behind a pipe does not see the status
+        const FileEnd *end = selection.has_files() ? file_given_up(&state) : nullptr;
+        if (end)
+            json::print_file(console->out(), volume, volume.progress().file, *end);
+        throw;
     }
     console->elog_clear_register();
     return 0;

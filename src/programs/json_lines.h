@@ -19,6 +19,7 @@ public:
     /// Of types as "050,052,data,file"; false when there is something else.
     [[nodiscard]] bool read(std::string_view types);
     [[nodiscard]] bool has(const Item &item) const;
+    [[nodiscard]] bool has_files() const { return all_ || files_; }
 
 private:
     bool all_ = true;
@@ -29,7 +30,7 @@ private:
 
 /// Reads the volume at `path` ("-": standard input) to its end and prints a line for each item that
 /// `selection` has, with the messages of a listing. Returns the exit status, 0.
-int print_lines(Console *console, std::unique_ptr<State> state, const std::string &path,
+int print_lines(Console *console, std::unique_ptr<State> prepared, const std::string &path,
                 const Selection &selection);
 
 } // namespace quarl

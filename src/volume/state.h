@@ -66,4 +66,8 @@ private:
     Current<Count> count_;
 };
 
+/// What was read of the input file at hand, when an Error has ended the reading inside it; else
+/// null.
+const FileEnd *file_given_up(State *state);
+
 } // namespace quarl

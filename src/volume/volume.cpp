@@ -149,6 +149,18 @@ const Item *next_item(State *state)
 
 } // namespace
 
+const FileEnd *file_given_up(State *state)
+{
+    if (!state->failure || !state->in_file)
+        return nullptr;
+    const Reading reading(*state);
+    const read_handle_t &handle = *state->handle;
+    state->file_end = FileEnd();
+    state->file_end.failed = true;
+    state->file_end.statistics = statistics(items_end(handle), handle.logical->recno);
+    return &state->file_end;
+}
+
 Volume::Volume(const std::string &path, VolumeOptions options)
     : state_(std::make_unique<State>(std::move(options)))
 {

@@ -388,6 +388,9 @@ def compare(quarl, quarl_json, arguments, name, seen):
     lines, json_messages, json_status = run(quarl_json, *arguments)
     assert messages == json_messages.replace(b"quarl-json: ", b"quarl: "), name
     assert status == json_status, name
+    if status:  # the listing has no statistics of a file in which the run ended
+        lines, _, last = lines[:-1].rpartition(b"\n")
+        assert json.loads(last)["failed"], name
     compare_text(text.decode("latin-1"), lines, name, seen)
 
 
