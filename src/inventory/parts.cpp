@@ -168,12 +168,12 @@ FieldsRead read_058(const Item &item)
     return {in.read().size, in.read().bad || item.bad()};
 }
 
-template <class Blk> Part filter_of(const Blk &blk, FilterShape shape, FilterMaker *make)
+template <class Blk> Part filter_of(const Blk &blk, FilterShape &&shape, FilterMaker *make)
 {
     return (*make)(std::move(shape), blk.input_units, blk.output_units);
 }
 
-template <class Blk> Part named_filter(const Blk &blk, FilterShape shape, FilterMaker *make)
+template <class Blk> Part named_filter(const Blk &blk, FilterShape &&shape, FilterMaker *make)
 {
     return (*make)(std::move(shape), blk.input_units, blk.output_units, blk.response_name);
 }

@@ -46,9 +46,12 @@ void be_polynomial(SoundVolume &volume, bool whole)
         volume.response.push_back({62, text(0)});
 }
 
-/// The last filter stands in the response dictionary, with `middle` as its second coefficient.
+/// The last filter stands in the response dictionary, with `middle` as its second coefficient. It
+/// is that of an epoch behind which another one stands.
 void refer(SoundVolume &volume, const char *middle)
 {
+    volume.channels.push_back(volume.channels[0]);
+    volume.channels[0].end = volume.channels[1].start = "2024,001";
     volume.dictionaries.push_back({41, std::string("0001F~B0030030002+2.5000000E-01") + middle});
     volume.response[Filter] = {60, "0103010001"};
 }
