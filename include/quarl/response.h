@@ -43,9 +43,16 @@ struct EvaluationOptions {
     std::optional<double> polynomial_at = std::nullopt;
 };
 
-/// One stage's factor of H: filter times gain. The product of all curves is H.
+/// One stage's factor of H: filter times gain. The product of all curves is H. The same filter,
+/// interval, delay and normalisation give the same values, but for the gain.
 struct StageCurve {
-    int stage = 0; ///< number of the stage
+    int stage = 0;         ///< number of the stage
+    FilterPtr filter;      ///< null: the stage is its gain alone
+    double interval = 0.0; ///< between the samples that a digital filter takes in, seconds
+    double delay = 0.0;    ///< by which the filter's output is taken back, seconds
+    double gain = 1.0;     ///< as it enters H
+    /// At which the filter's amplitude was made 1, Hz; without one it counts as stated.
+    std::optional<double> norm_frequency;
     std::vector<std::complex<double>> values;
 };
 

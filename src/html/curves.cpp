@@ -1,7 +1,6 @@
 #include "html/curves.h"
 
 #include "response/kind.h"
-#include "response/plan.h"
 
 #include "platform/number.h"
 
@@ -126,7 +125,7 @@ bool Curves::Key::operator==(const Key &other) const
 {
     return interval == other.interval && delay == other.delay &&
            norm_frequency == other.norm_frequency && scale == other.scale &&
-           as_stated == other.as_stated && (filter == other.filter || *filter == *other.filter);
+           (filter == other.filter || *filter == *other.filter);
 }
 
 GridText::GridText(std::span<const double> frequencies)
@@ -218,22 +217,18 @@ std::optional<std::size_t> Curves::meet_filter(const Key &key, const StageCurve 
 void Curves::meet_filters(std::size_t at, const Evaluation &evaluation)
 {
     const Response &response = volume_.inventory.channel_epochs()[at].response;
-    const Plan plan = evaluation.refused() ? Plan() : make_plan(response, {});
-    auto term = plan.terms.begin();
     auto curve = evaluation.stages.begin();
     for (const StagePtr &stage : response.stages) {
         Key key{.filter = filter_of(*stage)};
         const Gain *stated = gain_of(*stage);
         const double gain = stated ? stated->value : 1.0;
         const StageCurve *values = nullptr;
-        if (term != plan.terms.end() && term->stage == stage->number) {
-            key.interval = term->interval;
-            key.delay = term->delay;
-            key.as_stated = term->as_stated;
-            key.norm_frequency = term->as_stated ? 0.0 : term->gain_frequency;
-            key.scale = term->gain / gain;
+        if (curve != evaluation.stages.end() && curve->stage == stage->number) {
             values = &*curve++;
-            ++term;
+            key.interval = values->interval;
+            key.delay = values->delay;
+            key.norm_frequency = values->norm_frequency;
+            key.scale = values->gain / gain;
         }
         if (stage->number != 0)
             stages_of_[at].push_back(meet_stage({stage.get(), meet_filter(key, values, gain)}));

@@ -57,9 +57,8 @@ private:
         FilterPtr filter;
         double interval = 0.0;
         double delay = 0.0;
-        double norm_frequency = 0.0; ///< at which its amplitude is made 1
-        double scale = 1.0;          ///< of the gain that entered H by the one that is stated
-        bool as_stated = true;
+        double scale = 1.0; ///< of the gain that entered H by the one that is stated
+        std::optional<double> norm_frequency = std::nullopt;
 
         bool operator==(const Key &other) const;
     };

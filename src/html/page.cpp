@@ -38,12 +38,17 @@ void write_script(Markup &page, const Embedded &script)
     page.put("</script>\n");
 }
 
+std::string_view title_of(const VolumeRead &volume)
+{
+    return volume.name == "-" ? std::string_view("standard input") : base_name(volume.name);
+}
+
 void write_top(Markup &page, const VolumeRead &volume)
 {
     page.put("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n");
     write_policy(page);
     page.put("<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>");
-    page.path(base_name(volume.name));
+    page.path(title_of(volume));
     page.put(" – ");
     page.text(volume.program);
     page.put("</title>\n<style>");
@@ -177,7 +182,7 @@ void write_types(Markup &page, const Statistics &statistics)
 void write_head(Markup &page, const VolumeRead &volume)
 {
     page.put("<header id=\"head\">\n<h1>");
-    page.path(base_name(volume.name));
+    page.path(title_of(volume));
     page.put("</h1>\n");
     write_facts(page, volume);
     write_shares(page, volume.statistics);

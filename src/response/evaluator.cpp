@@ -69,6 +69,7 @@ public:
 private:
     Known &known(const Term &term);
     static Scaled at(Known *known, const Term &term, double frequency);
+    HalfTurns halves(double interval);
     std::span<const Scaled> curve(const Term &term, std::size_t count);
     std::vector<Factor> normalise(Plan plan, Evaluation *result);
     static Scaled normaliser(Known *known, const Term &term, double frequency, Evaluation *result,
@@ -78,6 +79,7 @@ private:
     std::vector<double> frequencies_;
     EvaluationOptions options_;
     std::unordered_map<Key, Known, KeyHash> known_;
+    std::unordered_map<double, std::vector<std::complex<double>>> halves_; ///< by interval
     std::size_t held_ = 0; ///< values in known_, and some for each entry
     std::size_t evaluated_ = 0;
 };
@@ -115,13 +117,26 @@ Scaled Evaluator::Work::at(Known *known, const Term &term, double frequency)
     return value;
 }
 
+/// The half turns of all frequencies.
+HalfTurns Evaluator::Work::halves(double interval)
+{
+    constexpr std::size_t Most_Intervals = 100;
+    const auto known = halves_.find(interval);
+    if (known != halves_.end())
+        return known->second;
+    if (halves_.size() == Most_Intervals)
+        halves_.clear();
+    return halves_[interval] = half_turns(interval, frequencies_);
+}
+
 std::span<const Scaled> Evaluator::Work::curve(const Term &term, std::size_t count)
 {
     std::vector<Scaled> &curve = known(term).curve;
     if (curve.size() < count) {
         const auto missing =
             std::span<const double>(frequencies_).subspan(curve.size(), count - curve.size());
-        std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing);
+        std::vector<Scaled> values = transfer(term.filter->shape(), term.interval, missing,
+                                              halves(term.interval).subspan(curve.size()));
         held_ += values.size();
         if (curve.empty())
             curve = std::move(values);
@@ -217,6 +232,15 @@ std::vector<std::complex<double>> numbers(const std::vector<Scaled> &scaled)
     return values;
 }
 
+StageCurve curve_of(const Term &term, std::vector<std::complex<double>> values)
+{
+    StageCurve curve{term.stage, term.filter, term.interval, term.delay, term.gain, {}, {}};
+    if (!term.as_stated)
+        curve.norm_frequency = term.gain_frequency;
+    curve.values = std::move(values);
+    return curve;
+}
+
 Evaluation Evaluator::Work::evaluate(const Response &response, std::size_t count, bool by_stage)
 {
     count = std::min(count, frequencies_.size());
@@ -242,7 +266,7 @@ Evaluation Evaluator::Work::evaluate(const Response &response, std::size_t count
         alone.assign(count, {});
         multiply(factor, &alone);
         std::ranges::transform(product, alone, product.begin(), std::multiplies<>());
-        result.stages.push_back({factor.term.stage, numbers(alone)});
+        result.stages.push_back(curve_of(factor.term, numbers(alone)));
     }
     result.values = numbers(product);
     return result;

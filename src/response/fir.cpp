@@ -59,14 +59,15 @@ template <std::size_t Lanes> struct Turn {
 /// two coefficients of a group. A point on the unit circle keeps the rounding errors of earlier
 /// turns as they are, so they only add up. Lanes without an angle are at 0.
 template <std::size_t Lanes, class Coefficient>
-void horner(Coefficient last, Coefficient end, std::span<const double> angles,
-            std::complex<double> *values)
+void horner(Coefficient last, Coefficient end, HalfTurns halves, std::complex<double> *values)
 {
     constexpr std::ptrdiff_t Group = 4;
     Turn<Lanes> once;
-    for (std::size_t i = 0; i < angles.size(); ++i) {
-        once.real[i] = std::cos(angles[i]);
-        once.imag[i] = -std::sin(angles[i]);
+    for (std::size_t i = 0; i < halves.size(); ++i) {
+        const double real = halves[i].real();
+        const double imag = halves[i].imag();
+        once.real[i] = (real - imag) * (real + imag);
+        once.imag[i] = 2 * real * imag;
     }
     const Turn<Lanes> twice = once.then(once);
     const Turn<Lanes> thrice = twice.then(once);
@@ -87,22 +88,21 @@ void horner(Coefficient last, Coefficient end, std::span<const double> angles,
     }
     for (; last != end; last += Group)
         add(last[0], last[1], last[2], last[3]);
-    for (std::size_t i = 0; i < angles.size(); ++i)
+    for (std::size_t i = 0; i < halves.size(); ++i)
         values[i] = {re[i], im[i]};
 }
 
 /// The power series whose coefficients are those from the `last` one on.
 template <class Coefficient>
-std::vector<std::complex<double>> series(Coefficient last, Coefficient end,
-                                         std::span<const double> angles)
+std::vector<std::complex<double>> series(Coefficient last, Coefficient end, HalfTurns halves)
 {
-    std::vector<std::complex<double>> values(angles.size());
-    if (angles.size() == 1)
-        horner<1>(last, end, angles, values.data());
+    std::vector<std::complex<double>> values(halves.size());
+    if (halves.size() == 1)
+        horner<1>(last, end, halves, values.data());
     else
-        for (std::size_t at = 0; at < angles.size(); at += Most_Lanes)
+        for (std::size_t at = 0; at < halves.size(); at += Most_Lanes)
             horner<Most_Lanes>(last, end,
-                               angles.subspan(at, std::min(Most_Lanes, angles.size() - at)),
+                               halves.subspan(at, std::min(Most_Lanes, halves.size() - at)),
                                &values[at]);
     return values;
 }
@@ -130,27 +130,26 @@ double sum(const Taps &taps)
 }
 
 std::vector<std::complex<double>> power_series(std::span<const double> coefficients,
-                                               std::span<const double> angles)
+                                               HalfTurns halves)
 {
-    return series(coefficients.rbegin(), coefficients.rend(), angles);
+    return series(coefficients.rbegin(), coefficients.rend(), halves);
 }
 
-std::vector<std::complex<double>> evaluate(const Taps &taps, std::span<const double> angles)
+std::vector<std::complex<double>> evaluate(const Taps &taps, HalfTurns halves)
 {
     if (taps.coefficients.empty())
-        return std::vector<std::complex<double>>(angles.size(), 1.0);
+        return std::vector<std::complex<double>>(halves.size(), 1.0);
     if (taps.symmetry == Taps::Symmetry::None)
-        return power_series(taps.coefficients, angles);
+        return power_series(taps.coefficients, halves);
     // From the middle outwards: what is a half filter's value there, doubled, loses its imaginary
     // part to the other half.
     std::vector<std::complex<double>> values =
-        series(taps.coefficients.begin(), taps.coefficients.end(), angles);
-    for (std::size_t i = 0; i < angles.size(); ++i) {
+        series(taps.coefficients.begin(), taps.coefficients.end(), halves);
+    for (std::size_t i = 0; i < halves.size(); ++i) {
         const std::complex<double> half = values[i];
         values[i] = taps.symmetry == Taps::Symmetry::Odd
                         ? 2 * half.real() - taps.coefficients.back()
-                        : 2 * (half.real() * std::cos(angles[i] / 2) +
-                               half.imag() * std::sin(angles[i] / 2));
+                        : 2 * (half.real() * halves[i].real() - half.imag() * halves[i].imag());
     }
     return values;
 }

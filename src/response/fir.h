@@ -38,13 +38,17 @@ Taps taps_of(const Fir &shape);
 /// Sum of the coefficients, both halves of symmetric ones.
 double sum(const Taps &taps);
 
-/// The transfer function at e^(-i angle), for each angle per sample in radians. That of a symmetric
-/// filter is real: its delay of half its length is taken back. 1 without coefficients.
-std::vector<std::complex<double>> evaluate(const Taps &taps, std::span<const double> angles);
+/// Points on the unit circle: e^(-i angle / 2) for each angle per sample. Filters of one rate share
+/// them.
+using HalfTurns = std::span<const std::complex<double>>;
+
+/// The transfer function at e^(-i angle), for each angle per sample. That of a symmetric filter is
+/// real: its delay of half its length is taken back. 1 without coefficients.
+std::vector<std::complex<double>> evaluate(const Taps &taps, HalfTurns halves);
 
 /// Sum of coefficient k times e^(-i k angle) for each angle, within 1e-15 times their number of the
 /// sum of their magnitudes.
 std::vector<std::complex<double>> power_series(std::span<const double> coefficients,
-                                               std::span<const double> angles);
+                                               HalfTurns halves);
 
 } // namespace quarl

@@ -1,7 +1,5 @@
 #include "response/transfer.h"
 
-#include "response/fir.h"
-
 #include <algorithm>
 #include <functional>
 #include <limits>
@@ -17,15 +15,6 @@ using Complexes = std::vector<std::complex<double>>;
 using Frequencies = std::span<const double>;
 
 constexpr double Two_Pi = 2 * std::numbers::pi;
-
-std::vector<double> angles_per_sample(double interval, Frequencies frequencies)
-{
-    std::vector<double> angles;
-    angles.reserve(frequencies.size());
-    for (const double frequency : frequencies)
-        angles.push_back(Two_Pi * frequency * interval);
-    return angles;
-}
 
 std::vector<Scaled> scaled(const Complexes &numbers)
 {
@@ -52,7 +41,8 @@ Scaled distances(std::complex<double> from, const Complexes &roots)
     return product;
 }
 
-std::vector<Scaled> values(const PolesZeros &shape, double interval, Frequencies frequencies)
+std::vector<Scaled> values(const PolesZeros &shape, double interval, Frequencies frequencies,
+                           HalfTurns /*halves*/)
 {
     std::vector<Scaled> all;
     all.reserve(frequencies.size());
@@ -63,20 +53,21 @@ std::vector<Scaled> values(const PolesZeros &shape, double interval, Frequencies
     return all;
 }
 
-std::vector<Scaled> values(const Coefficients &shape, double interval, Frequencies frequencies)
+std::vector<Scaled> values(const Coefficients &shape, double /*interval*/,
+                           Frequencies /*frequencies*/, HalfTurns halves)
 {
-    const std::vector<double> angles = angles_per_sample(interval, frequencies);
     if (shape.denominators.empty())
-        return scaled(evaluate(taps_of(shape), angles));
-    std::vector<Scaled> all = scaled(power_series(shape.numerators, angles));
-    const std::vector<Scaled> below = scaled(power_series(shape.denominators, angles));
+        return scaled(evaluate(taps_of(shape), halves));
+    std::vector<Scaled> all = scaled(power_series(shape.numerators, halves));
+    const std::vector<Scaled> below = scaled(power_series(shape.denominators, halves));
     std::ranges::transform(all, below, all.begin(), std::divides<>());
     return all;
 }
 
-std::vector<Scaled> values(const Fir &shape, double interval, Frequencies frequencies)
+std::vector<Scaled> values(const Fir &shape, double /*interval*/, Frequencies /*frequencies*/,
+                           HalfTurns halves)
 {
-    return scaled(evaluate(taps_of(shape), angles_per_sample(interval, frequencies)));
+    return scaled(evaluate(taps_of(shape), halves));
 }
 
 std::complex<double> from_degrees(double amplitude, double degrees)
@@ -110,7 +101,8 @@ std::complex<double> look_up(const std::vector<ResponseList::Entry> &sorted, dou
     return between(above[-1], *above, frequency);
 }
 
-std::vector<Scaled> values(const ResponseList &shape, double /*interval*/, Frequencies frequencies)
+std::vector<Scaled> values(const ResponseList &shape, double /*interval*/, Frequencies frequencies,
+                           HalfTurns /*halves*/)
 {
     std::vector<ResponseList::Entry> sorted = shape.entries;
     // A frequency that is no number would upset the order, and answers to none.
@@ -124,16 +116,35 @@ std::vector<Scaled> values(const ResponseList &shape, double /*interval*/, Frequ
 }
 
 template <class Other>
-std::vector<Scaled> values(const Other & /*shape*/, double /*interval*/, Frequencies frequencies)
+std::vector<Scaled> values(const Other & /*shape*/, double /*interval*/, Frequencies frequencies,
+                           HalfTurns /*halves*/)
 {
     return std::vector<Scaled>(frequencies.size());
 }
 
 } // namespace
 
+std::vector<std::complex<double>> half_turns(double interval, Frequencies frequencies)
+{
+    std::vector<std::complex<double>> halves;
+    halves.reserve(frequencies.size());
+    for (const double frequency : frequencies) {
+        const double angle = std::numbers::pi * frequency * interval;
+        halves.emplace_back(std::cos(angle), -std::sin(angle));
+    }
+    return halves;
+}
+
+std::vector<Scaled> transfer(const FilterShape &shape, double interval, Frequencies frequencies,
+                             HalfTurns halves)
+{
+    return std::visit([&](const auto &held) { return values(held, interval, frequencies, halves); },
+                      shape);
+}
+
 std::vector<Scaled> transfer(const FilterShape &shape, double interval, Frequencies frequencies)
 {
-    return std::visit([&](const auto &held) { return values(held, interval, frequencies); }, shape);
+    return transfer(shape, interval, frequencies, half_turns(interval, frequencies));
 }
 
 } // namespace quarl
