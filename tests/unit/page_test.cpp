@@ -102,6 +102,7 @@ TEST(Page, LinesFollowCurves)
     html::add_drawn({}, 1, &points);
     html::add_drawn(broken, 1, &points);
     std::vector<int> at;
+    at.reserve(points.size());
     for (const html::DrawnPoint &point : points)
         at.push_back(point.at);
     EXPECT_EQ(at, std::vector({0, 2, 4, 6, 8, 11}));
