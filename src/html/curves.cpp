@@ -95,7 +95,7 @@ void write_curve(Json *json, std::span<const std::complex<double>> values)
 {
     json->key("amplitude").open('[');
     for (const std::complex<double> &value : values)
-        json->real(std::abs(value), Amplitude_Digits);
+        json->real(amplitude_of(value), Amplitude_Digits);
     json->close(']');
     json->key("phase").open('[');
     for (const std::complex<double> &value : values)

@@ -48,8 +48,7 @@ struct Sample {
 Sample sample(std::complex<double> value, std::size_t at, double gain)
 {
     value /= gain;
-    const double square = std::norm(value);
-    const double amplitude = std::isnormal(square) ? std::sqrt(square) : std::abs(value);
+    const double amplitude = amplitude_of(value);
     // Most filters are symmetric and turn nothing.
     const double phase = value.imag() != 0.0 || std::isnan(value.real()) ? phase_degrees(value)
                          : value.real() < 0.0                            ? 180.0

@@ -1,6 +1,7 @@
 // Curves as they are drawn: with the points alone that straight lines between them need.
 #pragma once
 
+#include <cmath>
 #include <complex>
 #include <cstdint>
 #include <span>
@@ -8,6 +9,13 @@
 
 namespace quarl::html
 {
+
+/// Faster than std::abs for numbers of usual size.
+inline double amplitude_of(std::complex<double> value)
+{
+    const double square = std::norm(value);
+    return std::isnormal(square) ? std::sqrt(square) : std::abs(value);
+}
 
 /// A point of a curve, and where on the grid of frequencies it lies.
 struct DrawnPoint {

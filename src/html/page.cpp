@@ -161,7 +161,8 @@ void write_shares(Markup &page, const Statistics &statistics)
 /// The table of all types; the script draws the largest as bars.
 void write_types(Markup &page, const Statistics &statistics)
 {
-    page.put("<div id=\"types\"><table id=\"types-table\"><caption>Blockette types by bytes</caption><thead><tr>"
+    page.put("<div id=\"types\"><table id=\"types-table\"><caption>Blockette types by "
+             "bytes</caption><thead><tr>"
              "<th scope=\"col\">Type<th scope=\"col\">Name<th scope=\"col\" class=n>Count"
              "<th scope=\"col\" class=n>Bytes</thead><tbody>\n");
     for (const Statistics::Type &type : types_by_size(statistics)) {

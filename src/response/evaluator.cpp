@@ -74,7 +74,7 @@ private:
     std::vector<Factor> normalise(Plan plan, Evaluation *result);
     static Scaled normaliser(Known *known, const Term &term, double frequency, Evaluation *result,
                              Scaled *moved);
-    void multiply(const Factor &factor, std::vector<Scaled> *product);
+    void values_of(const Factor &factor, std::vector<Scaled> *values);
 
     std::vector<double> frequencies_;
     EvaluationOptions options_;
@@ -205,21 +205,21 @@ void warn_of_sensitivity(const Plan &plan, Evaluation *result)
             result->gain_product, stated));
 }
 
-/// Multiplies `product` by the factor's values at the first frequencies.
-void Evaluator::Work::multiply(const Factor &factor, std::vector<Scaled> *product)
+/// The factor's values at the first frequencies.
+void Evaluator::Work::values_of(const Factor &factor, std::vector<Scaled> *values)
 {
     const Term &term = factor.term;
-    for (Scaled &value : *product)
-        value = value * factor.constant;
-    if (!term.filter)
+    if (!term.filter) {
+        std::ranges::fill(*values, factor.constant);
         return;
-    const std::span<const Scaled> filter = curve(term, product->size());
-    std::ranges::transform(*product, filter, product->begin(), std::multiplies<>());
+    }
+    std::ranges::transform(curve(term, values->size()), values->begin(),
+                           [&](const Scaled &value) { return factor.constant * value; });
     if (term.delay == 0.0)
         return;
-    for (std::size_t i = 0; i < product->size(); ++i) {
+    for (std::size_t i = 0; i < values->size(); ++i) {
         const double angle = 2 * std::numbers::pi * frequencies_[i] * term.delay;
-        (*product)[i] = (*product)[i] * Scaled{{std::cos(angle), std::sin(angle)}, 0};
+        (*values)[i] = (*values)[i] * Scaled{{std::cos(angle), std::sin(angle)}, 0};
     }
 }
 
@@ -257,16 +257,12 @@ Evaluation Evaluator::Work::evaluate(const Response &response, std::size_t count
         return result;
     warn_of_sensitivity(plan, &result);
     std::vector<Scaled> product(count);
-    std::vector<Scaled> alone;
+    std::vector<Scaled> alone(count);
     for (const Factor &factor : factors) {
-        if (!by_stage) {
-            multiply(factor, &product);
-            continue;
-        }
-        alone.assign(count, {});
-        multiply(factor, &alone);
+        values_of(factor, &alone);
         std::ranges::transform(product, alone, product.begin(), std::multiplies<>());
-        result.stages.push_back(curve_of(factor.term, numbers(alone)));
+        if (by_stage)
+            result.stages.push_back(curve_of(factor.term, numbers(alone)));
     }
     result.values = numbers(product);
     return result;

@@ -66,8 +66,9 @@ Captured frame(read_handle_t *handle)
         int type = 0;
         handle->on_bad_item = [](const Item &bad) { show_bad_item(&console(), bad); };
         while (read_blk(handle, &item, &type)) {
-            const auto *dh = static_cast<const blk_dh_t *>(item.get());
-            if (type == Data_Record && dh->raw)
+            const auto *dh =
+                type == Data_Record ? static_cast<const blk_dh_t *>(item.get()) : nullptr;
+            if (dh && dh->raw)
                 print<"D%d.%d ">(out(), dh->seq_num, dh->sub_seq_num);
             else
                 print<"%d%s ">(out(), type, std::string_view(item ? "" : "?"));
