@@ -1,7 +1,7 @@
 #include "html/json_writer.h"
 
-#include "html/markup.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 #include "json/text.h"
 
 #include <array>

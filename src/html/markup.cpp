@@ -1,6 +1,7 @@
 #include "html/markup.h"
 
 #include "platform/format.h"
+#include "platform/utf8.h"
 #include "json/text.h"
 
 #include <array>
@@ -44,57 +45,7 @@ std::string_view entity(unsigned char byte)
     }
 }
 
-/// Bytes of the character that `lead` begins, and the bits of it that count; 0: none begins so.
-struct Lead {
-    std::size_t size;
-    std::uint32_t bits;
-};
-
-Lead lead_of(unsigned char lead)
-{
-    if (lead < 0x80)
-        return {1, lead};
-    if (lead >= 0xC2 && lead < 0xE0)
-        return {2, lead & 0x1FU};
-    if (lead >= 0xE0 && lead < 0xF0)
-        return {3, lead & 0x0FU};
-    if (lead >= 0xF0 && lead < 0xF5)
-        return {4, lead & 0x07U};
-    return {0, 0};
-}
-
-/// A character that shows: no control, no separator, nothing that turns the direction of writing.
-bool shows(std::uint32_t character, std::size_t size)
-{
-    constexpr std::array<std::uint32_t, 5> Least = {0, 0x20, First_Shown, 0x800, 0x10000};
-    const bool surrogate = character >= 0xD800 && character < 0xE000;
-    const bool formats = (character >= 0x200B && character < 0x2010) ||
-                         (character >= 0x2028 && character < 0x2030) ||
-                         (character >= 0x2060 && character < 0x2070) || character == Soft_Hyphen;
-    return character >= Least[size] && character != 0x7F && character < 0x110000 && !surrogate &&
-           !formats && character != 0xFEFF;
-}
-
 } // namespace
-
-bool is_plain_utf8(std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        auto [size, character] = lead_of(static_cast<unsigned char>(bytes[0]));
-        if (size == 0 || size > bytes.size())
-            return false;
-        for (std::size_t i = 1; i < size; ++i) {
-            const auto byte = static_cast<unsigned char>(bytes[i]);
-            if ((byte & 0xC0) != 0x80)
-                return false;
-            character = character << 6 | (byte & 0x3FU);
-        }
-        if (!shows(character, size))
-            return false;
-        bytes.remove_prefix(size);
-    }
-    return true;
-}
 
 void Markup::special(unsigned char byte)
 {

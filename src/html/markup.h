@@ -42,7 +42,4 @@ private:
     Out &out_;
 };
 
-/// Whether `bytes` are UTF-8 without control characters.
-bool is_plain_utf8(std::string_view bytes);
-
 } // namespace quarl::html

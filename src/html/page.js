@@ -23,8 +23,8 @@ const Search = (() => {
     }
 
     function start(nav) {
-        const field = Page.element("input", {type: "search", id: "search", placeholder: "Search", autocomplete: "off",
-            spellcheck: "false", "aria-label": "Search stations, channels, findings and tables"});
+        const field = Page.element("input", {type: "search", id: "search", autocomplete: "off", spellcheck: "false",
+            "aria-label": "Search stations, channels, findings and tables"});
         const found = Page.element("output", {class: "muted", for: "search"});
         let timer = 0;
         field.addEventListener("input", () => {
@@ -34,7 +34,8 @@ const Search = (() => {
                 found.textContent = count === null ? "" : Text.count(count, "channel");
             }, 120);
         });
-        nav.append(Page.element("span", {class: "search"}, found, field));
+        nav.append(Page.element("span", {class: "search"}, found,
+            Page.element("label", {for: "search", class: "muted"}, "Search"), field));
     }
 
     return {start};

@@ -48,6 +48,23 @@ char *put_special(char *to, unsigned char byte)
     return to;
 }
 
+std::string quoted(std::string_view text, bool is_utf8)
+{
+    std::string all(string_room(text.size()), '\0');
+    char *to = all.data();
+    *to++ = '"';
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (Stays[byte] || (is_utf8 && byte >= 0x80))
+            *to++ = c;
+        else
+            to = put_special(to, byte);
+    }
+    *to++ = '"';
+    all.resize(static_cast<std::size_t>(to - all.data()));
+    return all;
+}
+
 char *put_any_real(char *to, double value)
 {
     if (!std::isfinite(value))

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace quarl::json
@@ -62,6 +63,9 @@ inline char *put_string(char *to, std::string_view text)
     *to++ = '"';
     return to;
 }
+
+/// A text as a JSON string: of Latin-1, or of UTF-8 where it `is_utf8`.
+std::string quoted(std::string_view text, bool is_utf8 = false);
 
 /// The shortest text that reads back as the same double; "null" when it is no finite number.
 char *put_any_real(char *to, double value);

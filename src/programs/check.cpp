@@ -1,9 +1,10 @@
 #include "programs/check.h"
 
 #include "platform/format.h"
-#include "platform/json_text.h"
+#include "platform/utf8.h"
 #include "programs/checked.h"
 #include "programs/progress.h"
+#include "json/text.h"
 
 #include <algorithm>
 #include <memory>
@@ -44,10 +45,12 @@ std::string line_of(const std::string &path, const Finding &finding)
 std::string json_of(const std::string &path, const Finding &finding)
 {
     const Rule &rule = all_rules()[finding.rule];
-    return "{\"volume\":" + json_text(path) + ",\"record\":" + std::to_string(finding.record) +
-           ",\"severity\":" + json_text(name_of(rule.severity)) +
-           ",\"subject\":" + json_text(finding.told.subject) +
-           ",\"text\":" + json_text(text_of(finding)) + ",\"rule\":" + json_text(rule.name) + "}\n";
+    return "{\"volume\":" + json::quoted(path, is_plain_utf8(path)) +
+           ",\"record\":" + std::to_string(finding.record) +
+           ",\"severity\":" + json::quoted(name_of(rule.severity)) +
+           ",\"subject\":" + json::quoted(finding.told.subject) +
+           ",\"text\":" + json::quoted(text_of(finding)) + ",\"rule\":" + json::quoted(rule.name) +
+           "}\n";
 }
 
 void print_findings(Console *console, CheckRun *run, const std::string &path,

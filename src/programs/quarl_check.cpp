@@ -1,5 +1,6 @@
 // quarl-check: options; then one volume after the other.
 #include "programs/check.h"
+#include "programs/command_line.h"
 #include "programs/interrupt.h"
 #include "programs/program.h"
 
@@ -7,16 +8,15 @@
 
 #include <algorithm>
 #include <array>
-#include <getopt.h>
 
 namespace
 {
 
 using namespace quarl;
 
-constexpr int Unusable = 2; ///< the command line is wrong, or a volume could not be read
+constexpr int Unusable = 2; ///< a volume could not be read
 
-constexpr const char *Usage =
+constexpr std::string_view Usage =
     "usage: quarl-check [--rules LIST] [--ignore LIST] [--json] [VOLUME...]\n"
     "       quarl-check --list | --help | --version\n"
     "\n"
@@ -41,10 +41,13 @@ constexpr std::array<option, 7> Options = {{{"rules", required_argument, nullptr
                                             {"version", no_argument, nullptr, 'V'},
                                             {nullptr, 0, nullptr, 0}}};
 
-/// The command line, as far as it is read.
+/// What the command line asks for.
 struct Wishes {
-    CheckRun run;
-    int status = -1; ///< not below 0: the program ends with it
+    Chosen only = Chosen(all_rules().size());
+    Chosen ignored = Chosen(all_rules().size());
+    bool has_only = false;
+    bool json = false;
+    bool list = false;
 };
 
 void say(Console *console, const std::string &text)
@@ -52,8 +55,8 @@ void say(Console *console, const std::string &text)
     console->say({MessageKind::usage, text, {}, 0, {}, nullptr});
 }
 
-/// Sets the rules that `list` names; says so when there is no such rule.
-bool choose(Console *console, std::string_view list, bool value, Chosen *chosen)
+/// Adds the rules that `list` names to `chosen`. Returns what is wrong with the list, or "".
+std::string choose(std::string_view list, Chosen *chosen)
 {
     for (std::size_t at = 0; at <= list.size();) {
         const std::size_t end = std::min(list.find(',', at), list.size());
@@ -61,13 +64,11 @@ bool choose(Console *console, std::string_view list, bool value, Chosen *chosen)
         at = end + 1;
         const auto rule = std::find_if(all_rules().begin(), all_rules().end(),
                                        [&](const Rule &each) { return each.name == name; });
-        if (rule == all_rules().end()) {
-            say(console, "no rule is named '" + std::string(name) + "'; --list prints all");
-            return false;
-        }
-        (*chosen)[static_cast<std::size_t>(rule - all_rules().begin())] = value;
+        if (rule == all_rules().end())
+            return formatted<"no rule is named '%s', --list prints all">(name);
+        (*chosen)[static_cast<std::size_t>(rule - all_rules().begin())] = true;
     }
-    return true;
+    return {};
 }
 
 int list_rules(Console *console)
@@ -77,63 +78,30 @@ int list_rules(Console *console)
     return 0;
 }
 
-int print_usage(Console *console)
-{
-    console->out().write(Usage);
-    return 0;
-}
-
-int print_version(Console *console)
-{
-    print<"quarl-check %s\n">(console->out(), std::string_view(QUARL_VERSION));
-    return 0;
-}
-
 /// The rules of --rules, less those of --ignore, whatever their order.
-Chosen chosen_rules(const Chosen &only, bool has_only, const Chosen &ignored)
+Chosen chosen_rules(const Wishes &wishes)
 {
     Chosen chosen(all_rules().size());
     for (std::size_t i = 0; i < chosen.size(); ++i)
-        chosen[i] = (only[i] || !has_only) && !ignored[i];
+        chosen[i] = (wishes.only[i] || !wishes.has_only) && !wishes.ignored[i];
     return chosen;
 }
 
-Wishes read_options(Console *console, int argc, char *argv[])
+std::string take_option(int option, Wishes *wishes)
 {
-    Wishes wishes;
-    Chosen only(all_rules().size());
-    Chosen ignored(all_rules().size());
-    bool has_only = false;
-    opterr = 0;
-    for (int option = 0; (option = getopt_long(argc, argv, "", Options.data(), nullptr)) != -1;) {
-        switch (option) {
-        case 'r':
-        case 'i':
-            has_only |= option == 'r';
-            if (!choose(console, optarg, true, option == 'r' ? &only : &ignored))
-                wishes.status = Unusable;
-            break;
-        case 'j':
-            wishes.run.json = true;
-            break;
-        case 'l':
-            wishes.status = list_rules(console);
-            return wishes;
-        case 'h':
-            wishes.status = print_usage(console);
-            return wishes;
-        case 'V':
-            wishes.status = print_version(console);
-            return wishes;
-        default:
-            say(console,
-                std::string("cannot use '") + argv[optind - 1] + "'; --help prints what can be");
-            wishes.status = Unusable;
-            return wishes;
-        }
+    switch (option) {
+    case 'r':
+        wishes->has_only = true;
+        return choose(optarg, &wishes->only);
+    case 'i':
+        return choose(optarg, &wishes->ignored);
+    case 'j':
+        wishes->json = true;
+        break;
+    default:
+        wishes->list = true;
     }
-    wishes.run.chosen = chosen_rules(only, has_only, ignored);
-    return wishes;
+    return {};
 }
 
 std::string counted(std::int64_t count, const char *what)
@@ -143,21 +111,27 @@ std::string counted(std::int64_t count, const char *what)
 
 int check_volumes(Console *console, int argc, char *argv[])
 {
-    Wishes wishes = read_options(console, argc, argv);
-    if (wishes.status >= 0)
-        return wishes.status;
-    std::vector<std::string> paths(argv + optind, argv + argc);
-    if (paths.empty())
-        paths.emplace_back("-");
+    Wishes wishes;
+    std::optional<int> status;
+    const auto paths = read_command_line(console, argc, argv,
+                                         {"quarl-check", Usage, ":", Options.data(), false,
+                                          [&](int option) { return take_option(option, &wishes); }},
+                                         &status);
+    if (status)
+        return *status;
+    if (wishes.list)
+        return list_rules(console);
+    CheckRun run;
+    run.json = wishes.json;
+    run.chosen = chosen_rules(wishes);
     std::int64_t volumes = 0;
     for (const std::string &path : paths) {
         if (stop_asked())
             break;
-        check_volume(console, &wishes.run, path);
+        check_volume(console, &run, path);
         console->elog_clear_register();
         ++volumes;
     }
-    const CheckRun &run = wishes.run;
     say(console, counted(run.errors, "error") + ", " + counted(run.warnings, "warning") + ", " +
                      counted(run.notes, "note") + " in " + counted(volumes, "volume"));
     if (run.unread)

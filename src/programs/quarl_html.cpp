@@ -1,10 +1,9 @@
 // quarl-html: a volume as one page.
+#include "programs/command_line.h"
 #include "programs/page.h"
 #include "programs/program.h"
-#include "programs/reading.h"
 
 #include <array>
-#include <getopt.h>
 #include <string_view>
 
 namespace
@@ -31,59 +30,18 @@ constexpr std::array<option, 4> Long_Options = {{{"output", required_argument, n
                                                  {"version", no_argument, nullptr, 'V'},
                                                  {nullptr, 0, nullptr, 0}}};
 
-/// What the command line asks for.
-struct Wishes {
-    std::string output;
-    std::string text; ///< to be printed instead of a page
-    std::string fault;
-};
-
-/// Acts on one option; false ends the options.
-bool take_option(int option, int argc, char *argv[], Wishes *wishes)
-{
-    switch (option) {
-    case 'o':
-        wishes->output = optarg;
-        if (wishes->output.empty())
-            wishes->fault = "-o needs the name of a file";
-        return wishes->fault.empty();
-    case 'h':
-        wishes->text = Help;
-        return false;
-    case 'V':
-        wishes->text = "quarl-html " QUARL_VERSION "\n";
-        return false;
-    case ':':
-        wishes->fault = refused_option(argc, argv) + " needs a value";
-        return false;
-    default:
-        wishes->fault = "unknown option " + refused_option(argc, argv);
-        return false;
-    }
-}
-
-Wishes read_options(int argc, char *argv[])
-{
-    Wishes wishes;
-    int option = 0;
-    do
-        option = getopt_long(argc, argv, ":o:hV", Long_Options.data(), nullptr);
-    while (option != -1 && take_option(option, argc, argv, &wishes));
-    if (option == -1 && argc - optind > 1)
-        wishes.fault = "more than one volume";
-    return wishes;
-}
-
 int show_volume(Console *console, int argc, char *argv[])
 {
-    const Wishes wishes = read_options(argc, argv);
-    if (!wishes.fault.empty())
-        return refuse(console, wishes.fault);
-    if (!wishes.text.empty()) {
-        console->out().write(wishes.text);
-        return 0;
-    }
-    return make_page(console, optind < argc ? argv[optind] : "-", wishes.output);
+    std::string output;
+    const auto take = [&](int) -> std::string {
+        output = optarg;
+        return output.empty() ? "-o needs the name of a file" : "";
+    };
+    std::optional<int> status;
+    const auto volumes =
+        read_command_line(console, argc, argv,
+                          {"quarl-html", Help, ":o:hV", Long_Options.data(), true, take}, &status);
+    return status ? *status : make_page(console, volumes.front(), output);
 }
 
 } // namespace

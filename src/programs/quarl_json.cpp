@@ -1,11 +1,11 @@
 // quarl-json: a volume as lines of JSON.
+#include "programs/command_line.h"
 #include "programs/json_lines.h"
 #include "programs/program.h"
 #include "programs/reading.h"
 #include "json/schema.h"
 
 #include <array>
-#include <getopt.h>
 
 namespace
 {
@@ -40,62 +40,42 @@ constexpr std::array<option, 6> Long_Options = {{{"types", required_argument, nu
 struct Wishes {
     Selection selection;
     std::string database;
-    std::string text; ///< to be printed instead of a volume
-    std::string fault;
+    bool schema = false;
 };
 
-/// Acts on one option; false ends the options.
-bool take_option(int option, int argc, char *argv[], Wishes *wishes)
+std::string take_option(int option, Wishes *wishes)
 {
     switch (option) {
     case 't':
         if (!wishes->selection.read(optarg))
-            wishes->fault = formatted<"no list of types: %s">(std::string_view(optarg));
-        return wishes->fault.empty();
+            return formatted<"no list of types: %s">(std::string_view(optarg));
+        break;
     case 'd':
         wishes->database = optarg;
-        return true;
-    case Schema:
-        wishes->text = json::schema();
-        return false;
-    case 'h':
-        wishes->text = Help;
-        return false;
-    case 'V':
-        wishes->text = "quarl-json " QUARL_VERSION "\n";
-        return false;
-    case ':':
-        wishes->fault = refused_option(argc, argv) + " needs a value";
-        return false;
+        break;
     default:
-        wishes->fault = "unknown option " + refused_option(argc, argv);
-        return false;
+        wishes->schema = true;
     }
-}
-
-Wishes read_options(int argc, char *argv[])
-{
-    Wishes wishes;
-    int option = 0;
-    do
-        option = getopt_long(argc, argv, ":t:d:hV", Long_Options.data(), nullptr);
-    while (option != -1 && take_option(option, argc, argv, &wishes));
-    if (option == -1 && argc - optind > 1)
-        wishes.fault = "more than one volume";
-    return wishes;
+    return {};
 }
 
 int print_volume(Console *console, int argc, char *argv[])
 {
-    const Wishes wishes = read_options(argc, argv);
-    if (!wishes.fault.empty())
-        return refuse(console, wishes.fault);
-    if (!wishes.text.empty()) {
-        console->out().write(wishes.text);
+    Wishes wishes;
+    std::optional<int> status;
+    const auto volumes =
+        read_command_line(console, argc, argv,
+                          {"quarl-json", Help, ":t:d:hV", Long_Options.data(), true,
+                           [&](int option) { return take_option(option, &wishes); }},
+                          &status);
+    if (status)
+        return *status;
+    if (wishes.schema) {
+        console->out().write(json::schema());
         return 0;
     }
-    return print_lines(console, prepare_state(console, wishes.database),
-                       optind < argc ? argv[optind] : "-", wishes.selection);
+    return print_lines(console, prepare_state(console, wishes.database), volumes.front(),
+                       wishes.selection);
 }
 
 } // namespace

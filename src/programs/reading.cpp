@@ -1,9 +1,6 @@
 #include "programs/reading.h"
 
 #include "platform/elog.h"
-#include "platform/text.h"
-
-#include <getopt.h>
 
 namespace quarl
 {
@@ -33,21 +30,6 @@ std::unique_ptr<State> prepare_state(Console *console, const std::string &name)
     if (!name.empty())
         open_database(name.c_str());
     return state;
-}
-
-int refuse(Console *console, std::string_view what)
-{
-    const std::string text =
-        formatted<"%s (see %s --help)">(what, base_name(console->Program_Name));
-    console->say({MessageKind::usage, text, {}, 0, {}, nullptr});
-    return Wrong_Call;
-}
-
-std::string refused_option(int argc, char *const argv[])
-{
-    if (optopt > 0 && optopt < 256)
-        return {'-', static_cast<char>(optopt)};
-    return optind > 0 && optind <= argc ? argv[optind - 1] : "option";
 }
 
 } // namespace quarl

@@ -6,6 +6,7 @@
 #include "html/curves.h"
 #include "html/drawn.h"
 #include "html/markup.h"
+#include "platform/utf8.h"
 #include "programs/output_file.h"
 #include "support/capture.h"
 #include "support/process.h"
@@ -49,7 +50,7 @@ TEST(Page, TextsAreNoMarkup)
     };
     EXPECT_EQ(path("f\u00fcr/\u65e5\u672c<\U0001f30b>"), "f\u00fcr/\u65e5\u672c&lt;\U0001f30b&gt;");
     for (const char *odd : {"\xc3", "\xc0\xbc", "\xed\xa0\x80", "\xe2\x80\xae", "\xf4\x90\x80\x80"})
-        EXPECT_FALSE(html::is_plain_utf8(odd)) << odd;
+        EXPECT_FALSE(is_plain_utf8(odd)) << odd;
 }
 
 TEST(Page, JsonNumbersAndTexts)
