@@ -96,19 +96,19 @@ const CheckCase Cases[] = {
      wrap_numbers},
     {"record-type", [](SoundVolume &v) { replace(v, "000002A", "000002V"); },
      [](SoundVolume &v) {
-         v.edit = [](std::string b) { return b + "000007  " + std::string(504, ' '); };
+         v.edit = [](const std::string &b) { return b + "000007  " + std::string(504, ' '); };
      }},
     {"record-continuation", [](SoundVolume &v) { replace(v, "000002A ", "000002A*"); }, go_on},
     {"volume-start",
      [](SoundVolume &v) {
-         v.edit = [](std::string b) {
+         v.edit = [](const std::string &b) {
              const std::string first = b.substr(8, 4088), index = "0110021001QRL  000003";
              const std::size_t at = first.find(index);
              return b.substr(0, 8) + index + first.substr(0, at) + first.substr(at + index.size()) +
                     b.substr(4096);
          };
      },
-     [](SoundVolume &v) { v.edit = [](std::string b) { return b.substr(16384); }; }},
+     [](SoundVolume &v) { v.edit = [](const std::string &b) { return b.substr(16384); }; }},
     {"volume-times",
      [](SoundVolume &v) {
          v.end = "2024,001,00:00:15";
@@ -132,8 +132,12 @@ const CheckCase Cases[] = {
     {"series-index", [](SoundVolume &v) { v.series[0].last.seq = 4; },
      [](SoundVolume &v) { v.series[0].last.time = "2024,001,00:00:20.0500"; }},
     {"cut-volume",
-     [](SoundVolume &v) { v.edit = [](std::string b) { return b.substr(0, b.size() - 20); }; },
-     [](SoundVolume &v) { v.edit = [](std::string b) { return b + std::string(20, '\n'); }; }},
+     [](SoundVolume &v) {
+         v.edit = [](const std::string &b) { return b.substr(0, b.size() - 20); };
+     },
+     [](SoundVolume &v) {
+         v.edit = [](const std::string &b) { return b + std::string(20, '\n'); };
+     }},
     {"undefined-code", [](SoundVolume &v) { v.stations[0].net_id = 9; },
      [](SoundVolume &v) { v.channels[0].units_calibration = 0; }},
     {"code-redefined",
