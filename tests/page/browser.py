@@ -31,7 +31,7 @@ class Browser:
         start = f'exec "$@" 3<&{to_browser} 4>&{from_browser}'
         self.process = subprocess.Popen(
             ["bash", "-c", start, "browser", program(), "--headless", "--remote-debugging-pipe", "--no-sandbox",
-             "--disable-gpu", "--hide-scrollbars", "--no-first-run", "--disable-background-networking",
+             "--disable-gpu", "--disable-dev-shm-usage", "--hide-scrollbars", "--no-first-run", "--disable-background-networking",
              f"--user-data-dir={self.profile.name}", "about:blank"],
             pass_fds=(to_browser, from_browser), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL)
