@@ -79,7 +79,7 @@ struct Evaluation {
 };
 
 /// Evaluates responses at fixed frequencies. A filter that was evaluated, at the same input rate,
-/// is not evaluated again: contents count, not pointers. Holds some 12 MB of such results at most,
+/// is not evaluated again: contents count, not pointers. Holds some 2 MB of such results at most,
 /// and those of a thousand filters when there are no frequencies. One object per thread.
 class Evaluator
 {

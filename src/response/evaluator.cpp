@@ -88,7 +88,7 @@ private:
 Known &Evaluator::Work::known(const Term &term)
 {
     constexpr std::size_t Entry = 50;
-    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 500'000;
+    const std::size_t most_held = frequencies_.empty() ? 1000 * Entry : 60'000;
     const Key key{term.filter, term.interval};
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;
