@@ -89,6 +89,8 @@ public:
         return true;
     }
 
+    [[nodiscard]] bool is_empty() const { return elements_.empty(); }
+
     /// The element under `code` that holds at `time`, or null. Lives as long as the set.
     [[nodiscard]] const Element *find(const Code &code, double time) const
     {

@@ -105,6 +105,8 @@ try {
 
 int lookup_rec_list(const RecList &rec_list, blk_dh_t *header)
 {
+    if (rec_list.is_empty()) // data records alone
+        return 0;
     const Codes codes = pack(header->stn_id, header->chan_id, header->loc_id);
     const rec_len_t *found = rec_list.find(codes, header->epoch);
     if (!found)
