@@ -62,8 +62,9 @@ void finish_item(State *state)
 {
     if (!std::exchange(state->counts, false))
         return;
+    // A control blockette that declares this type has a header, too, without a length.
     if (state->type == Data_Record)
-        count_data(&state->count, state->handle->now.length());
+        count_data(&state->count, static_cast<const blk_dh_t *>(state->record.get())->length);
     else
         count_blk(state->record.get(), state->type);
 }
