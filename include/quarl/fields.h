@@ -1,6 +1,6 @@
 // How the fields of a record are described: name, unit, meaning, and the way to the value.
 //
-// Each record type T has `T::fields()`, a tuple of these descriptions in the order of the standard:
+// Each record type T has `T::fields()`, a row of these descriptions in the order of the standard:
 //
 //     quarl::for_each_field<quarl::blk_034_t>([&](const auto &field) {
 //         if constexpr (!field.Is_List)
@@ -11,8 +11,8 @@
 #include <cstddef>
 #include <functional>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace quarl
@@ -55,6 +55,39 @@ struct About {
 
 namespace fields
 {
+
+// Descriptions of several types side by side. A std::tuple of them takes the compiler ten times as
+// long.
+template <std::size_t I, class Description> struct Place {
+    Description description;
+};
+template <class Indices, class... Descriptions> struct Places;
+template <std::size_t... I, class... Descriptions>
+struct Places<std::index_sequence<I...>, Descriptions...> : Place<I, Descriptions>... {
+    static constexpr std::size_t Size = sizeof...(Descriptions);
+};
+template <class... Descriptions>
+using Row = Places<std::index_sequence_for<Descriptions...>, Descriptions...>;
+
+template <class... Descriptions>
+constexpr Row<Descriptions...> all_fields(Descriptions... descriptions)
+{
+    return {{descriptions}...};
+}
+
+/// Description `I` of a row.
+template <std::size_t I, class Description>
+constexpr const Description &at(const Place<I, Description> &place)
+{
+    return place.description;
+}
+
+/// Calls f(description) for each one of a row.
+template <std::size_t... I, class... Descriptions, class F>
+constexpr void for_each(const Places<std::index_sequence<I...>, Descriptions...> &row, F &&f)
+{
+    (f(at<I>(row)), ...);
+}
 
 /// Values as they are handed out: bool, int, double, char, text without terminator, lists of
 /// numbers.
@@ -100,7 +133,7 @@ template <class Count, class Promised, class... Columns> struct List : About {
     std::string_view count_name; ///< the standard's term for the number of entries
     Count count;
     Promised promised_count;
-    std::tuple<Columns...> columns;
+    Row<Columns...> columns;
 
     /// Entries that the record holds.
     template <class Record> [[nodiscard]] std::size_t size(const Record &record) const
@@ -186,7 +219,7 @@ constexpr auto list(std::string_view name, std::string_view count_name, Count co
                     Columns... columns)
 {
     return List<Count, Count, Columns...>{
-        {name, {}, Meaning::number}, count_name, count, count, {columns...}};
+        {name, {}, Meaning::number}, count_name, count, count, all_fields(columns...)};
 }
 
 /// A list of which the record keeps a limited number of entries.
@@ -195,7 +228,7 @@ constexpr auto limited_list(std::string_view name, std::string_view count_name, 
                             Promised promised, Columns... columns)
 {
     return List<Count, Promised, Columns...>{
-        {name, {}, Meaning::number}, count_name, count, promised, {columns...}};
+        {name, {}, Meaning::number}, count_name, count, promised, all_fields(columns...)};
 }
 
 } // namespace fields
@@ -204,9 +237,6 @@ constexpr auto limited_list(std::string_view name, std::string_view count_name, 
 template <class T> inline constexpr auto Fields = T::fields();
 
 /// Calls f(field) for each field of T, in the order of the standard.
-template <class T, class F> constexpr void for_each_field(F &&f)
-{
-    std::apply([&](const auto &...field) { (f(field), ...); }, Fields<T>);
-}
+template <class T, class F> constexpr void for_each_field(F &&f) { fields::for_each(Fields<T>, f); }
 
 } // namespace quarl

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <quarl/fields.h>
-#include <tuple>
 #include <vector>
 
 namespace quarl
@@ -51,14 +50,14 @@ struct channel_context_t {
     static constexpr auto station_context()
     {
         using namespace quarl::fields;
-        return std::tuple(text("network", &channel_context_t::network_code),
+        return all_fields(text("network", &channel_context_t::network_code),
                           text("station", &channel_context_t::station));
     }
     /// These say something when the channel is of the station.
     static constexpr auto channel_context()
     {
         using namespace quarl::fields;
-        return std::tuple(text("location", &channel_context_t::loc_id),
+        return all_fields(text("location", &channel_context_t::loc_id),
                           text("channel", &channel_context_t::chan_id),
                           when("epoch_start", &channel_context_t::start_date));
     }
@@ -83,7 +82,7 @@ struct blk_010_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(number("version_of_format", &blk_010_t::version),
+        return all_fields(number("version_of_format", &blk_010_t::version),
                           exponent("logical_record_length", &blk_010_t::rec_len),
                           when("beginning_time", &blk_010_t::beg_time),
                           until("end_time", &blk_010_t::end_time),
@@ -106,7 +105,7 @@ struct blk_011_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(list("stations", "number_of_stations", &blk_011_t::num_stn,
+        return all_fields(list("stations", "number_of_stations", &blk_011_t::num_stn,
                                column({"station", {}, Meaning::text}, &blk_011_t::station),
                                column({"sequence_number"}, &blk_011_t::seq_num)));
     }
@@ -125,7 +124,7 @@ struct blk_012_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(limited_list(
+        return all_fields(limited_list(
             "spans", "number_of_spans", &blk_012_t::num_span, &blk_012_t::num_span_promised,
             column({"beginning_of_span", {}, Meaning::time}, &blk_012_t::beg_span),
             column({"end_of_span", {}, Meaning::end_time}, &blk_012_t::end_span),
@@ -148,7 +147,7 @@ struct blk_030_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("short_descriptive_name", &blk_030_t::name),
             key("data_format_identifier_code", Dictionary::data_formats, &blk_030_t::format_id),
             number("data_family_type", &blk_030_t::data_type),
@@ -169,7 +168,7 @@ struct blk_031_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("comment_code_key", Dictionary::comments, &blk_031_t::comment_id),
+        return all_fields(key("comment_code_key", Dictionary::comments, &blk_031_t::comment_id),
                           text("comment_class_code", &blk_031_t::class_code),
                           text("description_of_comment", &blk_031_t::comment),
                           code("units_of_comment_level", Dictionary::units, &blk_031_t::units));
@@ -187,7 +186,7 @@ struct blk_032_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("source_lookup_code", Dictionary::sources, &blk_032_t::source_id),
+        return all_fields(key("source_lookup_code", Dictionary::sources, &blk_032_t::source_id),
                           text("name_of_publication_or_author", &blk_032_t::author),
                           text("date_published_or_catalog", &blk_032_t::catalog),
                           text("publisher_name", &blk_032_t::publisher));
@@ -203,7 +202,7 @@ struct blk_033_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             key("abbreviation_lookup_code", Dictionary::abbreviations, &blk_033_t::abbrev_id),
             text("abbreviation_description", &blk_033_t::abbrev));
     }
@@ -219,7 +218,7 @@ struct blk_034_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("unit_lookup_code", Dictionary::units, &blk_034_t::unit_id),
+        return all_fields(key("unit_lookup_code", Dictionary::units, &blk_034_t::unit_id),
                           text("unit_name", &blk_034_t::unit_name),
                           text("unit_description", &blk_034_t::unit_desc));
     }
@@ -246,7 +245,7 @@ struct blk_050_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("station", &blk_050_t::station), number("latitude", &blk_050_t::lat, "degrees"),
             number("longitude", &blk_050_t::lon, "degrees"),
             number("elevation", &blk_050_t::elev, "m"),
@@ -275,13 +274,13 @@ struct blk_051_t : blk_t {
     static constexpr auto station_context()
     {
         using namespace quarl::fields;
-        return std::tuple(text("network", &blk_051_t::network_code),
+        return all_fields(text("network", &blk_051_t::network_code),
                           text("station", &blk_051_t::station));
     }
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(when("beginning_effective_time", &blk_051_t::beg_time),
+        return all_fields(when("beginning_effective_time", &blk_051_t::beg_time),
                           until("end_effective_time", &blk_051_t::end_time),
                           code("comment", Dictionary::comments, &blk_051_t::comment_key),
                           number("comment_level", &blk_051_t::comment_level));
@@ -322,13 +321,13 @@ struct blk_052_t : blk_t {
     static constexpr auto station_context()
     {
         using namespace quarl::fields;
-        return std::tuple(text("network", &blk_052_t::network_code),
+        return all_fields(text("network", &blk_052_t::network_code),
                           text("station", &blk_052_t::station));
     }
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("location", &blk_052_t::loc_id), text("channel", &blk_052_t::chan_id),
             number("subchannel", &blk_052_t::subchan_id),
             code("instrument", Dictionary::abbreviations, &blk_052_t::instr_id),
@@ -373,7 +372,7 @@ struct blk_053_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("transfer_function_type", &blk_053_t::func_type),
             number("stage_sequence_number", &blk_053_t::stage_num),
             code("input_units", Dictionary::units, &blk_053_t::input_units),
@@ -411,7 +410,7 @@ struct blk_054_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(text("response_type", &blk_054_t::func_type),
+        return all_fields(text("response_type", &blk_054_t::func_type),
                           number("stage_sequence_number", &blk_054_t::stage_num),
                           code("input_units", Dictionary::units, &blk_054_t::input_units),
                           code("output_units", Dictionary::units, &blk_054_t::output_units),
@@ -441,7 +440,7 @@ struct blk_055_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(number("stage_sequence_number", &blk_055_t::stage_num),
+        return all_fields(number("stage_sequence_number", &blk_055_t::stage_num),
                           code("input_units", Dictionary::units, &blk_055_t::input_units),
                           code("output_units", Dictionary::units, &blk_055_t::output_units),
                           list("responses", "number_of_responses_listed", &blk_055_t::num_resp,
@@ -467,7 +466,7 @@ struct blk_057_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(number("stage_sequence_number", &blk_057_t::stage_num),
+        return all_fields(number("stage_sequence_number", &blk_057_t::stage_num),
                           number("input_sample_rate", &blk_057_t::samprate, "Hz"),
                           number("decimation_factor", &blk_057_t::dec_factor),
                           number("decimation_offset", &blk_057_t::dec_offset),
@@ -488,7 +487,7 @@ struct blk_058_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(number("stage_sequence_number", &blk_058_t::stage_num),
+        return all_fields(number("stage_sequence_number", &blk_058_t::stage_num),
                           number("sensitivity_or_gain", &blk_058_t::gain),
                           number("frequency", &blk_058_t::freq, "Hz"));
     }
@@ -505,7 +504,7 @@ struct blk_059_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(when("beginning_effective_time", &blk_059_t::beg_time),
+        return all_fields(when("beginning_effective_time", &blk_059_t::beg_time),
                           until("end_effective_time", &blk_059_t::end_time),
                           code("comment", Dictionary::comments, &blk_059_t::comment_key),
                           number("comment_level", &blk_059_t::comment_level));
@@ -527,7 +526,7 @@ struct blk_061_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(number("stage_sequence_number", &blk_061_t::stage_num),
+        return all_fields(number("stage_sequence_number", &blk_061_t::stage_num),
                           text("response_name", &blk_061_t::response_name),
                           text("symmetry_code", &blk_061_t::symmetry),
                           code("input_units", Dictionary::units, &blk_061_t::input_units),
@@ -559,7 +558,7 @@ struct blk_062_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("transfer_function_type", &blk_062_t::transfer_function_type),
             number("stage_sequence_number", &blk_062_t::stage_num),
             code("input_units", Dictionary::units, &blk_062_t::input_units),
@@ -595,7 +594,7 @@ struct blk_041_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_041_t::lookup_key),
+        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_041_t::lookup_key),
                           text("response_name", &blk_041_t::response_name),
                           text("symmetry_code", &blk_041_t::symmetry),
                           code("input_units", Dictionary::units, &blk_041_t::input_units),
@@ -626,7 +625,7 @@ struct blk_043_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             key("response_lookup_key", Dictionary::responses, &blk_043_t::lookup_key),
             text("response_name", &blk_043_t::response_name),
             text("transfer_function_type", &blk_043_t::func_type),
@@ -665,7 +664,7 @@ struct blk_044_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_044_t::lookup_key),
+        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_044_t::lookup_key),
                           text("response_name", &blk_044_t::response_name),
                           text("response_type", &blk_044_t::func_type),
                           code("input_units", Dictionary::units, &blk_044_t::input_units),
@@ -696,7 +695,7 @@ struct blk_045_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_045_t::lookup_key),
+        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_045_t::lookup_key),
                           text("response_name", &blk_045_t::response_name),
                           code("input_units", Dictionary::units, &blk_045_t::input_units),
                           code("output_units", Dictionary::units, &blk_045_t::output_units),
@@ -723,7 +722,7 @@ struct blk_046_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_046_t::lookup_key),
+        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_046_t::lookup_key),
                           text("response_name", &blk_046_t::response_name),
                           code("input_units", Dictionary::units, &blk_046_t::input_units),
                           code("output_units", Dictionary::units, &blk_046_t::output_units),
@@ -747,7 +746,7 @@ struct blk_047_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_047_t::lookup_key),
+        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_047_t::lookup_key),
                           text("response_name", &blk_047_t::response_name),
                           number("input_sample_rate", &blk_047_t::samprate, "Hz"),
                           number("decimation_factor", &blk_047_t::dec_factor),
@@ -775,7 +774,7 @@ struct blk_048_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(key("response_lookup_key", Dictionary::responses, &blk_048_t::lookup_key),
+        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_048_t::lookup_key),
                           text("response_name", &blk_048_t::response_name),
                           number("sensitivity_or_gain", &blk_048_t::gain),
                           number("frequency", &blk_048_t::freq, "Hz"),
@@ -800,7 +799,7 @@ struct blk_060_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             list("stages", "number_of_stages", &blk_060_t::num_stages,
                  column({"stage_sequence_number"}, &blk_060_t::stage, &Stage::stage_num),
                  column({"responses", {}, Meaning::code, Dictionary::responses, "response"},
@@ -818,7 +817,7 @@ struct blk_070_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(text("time_span_flag", &blk_070_t::span_flag),
+        return all_fields(text("time_span_flag", &blk_070_t::span_flag),
                           when("beginning_time", &blk_070_t::beg_time),
                           until("end_time", &blk_070_t::end_time));
     }
@@ -847,7 +846,7 @@ struct blk_071_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             when("origin_time", &blk_071_t::origin_time),
             code("hypocenter_source", Dictionary::sources, &blk_071_t::source_id),
             number("latitude", &blk_071_t::lat, "degrees"),
@@ -885,7 +884,7 @@ struct blk_072_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("station", &blk_072_t::stn_id), text("location", &blk_072_t::loc_id),
             text("channel", &blk_072_t::chan_id), when("arrival_time", &blk_072_t::arr_time),
             number("amplitude", &blk_072_t::amp), number("period", &blk_072_t::period, "s"),
@@ -913,7 +912,7 @@ struct blk_073_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             list("data_pieces", "number_of_data_pieces", &blk_073_t::num_segs,
                  column({"station", {}, Meaning::text}, &blk_073_t::stn_id),
                  column({"location", {}, Meaning::text}, &blk_073_t::loc_id),
@@ -947,7 +946,7 @@ struct blk_074_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(text("station", &blk_074_t::stn_id), text("location", &blk_074_t::loc_id),
+        return all_fields(text("station", &blk_074_t::stn_id), text("location", &blk_074_t::loc_id),
                           text("channel", &blk_074_t::chan_id),
                           when("series_start_time", &blk_074_t::series_start_time),
                           number("first_sequence_number", &blk_074_t::first_seq_num),
@@ -1009,7 +1008,7 @@ struct alignas(64) blk_dh_t : record_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return std::tuple(
+        return all_fields(
             text("network", &blk_dh_t::network_code), text("station", &blk_dh_t::stn_id),
             text("location", &blk_dh_t::loc_id), text("channel", &blk_dh_t::chan_id),
             absent("channel_name", &blk_dh_t::channel),

@@ -2,7 +2,6 @@
 
 #include "blockette/blockette.h"
 
-#include <tuple>
 #include <type_traits>
 
 namespace quarl
@@ -41,7 +40,7 @@ template <class T, class F> void for_each_code(const T &record, F &&f)
                 for (std::size_t i = 0; i < field.size(record); ++i)
                     hand_out(column.dictionary, column.value(record, i));
             };
-            std::apply([&](const auto &...column) { (look_at(column), ...); }, field.columns);
+            fields::for_each(field.columns, look_at);
         }
     });
 }

@@ -67,7 +67,7 @@ template <class List, class Record>
 void write_list(Table *table, const List &list, const Record &record)
 {
     std::string texts;
-    const auto &first = std::get<0>(list.columns);
+    const auto &first = fields::at<0>(list.columns);
     using Value = decltype(first.value(record, 0));
     if constexpr (std::is_convertible_v<Value, std::string_view>) {
         for (std::size_t i = 0; i < list.size(record); ++i)

@@ -7,14 +7,13 @@
 #include <cstring>
 #include <quarl/fields.h>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
 namespace quarl::json
 {
 
-// What an object shows of a record: the tuples of descriptions that the record has.
+// What an object shows of a record: the rows of descriptions that the record has.
 
 /// The record's own fields.
 template <class T> struct Own {
@@ -34,12 +33,12 @@ template <class T> struct OfChannel {
 template <class T> inline constexpr bool Has_Station = requires { T::station_context(); };
 template <class T> inline constexpr bool Has_Channel = requires { T::channel_context(); };
 
-template <class Set> inline constexpr std::size_t Count = std::tuple_size_v<decltype(Set::fields)>;
+template <class Set> inline constexpr std::size_t Count = decltype(Set::fields)::Size;
 template <class Set> using Indices = std::make_index_sequence<Count<Set>>;
 
 /// Field `I` of a set.
 template <class Set, std::size_t I> struct At {
-    static constexpr const auto &field = std::get<I>(Set::fields);
+    static constexpr const auto &field = fields::at<I>(Set::fields);
     static constexpr std::string_view name = field.name;
     static constexpr std::string_view each = field.each;
     static constexpr Meaning meaning = field.meaning;
@@ -49,7 +48,7 @@ template <class Set, std::size_t I> struct At {
 
 /// Column `J` of the list that is field `I` of a set.
 template <class Set, std::size_t I, std::size_t J> struct ColumnAt {
-    static constexpr const auto &field = std::get<J>(std::get<I>(Set::fields).columns);
+    static constexpr const auto &field = fields::at<J>(fields::at<I>(Set::fields).columns);
     static constexpr std::string_view name = field.name;
     static constexpr std::string_view each = field.each;
     static constexpr Meaning meaning = field.meaning;
@@ -57,11 +56,11 @@ template <class Set, std::size_t I, std::size_t J> struct ColumnAt {
 };
 template <class Set, std::size_t I>
 inline constexpr std::size_t Columns =
-    std::tuple_size_v<std::remove_cvref_t<decltype(std::get<I>(Set::fields).columns)>>;
+    std::remove_cvref_t<decltype(fields::at<I>(Set::fields).columns)>::Size;
 
 /// The name of a list's count.
 template <class Set, std::size_t I> struct CountAt {
-    static constexpr std::string_view name = std::get<I>(Set::fields).count_name;
+    static constexpr std::string_view name = fields::at<I>(Set::fields).count_name;
 };
 /// The name of one of the numbers that a field holds.
 template <class Field> struct EachOf {

@@ -45,7 +45,7 @@ requires(List::Is_List) std::string described_field(const List &list, const T &r
         all += " " + std::string(column.name) + "=" + shown(column.value(record, i));
     };
     for (std::size_t i = 0; i < list.size(record); ++i)
-        std::apply([&](const auto &...column) { (describe(column, i), ...); }, list.columns);
+        fields::for_each(list.columns, [&](const auto &column) { describe(column, i); });
     return all;
 }
 
