@@ -2,8 +2,8 @@
 #pragma once
 
 #include "html/drawn.h"
-#include "html/json_writer.h"
 #include "html/volume_read.h"
+#include "platform/json_writer.h"
 
 #include <cstddef>
 #include <map>

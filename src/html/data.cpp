@@ -4,9 +4,9 @@
 #include "blockette/seed_utl.h"
 #include "check/rule.h"
 #include "html/curves.h"
-#include "html/json_writer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace quarl::html
@@ -19,8 +19,8 @@ constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
 
 void write_epoch_times(Json *json, double start, double end)
 {
-    json->key("start").time(start);
-    json->key("end").time(end);
+    write_time(&json->key("start"), start);
+    write_time(&json->key("end"), end);
 }
 
 void write_types(Json *json, const Statistics &statistics)
@@ -54,7 +54,7 @@ void write_head(Json *json, const VolumeRead &volume)
     json->key("organization").text(identifier.originating_org);
     json->key("version").real(volume.records.identifier ? identifier.version : Not_A_Number);
     write_epoch_times(json, start_epoch(identifier.beg_time), end_epoch(identifier.end_time));
-    json->key("written").time(start_epoch(identifier.volume_time));
+    write_time(&json->key("written"), start_epoch(identifier.volume_time));
     json->key("shares").open('{');
     json->key("parameters").whole(statistics.parameters);
     json->key("data").whole(statistics.data);
@@ -134,8 +134,8 @@ template <class Spans> void write_spans(Json *json, const Spans &spans)
 {
     json->open('[');
     for (const auto &span : spans) {
-        json->time(span.start);
-        json->time(span.end);
+        write_time(json, span.start);
+        write_time(json, span.end);
     }
     json->close(']');
 }
@@ -203,6 +203,15 @@ void write_epoch(Json *json, const Inventory &inventory, const Curves &curves, s
 }
 
 } // namespace
+
+void write_time(Json *json, double seconds)
+{
+    constexpr double Ticks = 10000;
+    if (seconds > Always && seconds < Forever)
+        json->real(std::round(seconds * Ticks) / Ticks);
+    else
+        json->null();
+}
 
 void write_data(Out &out, const VolumeRead &volume, const std::vector<PageChannel> &channels,
                 const Targets &targets)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "html/volume_read.h"
-#include "platform/out.h"
+#include "platform/json_writer.h"
 
 #include <vector>
 
@@ -12,5 +12,8 @@ namespace quarl::html
 /// quarl-html(1) explains every key.
 void write_data(Out &out, const VolumeRead &volume, const std::vector<PageChannel> &channels,
                 const Targets &targets);
+
+/// Seconds since 1970-01-01, to 0.0001 s; null for the times that stand for an open end.
+void write_time(Json *json, double seconds);
 
 } // namespace quarl::html

@@ -1,8 +1,8 @@
 #include "html/markup.h"
 
 #include "platform/format.h"
+#include "platform/json_text.h"
 #include "platform/utf8.h"
-#include "json/text.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "json/data_times.h"
 
-#include "json/text.h"
+#include "platform/json_text.h"
 #include "json/time.h"
 
 #include <cstdlib>

@@ -1,10 +1,10 @@
 // Writes the fields of a record as members of a JSON object, by their descriptions.
 #pragma once
 
+#include "platform/json_text.h"
 #include "platform/out.h"
 #include "platform/text.h"
 #include "json/keys.h"
-#include "json/text.h"
 #include "json/time.h"
 
 #include <quarl/volume.h>

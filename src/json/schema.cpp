@@ -2,9 +2,9 @@
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 #include "json/keys.h"
-#include "json/text.h"
 
 #include <quarl/item.h>
 
@@ -13,13 +13,6 @@ namespace quarl::json
 
 namespace
 {
-
-std::string quoted(std::string_view text)
-{
-    std::string all(string_room(text.size()), '\0');
-    all.resize(static_cast<std::size_t>(put_string(all.data(), text) - all.data()));
-    return all;
-}
 
 /// The schema of an object that has all of its members, and no others.
 class Object

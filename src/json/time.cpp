@@ -1,7 +1,7 @@
 #include "json/time.h"
 
+#include "platform/json_text.h"
 #include "platform/text.h"
-#include "json/text.h"
 
 namespace quarl::json
 {

@@ -1,10 +1,10 @@
 #include "programs/check.h"
 
 #include "platform/format.h"
+#include "platform/json_text.h"
 #include "platform/utf8.h"
 #include "programs/checked.h"
 #include "programs/progress.h"
-#include "json/text.h"
 
 #include <algorithm>
 #include <memory>
@@ -45,7 +45,8 @@ std::string line_of(const std::string &path, const Finding &finding)
 std::string json_of(const std::string &path, const Finding &finding)
 {
     const Rule &rule = all_rules()[finding.rule];
-    return "{\"volume\":" + json::quoted(path, is_plain_utf8(path)) +
+    return "{\"volume\":" +
+           json::quoted(path, is_plain_utf8(path) ? json::Charset::utf8 : json::Charset::latin1) +
            ",\"record\":" + std::to_string(finding.record) +
            ",\"severity\":" + json::quoted(name_of(rule.severity)) +
            ",\"subject\":" + json::quoted(finding.told.subject) +

@@ -1,9 +1,9 @@
 // JSON text: strings, numbers, times, and whole lines.
 #include "compose/files.h"
+#include "platform/json_text.h"
 #include "programs/json_lines.h"
 #include "support/capture.h"
 #include "support/recipe.h"
-#include "json/text.h"
 #include "json/time.h"
 
 #include <bit>

@@ -4,6 +4,7 @@
 #include "compose/sample.h"
 #include "compose/volume.h"
 #include "html/curves.h"
+#include "html/data.h"
 #include "html/drawn.h"
 #include "html/markup.h"
 #include "platform/utf8.h"
@@ -56,7 +57,7 @@ TEST(Page, TextsAreNoMarkup)
 TEST(Page, JsonNumbersAndTexts)
 {
     const std::string text = written([](Out &to) {
-        html::Json json(to);
+        Json json(to);
         json.open('[');
         for (const double value :
              {0.0, -0.04, 179.96, -180.0, 0.125, 12.5, No_Number, Infinity, 1e300})
@@ -64,7 +65,7 @@ TEST(Page, JsonNumbersAndTexts)
         for (const double value : {1.0 / 3, 1e-7, 123456789.0, 2e15, 3e-200, -Infinity})
             json.real(value, 4);
         for (const double value : {1.00004, 1709251200.00833, Forever, Always})
-            json.time(value);
+            html::write_time(&json, value);
         json.text(" </script>\"\\\x1b\xe9\x85 ");
         json.close(']');
     });

@@ -19,16 +19,39 @@ inline constexpr std::size_t Number_Room = 32;
 /// Characters that a string of `size` bytes may take, quotes included.
 constexpr std::size_t string_room(std::size_t size) { return 6 * size + 2; }
 
-/// True for a byte that a string shows as it is.
-inline constexpr auto Stays = [] {
-    std::array<bool, 256> stays{};
-    for (int byte = 0x20; byte < 0x7F; ++byte)
-        stays[byte] = byte != '"' && byte != '\\';
-    return stays;
-}();
+/// What a text is written in.
+enum class Charset { latin1, utf8 };
 
-/// One byte that does not stay: escaped, or in UTF-8.
+/// True for each byte that a string shows as it is.
+using Shown = std::array<bool, 256>;
+
+/// `besides` is escaped too.
+constexpr Shown shown(Charset charset, char besides = '"')
+{
+    Shown shown{};
+    for (int byte = 0x20; byte < 0x7F; ++byte)
+        shown[byte] = byte != '"' && byte != '\\' && byte != besides;
+    for (int byte = 0x80; byte < 0x100; ++byte)
+        shown[byte] = charset == Charset::utf8;
+    return shown;
+}
+inline constexpr Shown Shown_Latin = shown(Charset::latin1);
+inline constexpr Shown Shown_Utf8 = shown(Charset::utf8);
+
+/// One byte that is not shown as it is: escaped, or Latin-1 in UTF-8.
 char *put_special(char *to, unsigned char byte);
+
+/// The characters of a string, without its quotes; returns the end.
+inline char *put_characters(char *to, std::string_view text, const Shown &shown)
+{
+    for (const char c : text) {
+        if (const auto byte = static_cast<unsigned char>(c); shown[byte])
+            *to++ = c;
+        else
+            to = put_special(to, byte);
+    }
+    return to;
+}
 
 /// True when all eight bytes of a word stay.
 inline bool all_stay(std::uint64_t word)
@@ -54,21 +77,22 @@ inline char *put_string(char *to, std::string_view text)
         std::memcpy(to, &word, sizeof word);
         to += sizeof word;
     }
-    for (const char c : text) {
-        if (const auto byte = static_cast<unsigned char>(c); Stays[byte])
-            *to++ = c;
-        else
-            to = put_special(to, byte);
-    }
+    to = put_characters(to, text, Shown_Latin);
     *to++ = '"';
     return to;
 }
 
-/// A text as a JSON string: of Latin-1, or of UTF-8 where it `is_utf8`.
-std::string quoted(std::string_view text, bool is_utf8 = false);
+/// A text as a JSON string.
+std::string quoted(std::string_view text, Charset charset = Charset::latin1);
 
 /// The shortest text that reads back as the same double; "null" when it is no finite number.
 char *put_any_real(char *to, double value);
+
+/// With `digits` significant ones at most, in Real_Room.
+char *put_rounded(char *to, double value, int digits);
+
+/// Rounded to so many decimals (5 at most), without zeros at the end.
+char *put_decimals(char *to, double value, int decimals);
 
 inline char *put_number(char *to, std::int64_t value)
 {

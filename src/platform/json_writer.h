@@ -1,7 +1,7 @@
-// Writes one JSON text that stands inside of a page.
+// Writes one JSON text to a stream, value by value.
 #pragma once
 
-#include "platform/number.h"
+#include "platform/json_text.h"
 #include "platform/out.h"
 
 #include <cstdint>
@@ -9,11 +9,11 @@
 #include <span>
 #include <string_view>
 
-namespace quarl::html
+namespace quarl
 {
 
-/// Puts the commas. What it writes holds no "<", so that no text can end the script element that
-/// the JSON stands in.
+/// Puts the commas. What it writes holds no "<", so that no text can end the script element of a
+/// page that the JSON stands in.
 class Json
 {
 public:
@@ -45,8 +45,6 @@ public:
     void real(double value, int digits);
     /// Rounded to so many decimals, of an angle or the like; null when it is not finite.
     void fixed(double value, int decimals);
-    /// Seconds since 1970-01-01, to 0.0001 s; null for the times that stand for an open end.
-    void time(double seconds);
     void truth(bool value);
     void null();
 
@@ -69,10 +67,10 @@ private:
         *to++ = c;
         out_.commit(to);
     }
-    void string(std::string_view bytes, bool is_utf8);
+    void string(std::string_view bytes, const json::Shown &shown);
 
     Out &out_;
     bool comma_ = false; ///< before what comes next
 };
 
-} // namespace quarl::html
+} // namespace quarl
