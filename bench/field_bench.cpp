@@ -6,6 +6,7 @@
 #include "compose/volume.h"
 #include "listing/pbrief.h"
 #include "platform/number.h"
+#include "platform/read_number.h"
 #include "platform/text.h"
 #include "random.h"
 #include "volume/fixup_dh.h"

@@ -75,7 +75,7 @@ build_packages=(g++ make cmake libarchive-dev libisal-dev zlib1g-dev liblzma-dev
     libtomlplusplus-dev node-d3)
 
 # What the quick tests need besides.
-test_packages=(libgtest-dev libsqlite3-dev)
+test_packages=(libgtest-dev libsqlite3-dev locales)
 
 # build_preset PRESET TARGET [OPTION]...: configures a preset with cmake's options and builds a target of it.
 build_preset() {

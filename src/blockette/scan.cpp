@@ -1,7 +1,7 @@
 #include "blockette/scan.h"
 
 #include "platform/elog.h"
-#include "platform/number.h"
+#include "platform/read_number.h"
 #include "platform/text.h"
 
 #include <algorithm>

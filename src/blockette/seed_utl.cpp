@@ -1,10 +1,12 @@
 #include "blockette/seed_utl.h"
 
+#include "platform/read_number.h"
 #include "platform/text.h"
 #include "platform/timeconv.h"
 
-#include <cstdio>
-#include <cstring>
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace quarl
 {
@@ -14,27 +16,34 @@ namespace
 
 double epoch_of(const SeedTime &t) { return h2e(t.year, t.doy, t.hour, t.minutes, t.sec); }
 
+/// How many parts a text of so many characters has.
+std::ptrdiff_t count_parts(std::size_t size)
+{
+    constexpr std::array<std::size_t, 4> Cut{4, 8, 11, 14};
+    return std::find(Cut.begin(), Cut.end(), size) - Cut.begin() + 1;
+}
+
 } // namespace
 
 SeedTime parse_time(const char *time)
 {
+    constexpr std::string_view Marks = ",,::";
     SeedTime t;
-    switch (std::strlen(time)) {
-    case 4:
-        (void)std::sscanf(time, "%d", &t.year);
-        break;
-    case 8:
-        (void)std::sscanf(time, "%d,%d", &t.year, &t.doy);
-        break;
-    case 11:
-        (void)std::sscanf(time, "%d,%d,%d", &t.year, &t.doy, &t.hour);
-        break;
-    case 14:
-        (void)std::sscanf(time, "%d,%d,%d:%d", &t.year, &t.doy, &t.hour, &t.minutes);
-        break;
-    default:
-        (void)std::sscanf(time, "%d,%d,%d:%d:%lf", &t.year, &t.doy, &t.hour, &t.minutes, &t.sec);
+    std::string_view text(time);
+    auto left = count_parts(text.size());
+    const char *mark = Marks.data();
+    for (int *part : {&t.year, &t.doy, &t.hour, &t.minutes}) {
+        std::size_t used = 0;
+        const int value = leading_int(text, &used);
+        if (used == 0)
+            return t;
+        *part = value;
+        text.remove_prefix(used);
+        if (--left == 0 || !text.starts_with(*mark++))
+            return t;
+        text.remove_prefix(1);
     }
+    (void)scan_real(text, &t.sec);
     return t;
 }
 

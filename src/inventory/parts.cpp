@@ -1,6 +1,6 @@
 #include "inventory/parts.h"
 
-#include "platform/number.h"
+#include "platform/read_number.h"
 #include "platform/text.h"
 
 #include <algorithm>

@@ -1,7 +1,5 @@
 #include "platform/number.h"
 
-#include "platform/text.h"
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -12,8 +10,6 @@
 #include <cstring>
 #include <limits>
 #include <optional>
-#include <string>
-#include <system_error>
 
 namespace quarl
 {
@@ -35,16 +31,15 @@ constexpr int Whole_Exponent = Exponent_Bias + Fraction_Bits; // from here on th
 constexpr std::uint64_t Hidden_Bit = std::uint64_t{1} << Fraction_Bits;
 constexpr int Most_Digits = 16; // of the fast paths
 
-template <class T, std::size_t Size> consteval std::array<T, Size> make_tens()
+consteval auto make_tens()
 {
-    std::array<T, Size> tens{1};
-    for (std::size_t i = 1; i < Size; ++i)
+    std::array<std::uint64_t, 20> tens{1};
+    for (std::size_t i = 1; i < tens.size(); ++i)
         tens[i] = tens[i - 1] * 10;
     return tens;
 }
 
-constexpr auto Tens = make_tens<std::uint64_t, 20>();
-constexpr auto Exact_Tens = make_tens<double, 23>(); // 5^22 is the last power of five below 2^53
+constexpr auto Tens = make_tens();
 
 /// "000102...99": two digits are copied for one division.
 consteval auto make_pairs()
@@ -278,59 +273,6 @@ char *put_shortened(char *to, Decimal number, int count)
     return end;
 }
 
-/// A number as its text gives it: digits * 10^exponent.
-struct Spelled {
-    std::uint64_t digits = 0;
-    std::int64_t exponent = 0;
-};
-
-/// Leaves out what does not fit into 64 bits: such a number is too large for combine_exactly.
-const char *read_digits(const char *at, const char *end, Spelled *number)
-{
-    for (; at != end && is_digit(*at); ++at)
-        if (number->digits < Tens[18])
-            number->digits = number->digits * 10 + static_cast<std::uint64_t>(*at - '0');
-    return at;
-}
-
-/// Reads "e", sign and digits; stays at `at` when digits are missing.
-const char *read_exponent(const char *at, const char *end, Spelled *number)
-{
-    if (at == end || (*at != 'e' && *at != 'E'))
-        return at;
-    const char *first = at + 1;
-    const bool negative = first != end && *first == '-';
-    first += negative || (first != end && *first == '+');
-    const char *next = first;
-    std::int64_t size = 0;
-    for (; next != end && is_digit(*next); ++next)
-        size = std::min<std::int64_t>(size, 1'000'000'000'000) * 10 + (*next - '0');
-    number->exponent += negative ? -size : size;
-    return next == first ? at : next;
-}
-
-/// digits * 10^exponent when both are doubles without rounding: one operation, rounded once.
-bool combine_exactly(const Spelled &number, double *value)
-{
-    constexpr int Most = static_cast<int>(Exact_Tens.size()) - 1;
-    if (number.digits > 2 * Hidden_Bit || number.exponent < -Most || number.exponent > Most)
-        return number.digits == 0;
-    const auto digits = static_cast<double>(static_cast<std::int64_t>(number.digits));
-    *value = number.exponent < 0 ? digits / Exact_Tens[-number.exponent]
-                                 : digits * Exact_Tens[number.exponent];
-    return true;
-}
-
-/// For hexadecimal digits, infinities, NaNs, overflow and blank texts. strtod needs a terminator.
-double read_by_library(std::string_view text, std::size_t *used)
-{
-    const std::string copy(text);
-    char *end = nullptr;
-    const double value = std::strtod(copy.c_str(), &end);
-    *used = static_cast<std::size_t>(end - copy.c_str());
-    return value;
-}
-
 } // namespace
 
 char *put_fixed(char *to, double value, int precision)
@@ -365,36 +307,6 @@ char *put_general(char *to, double value, int precision)
     if (const auto number = round_to_digits(parts, count))
         return put_shortened(put_sign(to, parts.negative), *number, count);
     return put_by_library(to, value, std::chars_format::general, precision);
-}
-
-double read_real(std::string_view text, std::size_t *used)
-{
-    const char *at = text.data();
-    const char *end = at + text.size();
-    while (at != end && is_space(*at))
-        ++at;
-    const bool negative = at != end && *at == '-';
-    if (at != end && (*at == '-' || *at == '+'))
-        ++at;
-    Spelled number;
-    const char *first = at;
-    at = read_digits(at, end, &number);
-    auto count = at - first;
-    const bool hexadecimal = at != end && (*at | 0x20) == 'x';
-    if (at != end && *at == '.') {
-        const char *decimals = at + 1;
-        at = read_digits(decimals, end, &number);
-        number.exponent = decimals - at;
-        count += at - decimals;
-    }
-    if (count == 0 || hexadecimal)
-        return read_by_library(text, used);
-    at = read_exponent(at, end, &number);
-    double value = 0;
-    if (!combine_exactly(number, &value) && std::from_chars(first, at, value).ec != std::errc())
-        return read_by_library(text, used);
-    *used = static_cast<std::size_t>(at - text.data());
-    return negative ? -value : value;
 }
 
 } // namespace quarl

@@ -1,8 +1,7 @@
-// Decimal text of real numbers, both ways, bit for bit as the C library does it in the "C" locale.
+// Real numbers written as text, byte for byte as the C library does it in the "C" locale.
 #pragma once
 
 #include <cstddef>
-#include <string_view>
 
 namespace quarl
 {
@@ -21,11 +20,5 @@ char *put_scientific(char *to, double value, int precision, char exponent_letter
 
 /// As put_fixed for "%.<precision>g".
 char *put_general(char *to, double value, int precision);
-
-/// Reads the longest leading real number of `text` as strtod does (leading white space, sign,
-/// decimal or hexadecimal digits, exponent, "inf", "infinity", "nan", "nan(...)"); `text` holds no
-/// NUL.
-/// `*used` is the number of characters converted, white space included; 0 when there is no number.
-double read_real(std::string_view text, std::size_t *used);
 
 } // namespace quarl

@@ -1,5 +1,6 @@
 // Our conversions against those of the C library: any difference in a bit or a byte is a fault.
 #include "platform/number.h"
+#include "platform/read_number.h"
 
 #include <gtest/gtest.h>
 
@@ -182,6 +183,19 @@ std::string read_difference(const std::string &text)
                         static_cast<int>(end - text.c_str()), found, static_cast<int>(used));
 }
 
+/// Empty when scan_real returns what scanf returns.
+std::string scan_difference(const std::string &text)
+{
+    double expected = 0;
+    double found = 0;
+    const bool reads = std::sscanf(text.c_str(), "%lf", &expected) == 1;
+    const std::vector<char> field(text.begin(), text.end());
+    if (scan_real({field.data(), field.size()}, &found) == reads &&
+        std::bit_cast<std::uint64_t>(found) == std::bit_cast<std::uint64_t>(expected))
+        return "";
+    return library_text("'%s' expected %d %a, found %a", text.c_str(), reads, expected, found);
+}
+
 /// A field as volumes hold it, a text that reads back, or one with as many digits as there are.
 std::string number_text(Random &random)
 {
@@ -225,7 +239,8 @@ void mutate(Random &random, std::string *text)
 
 std::string mutated_text(Random &random)
 {
-    constexpr std::array Odd{"inf", "-INFINITY", "nan(12ab)", "+nan", "0x1.8p3", " .", "1e", ""};
+    constexpr std::array Odd{"inf",     "-INFINITY", "nan(12ab)", "+nan", "0x1.8p3", "-0x.p1",
+                             " 0XFFp9", " .",        "1e",        "1e+",  "infi",    ""};
     std::string text = random() % 4 == 0 ? Odd[random() % Odd.size()] : number_text(random);
     for (int left = between(random, 1, 4); left > 0; --left)
         mutate(random, &text);
@@ -270,11 +285,14 @@ TEST_P(WriteReal, AsPrintf)
 INSTANTIATE_TEST_SUITE_P(Number, WriteReal, testing::ValuesIn(Generators),
                          [](const auto &test) { return test.param.name; });
 
-TEST_P(ReadReal, AsStrtod)
+TEST_P(ReadReal, AsStrtodAndScanf)
 {
     Random random(Seed);
-    for (int i = 0; i < 3 * rounds(); ++i)
-        ASSERT_EQ(read_difference(GetParam()(random)), "") << "seed " << Seed << ", case " << i;
+    for (int i = 0; i < 3 * rounds(); ++i) {
+        const std::string text = GetParam()(random);
+        ASSERT_EQ(read_difference(text) + scan_difference(text), "")
+            << "seed " << Seed << ", case " << i;
+    }
 }
 
 std::string reader_name(const testing::TestParamInfo<ReadReal::ParamType> &test)
@@ -286,7 +304,7 @@ std::string reader_name(const testing::TestParamInfo<ReadReal::ParamType> &test)
 INSTANTIATE_TEST_SUITE_P(Number, ReadReal, testing::Values(number_text, mutated_text, midway_text),
                          reader_name);
 
-TEST(Number, ReadsOddFieldsAsStrtod)
+TEST(Number, ReadsOddFieldsAsStrtodAndScanf)
 {
     for (const char *text : {"",
                              " ",
@@ -349,7 +367,7 @@ TEST(Number, ReadsOddFieldsAsStrtod)
                              "18446744073709551616",
                              "99999999999999999999e-5",
                              "0000000000000000000000001.50e0"})
-        EXPECT_EQ(read_difference(text), "");
+        EXPECT_EQ(read_difference(text) + scan_difference(text), "");
     EXPECT_EQ(read_difference("0." + std::string(240, '0') + "1e240"), "");
     EXPECT_EQ(read_difference("1" + std::string(240, '0') + "e-240"), "");
     EXPECT_EQ(read_difference("1" + std::string(240, '0') + ".5"), "");

@@ -100,6 +100,44 @@ TEST(SeedTime, ReadsTheLengthsThatItKnows)
         }
 }
 
+/// What scanf makes of a time: texts of certain lengths have fewer parts.
+SeedTime scanned(const std::string &text)
+{
+    SeedTime t;
+    (void)std::sscanf(text.c_str(), "%d,%d,%d:%d:%lf", &t.year, &t.doy, &t.hour, &t.minutes,
+                      &t.sec);
+    const std::size_t size = text.size();
+    if (size == 4 || size == 8 || size == 11 || size == 14)
+        t.sec = 0;
+    if (size == 4 || size == 8 || size == 11)
+        t.minutes = 0;
+    if (size == 4 || size == 8)
+        t.hour = 0;
+    if (size == 4)
+        t.doy = 0;
+    return t;
+}
+
+TEST(SeedTime, IsReadAsScanfReadsIt)
+{
+    constexpr std::string_view Whole = "2005,123,12:30:15.0001";
+    constexpr std::string_view Letters = ",,::..+- 0123456789\teExXinfa";
+    std::mt19937 random(5);
+    for (int i = 0; i < 30000; ++i) {
+        std::string text(Whole.substr(0, i % 3 == 0 ? Whole.size() : random() % 23));
+        for (int left = static_cast<int>(random() % 4); left > 0 && !text.empty(); --left)
+            text[random() % text.size()] = Letters[random() % Letters.size()];
+        if (i % 7 == 0)
+            text.insert(random() % (text.size() + 1), "99999999999999999999");
+        const SeedTime found = parse_time(text.c_str());
+        const SeedTime t = scanned(text);
+        EXPECT_EQ(std::tie(found.year, found.doy, found.hour, found.minutes),
+                  std::tie(t.year, t.doy, t.hour, t.minutes))
+            << text;
+        EXPECT_TRUE(found.sec == t.sec || (std::isnan(found.sec) && std::isnan(t.sec))) << text;
+    }
+}
+
 TEST(SeedTime, EmptyTimesAreOpenAndYearsBeginAtDayZero)
 {
     EXPECT_EQ(start_epoch(""), -9999999999.999);
