@@ -2,6 +2,7 @@
 
 #include "compose/blockette_text.h"
 #include "compose/volume.h"
+#include "worst_data.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -81,5 +82,7 @@ std::string worst_volume(std::string_view kind, std::int64_t size)
                     [](auto i) { return b052({.start = hour_before_2030(i)}); });
     if (kind == "channels")
         return fill(begin_station(), size, 52, [](auto i) { return b052(channel(i)); });
+    if (std::string data = worst_data(kind, size); !data.empty())
+        return data;
     throw std::invalid_argument("bad kind 'worst-" + std::string(kind) + "'");
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <quarl/fields.h>
@@ -38,7 +39,7 @@ public:
     /// "IU_ANMO_00_BHZ"; of a station "IU_ANMO"; a subchannel follows behind a colon.
     [[nodiscard]] std::string text() const;
     [[nodiscard]] std::size_t hash() const;
-    bool operator==(const ChannelCode &) const = default;
+    std::strong_ordering operator<=>(const ChannelCode &) const = default;
 
 private:
     friend struct CodeAccess;

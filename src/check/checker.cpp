@@ -31,6 +31,13 @@ bool is_about_item(MessageKind kind)
     }
 }
 
+/// What a data record holds of a series that ends in it.
+SeriesSeen::End end_of(const blk_dh_t &header)
+{
+    const double length = header.samp_rate > 0 ? header.nsamps / header.samp_rate : 0.0;
+    return {true, header.epoch, header.epoch + length, header.samp_rate};
+}
+
 std::string one_line(std::string_view text)
 {
     std::string line(text);
@@ -60,7 +67,7 @@ void Checker::begin()
     uses_before_ = 0;
     refers_ = false;
     deferred_.clear();
-    series_by_number_.clear();
+    series_ = {};
 }
 
 void Checker::ask(const Check &check, std::size_t rule)
@@ -119,8 +126,8 @@ void Checker::add_data(const Item &item, const blk_dh_t &header)
     Inventory &inventory = context_->inventory;
     inventory.add(item);
     const DataChannel &channel = *inventory.data_channel();
-    if (!series_by_number_.empty())
-        meet_series(item, header);
+    if (!series_.is_empty())
+        series_.meet(item.place().sequence_number, channel.code, end_of(header));
     look(DataSeen{header, item.place().record, channel, inventory.epoch_at(channel, header.epoch)});
 }
 
@@ -157,41 +164,7 @@ void Checker::add_control(const Item &item)
     if (item.type() == blk_050_t::Number || item.type() == blk_052_t::Number)
         context_->last_station_item = item.type();
     if (item.get<blk_074_t>())
-        note_series(inventory.series_index().back());
-}
-
-void Checker::note_series(const SeriesIndexEntry &entry)
-{
-    const std::size_t index = context_->series.size();
-    context_->series.push_back({entry, {}, {}});
-    series_by_number_.emplace(entry.first_sequence_number, index);
-    if (entry.last_sequence_number != entry.first_sequence_number)
-        series_by_number_.emplace(entry.last_sequence_number, index);
-}
-
-void Checker::meet_series(const Item &item, const blk_dh_t &header)
-{
-    const ChannelCode &code = context_->inventory.data_channel()->code;
-    const int number = item.place().sequence_number;
-    const double length = header.samp_rate > 0 ? header.nsamps / header.samp_rate : 0.0;
-    const auto [from, to] = series_by_number_.equal_range(number);
-    for (auto at = from; at != to; ++at) {
-        SeriesSeen &series = context_->series[at->second];
-        const ChannelCode &of = series.entry.code;
-        const bool network =
-            of.network().empty() || code.network().empty() || of.network() == code.network();
-        if (!network || of.station() != code.station() || of.location() != code.location() ||
-            of.channel() != code.channel())
-            continue;
-        const auto meet = [&](SeriesSeen::End &end) {
-            const double start = end.met ? std::min(end.start, header.epoch) : header.epoch;
-            end = {true, start, header.epoch + length, header.samp_rate};
-        };
-        if (number == series.entry.first_sequence_number)
-            meet(series.first);
-        if (number == series.entry.last_sequence_number)
-            meet(series.last);
-    }
+        series_.add(inventory.series_index().back());
 }
 
 /// The units that a channel epoch and its response refer to.
@@ -241,6 +214,7 @@ std::vector<Finding> Checker::take(Inventory *taken)
     context_->inventory.finish();
     end_epoch();
     context_->uses = uses_.take();
+    context_->series = series_.seen();
     for (const Station &station : inventory.stations())
         look(station);
     for (const Channel &channel : inventory.channels())

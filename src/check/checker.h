@@ -6,7 +6,6 @@
 
 #include <memory>
 #include <tuple>
-#include <unordered_map>
 #include <vector>
 
 namespace quarl
@@ -46,8 +45,6 @@ private:
     void note_units(const ChannelEpoch &epoch);
     void look_at_epoch(const ChannelEpoch &epoch);
     void end_epoch();
-    void note_series(const SeriesIndexEntry &entry);
-    void meet_series(const Item &item, const blk_dh_t &header);
     [[nodiscard]] std::string subject(const Item &item) const;
 
     Chosen chosen_;
@@ -63,7 +60,7 @@ private:
     std::vector<const ChannelEpoch *> deferred_; ///< until all dictionaries are there
     ResponseRoom room_;
     Evaluator evaluator_{{}};
-    std::unordered_multimap<int, std::size_t> series_by_number_; ///< by record of either end
+    SeriesEnds series_;
 };
 
 } // namespace quarl

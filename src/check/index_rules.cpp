@@ -2,9 +2,11 @@
 #include "check/rule.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace quarl
 {
@@ -111,29 +113,50 @@ void station_index(const Context &context, const Context &, const Report &report
             });
 }
 
+/// The time span headers that begin in records of one number.
+struct SpansAt {
+    std::vector<double> starts; ///< in order
+    const TimeSpanHeader *last = nullptr;
+
+    /// One of them starts at `time`, but for a tick.
+    [[nodiscard]] bool has(double time) const
+    {
+        constexpr double Tick = 0.0001;
+        const auto near = std::partition_point(starts.begin(), starts.end(),
+                                               [&](double start) { return time - start > Tick; });
+        return near != starts.end() && *near - time <= Tick;
+    }
+};
+
+std::unordered_map<int, SpansAt> spans_by_number(const std::vector<TimeSpanHeader> &spans)
+{
+    std::unordered_map<int, SpansAt> by_number;
+    for (const TimeSpanHeader &span : spans) {
+        SpansAt &at = by_number[span.sequence_number];
+        at.last = &span;
+        if (!std::isnan(span.start))
+            at.starts.push_back(span.start);
+    }
+    for (auto &[number, at] : by_number)
+        std::sort(at.starts.begin(), at.starts.end());
+    return by_number;
+}
+
 void span_index(const Context &context, const Context &, const Report &report)
 {
-    constexpr double Tick = 0.0001;
-    std::unordered_multimap<int, const TimeSpanHeader *> spans;
-    for (const TimeSpanHeader &span : context.inventory.time_spans())
-        spans.emplace(span.sequence_number, &span);
+    const auto by_number = spans_by_number(context.inventory.time_spans());
     for (const SpanIndexEntry &entry : context.inventory.span_index()) {
-        const auto range = spans.equal_range(entry.sequence_number);
-        const auto from = range.first;
-        const auto to = range.second;
-        const bool met = std::any_of(from, to, [&](const auto &span) {
-            return entry.start - span.second->start <= Tick &&
-                   span.second->start - entry.start <= Tick;
-        });
-        if (met)
+        const auto at = by_number.find(entry.sequence_number);
+        const bool none = at == by_number.end();
+        if (!none && at->second.has(entry.start))
             continue;
-        report(entry.record, from == to ? "none" : "other", [&] {
+        report(entry.record, none ? "none" : "other", [&] {
             std::string text = "the index points to record " +
                                std::to_string(entry.sequence_number) + " for the span of " +
                                span_text(entry.start, entry.end) + ", ";
-            text += from == to ? "where no time span header (070) begins"
-                               : "where that of " +
-                                     span_text(from->second->start, from->second->end) + " begins";
+            text += none ? "where no time span header (070) begins"
+                         : "where that of " +
+                               span_text(at->second.last->start, at->second.last->end) + " begins";
             return Told{"blockette 012", text};
         });
     }

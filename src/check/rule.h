@@ -2,6 +2,7 @@
 #pragma once
 
 #include "check/finding.h"
+#include "check/series_ends.h"
 #include "inventory/parts.h"
 #include "platform/format.h"
 
@@ -34,20 +35,6 @@ struct PendingUse {
     std::int64_t count = 0;
 };
 
-/// A time series (074) and what was met at its ends.
-struct SeriesSeen {
-    /// The data of the channel in the record to which it points.
-    struct End {
-        bool met = false; ///< there are any
-        double start = 0.0;
-        double end = 0.0;
-        double rate = 0.0;
-    };
-    SeriesIndexEntry entry;
-    End first;
-    End last;
-};
-
 /// What rules may look at.
 struct Context {
     Inventory inventory;
@@ -62,7 +49,7 @@ struct Context {
     bool formats_differ = false;         ///< the reading says so of the data record at hand
     std::vector<PendingUse> uses;
     std::map<int, const ChannelEpoch *> unit_users; ///< the first of each unit, in the end
-    std::vector<SeriesSeen> series;
+    std::vector<SeriesSeen> series;                 ///< in the end
     Evaluator *evaluator = nullptr;
 };
 

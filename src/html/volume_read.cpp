@@ -59,14 +59,19 @@ void ChannelData::add(const DataChannel &channel)
 {
     records += channel.records;
     samples += channel.samples;
+    spans.insert(spans.end(), channel.spans.begin(), channel.spans.end());
+    overlaps.insert(overlaps.end(), channel.overlapping.begin(), channel.overlapping.end());
+}
+
+void ChannelData::put_in_order()
+{
     const auto earlier = [](const auto &a, const auto &b) { return a.start < b.start; };
-    const auto join = [&](auto *all, const auto &more) {
-        const auto old = static_cast<std::ptrdiff_t>(all->size());
-        all->insert(all->end(), more.begin(), more.end());
-        std::inplace_merge(all->begin(), all->begin() + old, all->end(), earlier);
+    const auto sort = [&](auto *all) {
+        if (!std::is_sorted(all->begin(), all->end(), earlier))
+            std::stable_sort(all->begin(), all->end(), earlier);
     };
-    join(&spans, channel.spans);
-    join(&overlaps, channel.overlapping);
+    sort(&spans);
+    sort(&overlaps);
 }
 
 std::int64_t record_length(const VolumeRead &volume)
@@ -111,6 +116,8 @@ std::vector<PageChannel> page_channels(const Inventory &inventory)
             channels.push_back({data.code, nullptr, {}});
         channels[found == described.end() ? channels.size() - 1 : found->second].data.add(data);
     }
+    for (PageChannel &channel : channels)
+        channel.data.put_in_order();
     return channels;
 }
 

@@ -37,10 +37,12 @@ struct Records {
 struct ChannelData {
     std::int64_t records = 0;
     std::int64_t samples = 0;
-    std::vector<DataSpan> spans;       ///< in order of time
-    std::vector<DataOverlap> overlaps; ///< in order of time
+    std::vector<DataSpan> spans;
+    std::vector<DataOverlap> overlaps;
 
     void add(const DataChannel &channel);
+    /// Spans and overlaps in order of time, when all were added.
+    void put_in_order();
 };
 
 /// A channel of the page: those of the headers, in the inventory's order, then those that have

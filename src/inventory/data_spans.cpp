@@ -9,7 +9,7 @@ namespace quarl
 namespace
 {
 
-constexpr std::size_t Waiting_At_Least = 256;
+constexpr std::size_t At_Least = 256; ///< that are joined at a time
 
 bool earlier(const DataSpan &a, const DataSpan &b)
 {
@@ -22,7 +22,7 @@ void SpanJoiner::begin(const DataSpan &span)
 {
     if (has_open_) {
         waiting_.push_back(open_);
-        if (waiting_.size() >= std::max(Waiting_At_Least, joined_.size()))
+        if (waiting_.size() >= std::max(At_Least, joined_.size()))
             join_waiting();
     }
     open_ = span;
@@ -49,12 +49,33 @@ void SpanJoiner::note_overlap(const DataSpan &first, const DataSpan &second)
         overlaps_.from = first.end;
         overlaps_.to = second.start;
     }
-    const DataOverlap twice{second.start, std::min(first.end, second.end)};
-    if (!overlapping_.empty() && twice.start >= overlapping_.back().start &&
-        twice.start - overlapping_.back().end <= second.tolerance)
-        overlapping_.back().end = std::max(overlapping_.back().end, twice.end);
-    else
-        overlapping_.push_back(twice);
+    const double start = second.start;
+    const double end = std::min(first.end, second.end);
+    if (!overlapping_.empty() && start >= overlapping_.back().start &&
+        start - overlapping_.back().end <= second.tolerance) {
+        overlapping_.back().end = std::max(overlapping_.back().end, end);
+        return;
+    }
+    if (overlapping_.size() >= std::max(At_Least, 2 * overlapping_joined_))
+        join_overlapping();
+    overlapping_.push_back({{start, end}, second.tolerance});
+}
+
+/// Data that are repeated again and again overlap at the same times every time.
+void SpanJoiner::join_overlapping()
+{
+    std::sort(overlapping_.begin(), overlapping_.end(),
+              [](const Twice &a, const Twice &b) { return a.start < b.start; });
+    std::size_t last = 0;
+    for (std::size_t i = 1; i < overlapping_.size(); ++i) {
+        const Twice &next = overlapping_[i];
+        if (next.start - overlapping_[last].end <= next.tolerance)
+            overlapping_[last].end = std::max(overlapping_[last].end, next.end);
+        else
+            overlapping_[++last] = next;
+    }
+    overlapping_.resize(std::min(overlapping_.size(), last + 1));
+    overlapping_joined_ = overlapping_.size();
 }
 
 void SpanJoiner::join_waiting()
@@ -83,9 +104,9 @@ void SpanJoiner::finish(DataChannel *channel)
     joined_.shrink_to_fit();
     channel->spans = std::move(joined_);
     channel->overlaps = overlaps_;
-    std::sort(overlapping_.begin(), overlapping_.end(),
-              [](const DataOverlap &a, const DataOverlap &b) { return a.start < b.start; });
-    channel->overlapping = std::move(overlapping_);
+    join_overlapping();
+    channel->overlapping.assign(overlapping_.begin(), overlapping_.end());
+    overlapping_ = {};
 }
 
 } // namespace quarl

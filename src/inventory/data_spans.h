@@ -1,6 +1,7 @@
 // Joins the spans of data records that come in any order.
 #pragma once
 
+#include <cstddef>
 #include <quarl/contents.h>
 #include <vector>
 
@@ -9,7 +10,7 @@ namespace quarl
 
 /// The spans of one channel. Records in order of time cost one comparison each; others wait until
 /// there are as many as joined spans, and are sorted into these: n records cost n logarithms, and
-/// memory goes with the number of spans that do not join.
+/// memory goes with the number of spans that do not join, and of their overlaps.
 class SpanJoiner
 {
 public:
@@ -30,13 +31,18 @@ private:
     void join_waiting();
     void join(std::vector<DataSpan> *joined, const DataSpan &span);
     void note_overlap(const DataSpan &first, const DataSpan &second);
+    void join_overlapping();
 
     bool has_open_ = false;
     DataSpan open_;
     std::vector<DataSpan> waiting_;
     std::vector<DataSpan> joined_; ///< in order of time
     Occurrences overlaps_;
-    std::vector<DataOverlap> overlapping_;
+    struct Twice : DataOverlap {
+        double tolerance = 0.0; ///< s: what ends not further in front of it joins
+    };
+    std::vector<Twice> overlapping_;     ///< each batch of spans in order of time
+    std::size_t overlapping_joined_ = 0; ///< how many there were when they were joined last
 };
 
 } // namespace quarl
