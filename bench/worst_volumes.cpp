@@ -3,6 +3,7 @@
 #include "compose/blockette_text.h"
 #include "compose/volume.h"
 #include "worst_data.h"
+#include "worst_responses.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -84,5 +85,7 @@ std::string worst_volume(std::string_view kind, std::int64_t size)
         return fill(begin_station(), size, 52, [](auto i) { return b052(channel(i)); });
     if (std::string data = worst_data(kind, size); !data.empty())
         return data;
+    if (std::string responses = worst_responses(kind, size); !responses.empty())
+        return responses;
     throw std::invalid_argument("bad kind 'worst-" + std::string(kind) + "'");
 }

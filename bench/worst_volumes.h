@@ -8,5 +8,5 @@
 /// A volume of about `size` bytes. Kinds: `records`, logical records of 2 bytes; `counts`, response
 /// blockettes of 24 bytes that promise 2 × 9999 coefficients; `lengths`, blockettes of length 0;
 /// `epochs`, channel epochs that each begin before the last one; `channels`, each another one; and
-/// those of worst_data.
+/// those of worst_data and worst_responses.
 std::string worst_volume(std::string_view kind, std::int64_t size);

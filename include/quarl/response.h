@@ -13,7 +13,8 @@
 //
 // A symmetric FIR filter shifts nothing in time, whatever its decimation says. Any other has its
 // own delay, less the correction that its decimation states. Blockettes of one FIR filter, or list,
-// that continue each other in a stage are joined. Coefficients that are given in full (type D, FIR
+// that continue each other in a stage are joined, up to 9999 coefficients or entries and in all
+// 100,000 in a response. Coefficients that are given in full (type D, FIR
 // symmetry A) are divided by their sum when that is off 1 by more than 0.02.
 //
 // A response that contradicts itself is refused: the reason is told and there are no values.
@@ -80,7 +81,8 @@ struct Evaluation {
 
 /// Evaluates responses at fixed frequencies. A filter that was evaluated, at the same input rate,
 /// is not evaluated again: contents count, not pointers. Holds some 2 MB of such results at most,
-/// and those of a thousand filters when there are no frequencies. One object per thread.
+/// and those of a thousand filters when there are no frequencies; joined filters count with them.
+/// One object per thread.
 class Evaluator
 {
 public:
@@ -119,11 +121,13 @@ private:
 /// Phase in degrees, -180 to 180.
 [[nodiscard]] double phase_degrees(std::complex<double> value);
 
-/// The one filter of a stage. Blockettes that continue each other are joined; generic responses are
-/// passed over. Null when there is none; null with an error when they cannot be joined.
+/// The one filter of a stage. Blockettes that continue each other are joined, up to 9999
+/// coefficients or entries; generic responses are passed over. Null when there is none; null with
+/// an error when they cannot be joined.
 struct JoinedFilter {
     FilterPtr filter;
     std::string error;
+    bool is_made = false; ///< of several, and held by nobody else
 };
 [[nodiscard]] JoinedFilter joined_filter(const Stage &stage);
 

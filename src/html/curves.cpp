@@ -1,7 +1,5 @@
 #include "html/curves.h"
 
-#include "response/kind.h"
-
 #include "platform/number.h"
 
 #include <algorithm>
@@ -48,38 +46,12 @@ const Decimation *decimation_of(const Stage &stage)
     return nullptr;
 }
 
-/// The filter of a stage, also one that is passed over or cannot be joined.
-FilterPtr filter_of(const Stage &stage)
-{
-    if (JoinedFilter joined = joined_filter(stage); joined.filter)
-        return joined.filter;
-    for (const Part &part : stage.parts)
-        if (const auto *filter = std::get_if<FilterPtr>(&part))
-            return *filter;
-    return nullptr;
-}
-
-std::string_view kind_name(const FilterShape &shape)
+std::string_view kind_name(std::size_t kind)
 {
     static constexpr std::string_view Names[] = {"poles and zeros", "coefficients", "response list",
                                                  "generic",         "FIR",          "polynomial"};
-    return Names[shape.index()];
+    return Names[kind];
 }
-
-struct Coefficient_Count {
-    std::size_t operator()(const PolesZeros &shape) const
-    {
-        return shape.zeros.size() + shape.poles.size();
-    }
-    std::size_t operator()(const Coefficients &shape) const
-    {
-        return shape.numerators.size() + shape.denominators.size();
-    }
-    std::size_t operator()(const ResponseList &shape) const { return shape.entries.size(); }
-    std::size_t operator()(const GenericResponse &shape) const { return shape.corners.size(); }
-    std::size_t operator()(const Fir &shape) const { return shape.coefficients.size(); }
-    std::size_t operator()(const Polynomial &shape) const { return shape.coefficients.size(); }
-};
 
 void write_roots(Json *json, const std::vector<std::complex<double>> &roots)
 {
@@ -120,13 +92,6 @@ void write_drawn(Json *json, std::span<const DrawnPoint> points)
 }
 
 } // namespace
-
-bool Curves::Key::operator==(const Key &other) const
-{
-    return interval == other.interval && delay == other.delay &&
-           norm_frequency == other.norm_frequency && scale == other.scale &&
-           (filter == other.filter || *filter == *other.filter);
-}
 
 GridText::GridText(std::span<const double> frequencies)
 {
@@ -197,13 +162,11 @@ void Curves::write_new(Json *json, std::size_t at)
     }
 }
 
-std::optional<std::size_t> Curves::meet_filter(const Key &key, const StageCurve *curve, double gain)
+std::size_t Curves::meet_filter(const Key &key, const StageCurve *curve, double gain)
 {
-    if (!key.filter)
-        return {};
     const auto [known, is_new] = filter_by_key_.try_emplace(key, filters_.size());
     if (is_new)
-        filters_.push_back({.filter = known->first.filter.get()});
+        filters_.push_back({known->first.filter});
     Shown &shown = filters_[known->second];
     if (curve && curve->values.size() > shown.size) {
         shown.size = curve->values.size();
@@ -219,19 +182,21 @@ void Curves::meet_filters(std::size_t at, const Evaluation &evaluation)
     const Response &response = volume_.inventory.channel_epochs()[at].response;
     auto curve = evaluation.stages.begin();
     for (const StagePtr &stage : response.stages) {
-        Key key{.filter = filter_of(*stage)};
-        const Gain *stated = gain_of(*stage);
-        const double gain = stated ? stated->value : 1.0;
-        const StageCurve *values = nullptr;
-        if (curve != evaluation.stages.end() && curve->stage == stage->number) {
-            values = &*curve++;
-            key.interval = values->interval;
-            key.delay = values->delay;
-            key.norm_frequency = values->norm_frequency;
-            key.scale = values->gain / gain;
+        const bool is_evaluated = curve != evaluation.stages.end() && curve->stage == stage->number;
+        const StageCurve *values = is_evaluated ? &*curve++ : nullptr;
+        if (stage->number == 0)
+            continue;
+        ShownStage shown(stage.get(), std::nullopt);
+        if (const auto filter = stage_filter(*stage, values ? values->filter : nullptr)) {
+            const Gain *stated = gain_of(*stage);
+            const double gain = stated ? stated->value : 1.0;
+            Key key{.filter = *filter};
+            if (values)
+                key = {*filter, values->interval, values->delay, values->gain / gain,
+                       values->norm_frequency};
+            shown.second = meet_filter(key, values, gain);
         }
-        if (stage->number != 0)
-            stages_of_[at].push_back(meet_stage({stage.get(), meet_filter(key, values, gain)}));
+        stages_of_[at].push_back(meet_stage(shown));
     }
 }
 
@@ -253,10 +218,10 @@ void Curves::write_stage(Json *json, const ShownStage &shown) const
     json->key("stage").whole(stage.number);
     json->key("filter").index(filter);
     if (filter) {
-        const Filter &shape = *filters_[*filter].filter;
-        json->key("input_units").text(shape.input().name);
-        json->key("output_units").text(shape.output().name);
-        json->key("name").text(shape.name());
+        const StageFilter &shown_filter = filters_[*filter].filter;
+        json->key("input_units").text(shown_filter.first->input().name);
+        json->key("output_units").text(shown_filter.last->output().name);
+        json->key("name").text(shown_filter.first->name());
     }
     if (gain) {
         json->key("gain").real(gain->value);
@@ -284,13 +249,12 @@ void Curves::write_filters(Json *json) const
 {
     json->open('[');
     for (const Shown &shown : filters_) {
-        const FilterShape &shape = shown.filter->shape();
+        const StageFilter &filter = shown.filter;
         json->open('{');
-        json->key("kind").text(kind_name(shape));
-        const char letter = type_letter(shape);
-        json->key("type").text({&letter, 1});
-        json->key("coefficients").index(std::visit(Coefficient_Count(), shape));
-        if (const auto *roots = std::get_if<PolesZeros>(&shape)) {
+        json->key("kind").text(kind_name(filter.kind));
+        json->key("type").text({&filter.type, 1});
+        json->key("coefficients").index(filter.size);
+        if (const auto *roots = std::get_if<PolesZeros>(&filter.first->shape())) {
             json->key("a0").real(roots->factor);
             json->key("frequency").real(roots->frequency);
             write_roots(&json->key("poles"), roots->poles);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "html/drawn.h"
+#include "html/stage_filter.h"
 #include "html/volume_read.h"
 #include "platform/json_writer.h"
 
@@ -54,20 +55,20 @@ public:
 private:
     /// What decides a filter's curve in a page.
     struct Key {
-        FilterPtr filter;
+        StageFilter filter;
         double interval = 0.0;
         double delay = 0.0;
         double scale = 1.0; ///< of the gain that entered H by the one that is stated
         std::optional<double> norm_frequency = std::nullopt;
 
-        bool operator==(const Key &other) const;
+        bool operator==(const Key &other) const = default;
     };
     struct KeyHash {
-        std::size_t operator()(const Key &key) const { return key.filter->hash(); }
+        std::size_t operator()(const Key &key) const { return key.filter.hash; }
     };
     /// A filter and its curve, as far as the longest response needs it.
     struct Shown {
-        const Filter *filter = nullptr;
+        StageFilter filter;
         std::size_t size = 0;  ///< of the grid that the curve covers
         std::size_t first = 0; ///< of the points
         std::size_t count = 0;
@@ -84,7 +85,7 @@ private:
     void write_response(Json *json, std::size_t epoch);
     void write_new(Json *json, std::size_t epoch);
     void meet_filters(std::size_t epoch, const Evaluation &evaluation);
-    std::optional<std::size_t> meet_filter(const Key &key, const StageCurve *curve, double gain);
+    std::size_t meet_filter(const Key &key, const StageCurve *curve, double gain);
     std::size_t meet_stage(const ShownStage &stage);
     void write_stage(Json *json, const ShownStage &shown) const;
 

@@ -96,7 +96,7 @@ Known &Evaluator::Work::known(const Term &term)
         known_.clear();
         held_ = 0;
     }
-    held_ += Entry;
+    held_ += Entry + (term.is_made ? size_of(term.filter->shape()) : 0);
     ++evaluated_;
     return known_[key];
 }

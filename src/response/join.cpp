@@ -11,6 +11,9 @@ namespace quarl
 namespace
 {
 
+/// Counts of coefficients, as of entries, have four digits.
+constexpr std::size_t Longest = 9999;
+
 void append(const Coefficients &from, std::vector<double> *to)
 {
     to->insert(to->end(), from.numerators.begin(), from.numerators.end());
@@ -70,6 +73,15 @@ std::vector<FilterPtr> filters_of(const Stage &stage)
     return filters;
 }
 
+/// References may repeat a filter without end.
+bool is_too_long(const std::vector<FilterPtr> &filters)
+{
+    std::size_t size = 0;
+    for (const FilterPtr &filter : filters)
+        size += size_of(filter->shape());
+    return filters.size() > Longest || size > Longest;
+}
+
 } // namespace
 
 JoinedFilter joined_filter(const Stage &stage)
@@ -87,7 +99,11 @@ JoinedFilter joined_filter(const Stage &stage)
                                  stage.number, name_of(kind), name_of(kind_of(filter->shape())))};
     if (!can_be_continued(kind))
         return {nullptr, formatted<"stage %d: %s more than once">(stage.number, name_of(kind))};
-    return {join(filters, kind), ""};
+    if (is_too_long(filters))
+        return {nullptr, formatted<"stage %d: %s of more than %lu %s">(
+                             stage.number, name_of(kind), Longest,
+                             kind == Kind::List ? "entries" : "coefficients")};
+    return {join(filters, kind), "", true};
 }
 
 } // namespace quarl

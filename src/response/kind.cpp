@@ -38,18 +38,15 @@ Kind kind(const ResponseList & /*shape*/) { return Kind::List; }
 Kind kind(const GenericResponse & /*shape*/) { return Kind::Generic; }
 Kind kind(const Polynomial & /*shape*/) { return Kind::Polynomial; }
 
-bool empty(const PolesZeros &shape)
+std::size_t size(const PolesZeros &shape) { return shape.zeros.size() + shape.poles.size(); }
+std::size_t size(const Coefficients &shape)
 {
-    return shape.type == 'D' && shape.poles.empty() && shape.zeros.empty();
+    return shape.numerators.size() + shape.denominators.size();
 }
-bool empty(const Coefficients &shape)
-{
-    return shape.numerators.empty() && shape.denominators.empty();
-}
-bool empty(const Fir &shape) { return shape.coefficients.empty(); }
-bool empty(const ResponseList &shape) { return shape.entries.empty(); }
-bool empty(const GenericResponse &shape) { return shape.corners.empty(); }
-bool empty(const Polynomial &shape) { return shape.coefficients.empty(); }
+std::size_t size(const Fir &shape) { return shape.coefficients.size(); }
+std::size_t size(const ResponseList &shape) { return shape.entries.size(); }
+std::size_t size(const GenericResponse &shape) { return shape.corners.size(); }
+std::size_t size(const Polynomial &shape) { return shape.coefficients.size(); }
 
 char letter(const PolesZeros &shape) { return shape.type; }
 char letter(const Coefficients &shape) { return shape.type; }
@@ -75,9 +72,15 @@ bool is_fir(Kind kind)
 
 bool can_be_continued(Kind kind) { return is_fir(kind) || kind == Kind::List; }
 
+std::size_t size_of(const FilterShape &shape)
+{
+    return std::visit([](const auto &held) { return size(held); }, shape);
+}
+
 bool is_empty(const FilterShape &shape)
 {
-    return std::visit([](const auto &held) { return empty(held); }, shape);
+    const auto *roots = std::get_if<PolesZeros>(&shape);
+    return size_of(shape) == 0 && (!roots || roots->type == 'D');
 }
 
 const char *name_of(Kind kind)

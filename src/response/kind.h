@@ -3,6 +3,8 @@
 
 #include <quarl/stages.h>
 
+#include <cstddef>
+
 namespace quarl
 {
 
@@ -28,6 +30,9 @@ bool is_fir(Kind kind);
 
 /// Has a list of several blockettes' entries, one after the other, as its own.
 bool can_be_continued(Kind kind);
+
+/// Its poles and zeros, coefficients, entries or corners.
+std::size_t size_of(const FilterShape &shape);
 
 /// Has nothing to evaluate: digital poles and zeros without any, no coefficients, an empty list.
 bool is_empty(const FilterShape &shape);

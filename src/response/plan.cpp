@@ -85,10 +85,13 @@ private:
             plan_.error = std::move(reason);
     }
 
+    static constexpr std::size_t Most_Joined = 100'000;
+
     const std::vector<StagePtr> &stages_;
     const EvaluationOptions &options_;
     Plan plan_;
     bool has_polynomial_ = false;
+    std::size_t joined_ = 0;   ///< coefficients and entries of filters that were made
     bool filter_seen_ = false; ///< in a stage before the present one
 };
 
@@ -232,6 +235,9 @@ void Planner::add(std::size_t at)
         plan_.warnings.push_back(formatted<"stage %d: generic response passed over">(stage.number));
     const JoinedFilter joined = joined_filter(stage);
     std::string fault = joined.error;
+    if (joined.is_made && (joined_ += size_of(joined.filter->shape())) > Most_Joined)
+        fault =
+            formatted<"more than %lu coefficients in filters of several blockettes">(Most_Joined);
     if (fault.empty())
         fault = filter_fault(stage, joined.filter.get(), rest);
     if (!fault.empty()) {
@@ -240,7 +246,7 @@ void Planner::add(std::size_t at)
     }
     if (stage.number == 0 && !alone() && (!joined.filter || polynomial_of(stage)))
         return; // the other stages state in parts what it states as a whole
-    Term term{.stage = stage.number, .filter = joined.filter};
+    Term term{.stage = stage.number, .filter = joined.filter, .is_made = joined.is_made};
     if (const Polynomial *polynomial = polynomial_of(stage)) {
         add_polynomial(*polynomial, rest, &term);
     } else {

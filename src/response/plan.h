@@ -10,6 +10,7 @@ namespace quarl
 struct Term {
     int stage = 0;
     FilterPtr filter;         ///< null: the stage is its gain alone
+    bool is_made = false;     ///< the filter, of several blockettes: nobody else holds it
     double interval = 0.0;    ///< of the samples that a digital filter takes in, seconds; 0: analog
     double delay = 0.0;       ///< seconds by which the filter's output is taken back
     double gain = 1.0;        ///< enters H

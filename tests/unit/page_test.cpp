@@ -1,5 +1,7 @@
 // Pages: texts of volumes in markup and JSON, responses told once, files that are there whole or
 // not at all, and how runs of quarl-html end.
+#include "bench/worst_responses.h"
+#include "compose/blockette_text.h"
 #include "compose/files.h"
 #include "compose/sample.h"
 #include "compose/volume.h"
@@ -11,12 +13,14 @@
 #include "programs/output_file.h"
 #include "support/capture.h"
 #include "support/process.h"
+#include "support/sanitized.h"
 
 #include <cmath>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace
@@ -35,6 +39,14 @@ template <class F> std::string written(F &&write)
                to.flush();
            })
         .out;
+}
+
+std::int64_t count(std::string_view text, std::string_view part)
+{
+    std::int64_t found = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; at += part.size())
+        ++found;
+    return found;
 }
 
 TEST(Page, TextsAreNoMarkup)
@@ -207,6 +219,44 @@ TEST_F(PageRun, PartsOfVolumes)
     EXPECT_EQ(part.status, "1") << part.err;
     EXPECT_NE(part.err, "");
     EXPECT_TRUE(part.out.ends_with("</html>\n"));
+}
+
+/// Bytes of references make many times as many of filters, which a page must not keep.
+TEST_F(PageRun, KeepsNoJoinedFilters)
+{
+    constexpr std::int64_t Size = 256 << 10;
+    const Outcome joined = page({file("joined.seed", worst_responses("joined", Size))});
+    EXPECT_EQ(count(joined.out, R"("kind":"FIR","type":"A","coefficients":9800,"at":[)"),
+              count(joined.out, "\"stage\":1,"));
+    EXPECT_EQ(count(joined.out, "\"error\":"), 0);
+
+    const Outcome refused = page({file("long.seed", worst_responses("references", Size))});
+    EXPECT_EQ(
+        count(refused.out, "\"error\":\"stage 1: FIR filter of more than 9999 coefficients\""),
+        count(refused.out, "\"same\":") + count(refused.out, "\"stage\":1,"));
+    rusage usage = {};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    EXPECT_LT(usage.ru_maxrss, sanitized() ? 400 << 10 : 24 << 10) << "KiB";
+}
+
+/// Joined filters that are equal are one, whatever blockettes of the stage stand around them.
+TEST_F(PageRun, TellsOfJoinedFiltersOnce)
+{
+    const auto fir = [](double a, double b) { return b061({.coefficients = {a, b}}); };
+    VolumeBuilder volume;
+    volume.header('V').blockette(10, b010(2.4, 12, "2020,001", "", "", "", ""));
+    volume.header('S').blockette(50, b050({}));
+    const auto epoch = [&](const std::string &first, const std::string &second, double gain) {
+        volume.blockette(52, b052({})).blockette(61, first).blockette(61, second);
+        volume.blockette(57, b057(1, 20, 1, 0, 0, 0)).blockette(58, b058(1, gain, 0));
+    };
+    epoch(fir(1, 2), fir(3, 4), 1);
+    epoch(fir(1, 2), fir(3, 4), 2);
+    epoch(fir(3, 4), fir(1, 2), 1);
+    const Outcome shown = page({file("joined.seed", volume.volume())});
+    EXPECT_EQ(count(shown.out, R"("kind":"FIR","type":"A","coefficients":4)"), 2);
+    EXPECT_EQ(count(shown.out, R"("stage":1,"filter":0)"), 2);
+    EXPECT_EQ(count(shown.out, R"("stage":1,"filter":1)"), 1);
 }
 
 TEST_F(PageRun, SignalsGiveNoPage)

@@ -264,6 +264,30 @@ TEST(Response, HasAThousandStagesAtMost)
     EXPECT_EQ(evaluate(response(stages), {1.0}).values.at(0), 1.0);
 }
 
+TEST(Response, JoinsFiltersUpToALimit)
+{
+    const auto joined = [](const Part &filter, std::size_t times) {
+        std::vector<Part> parts(times, filter);
+        parts.insert(parts.end(), {At_Eight, One});
+        return parts;
+    };
+    const Part fir_of_99 = fir('A', std::vector<double>(99, 0.01));
+    EXPECT_EQ(evaluate(response({{1, joined(fir_of_99, 101)}}), {1.0}).error, "");
+    EXPECT_EQ(evaluate(response({{1, joined(fir_of_99, 102)}}), {1.0}).error,
+              "stage 1: FIR filter of more than 9999 coefficients");
+    EXPECT_EQ(evaluate(response({{1, joined(fir('A', {}), 10000)}}), {1.0}).error,
+              "stage 1: FIR filter of more than 9999 coefficients");
+    EXPECT_EQ(evaluate(response({{1, joined(list(Bend), 9999)}}), {1.0}).error,
+              "stage 1: response list of more than 9999 entries");
+    Stages stages(11, {1, joined(fir_of_99, 101)});
+    for (int i = 0; i < 11; ++i)
+        stages[i].first = i + 1;
+    EXPECT_EQ(evaluate(response(stages), {1.0}).error,
+              "more than 100000 coefficients in filters of several blockettes");
+    stages.pop_back();
+    EXPECT_EQ(evaluate(response(stages), {1.0}).error, "");
+}
+
 TEST(Response, GivesTheFiguresOfAChannel)
 {
     const Response moved = response({{1, {roots('B', 7, 2, {0.0}, {}), Gain{10, 2}}},
