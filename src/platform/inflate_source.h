@@ -53,7 +53,7 @@ public:
 private:
     int fd_;
     int error_ = 0;
-    std::array<unsigned char, 65536> block_;
+    alignas(4096) std::array<unsigned char, 65536> block_; ///< kernels copy whole pages best
 };
 
 /// Leaves the reason of a fault for elog: `error` when a read failed, else the decompressor's

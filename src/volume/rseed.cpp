@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -31,46 +32,78 @@ constexpr int Default_Record_Length = 512;
 constexpr int Largest_Whole_Record = 65536; ///< a record up to this size is always in the buffer
 constexpr int Max_Exponent = 30;
 
+/// A kernel copies into memory up to five times slower where its target stands otherwise in a page
+/// than its source, which begins with one. So a byte of the input always stands where it would
+/// stand in the pages of its file, and a read ends where a page does.
+constexpr int Page = 4096;
+
 /// The buffer slides through this many times its own size before its unread tail is moved back to
 /// the beginning, so that hardly a byte is moved.
 constexpr int Slides = 3;
 
-bool can_read(const SeedInput *in) { return !in->eof && in->read_error == 0; }
+std::uintptr_t place_in_page(const char *at) { return reinterpret_cast<std::uintptr_t>(at) % Page; }
 
-/// One read into the free part of the buffer. What is held is written out first: the read may wait.
-void read_once(SeedInput *in)
+/// Moves what was read to the front of the store when there is no room left behind it.
+void make_room(SeedInput *in)
 {
+    char *begin = in->store.data();
+    if (in->store.size() - (in->buffer - begin) >= SeedInput::sZphysical + Page)
+        return;
+    char *to = begin + (place_in_page(in->buffer) + Page - place_in_page(begin)) % Page;
+    std::memmove(to, in->buffer, in->pbytes + in->ahead);
+    in->buffer = to;
+}
+
+/// One read, of at least as many bytes as the buffer lacks. What is held is written out first: the
+/// read may wait.
+void read_ahead(SeedInput *in)
+{
+    make_room(in);
     before_wait();
     errno = 0;
+    const std::size_t over = place_in_page(in->buffer + SeedInput::sZphysical);
+    const int have = in->pbytes + in->ahead;
     const ssize_t count =
-        in->stream->read(in->buffer + in->pbytes, SeedInput::sZphysical - in->pbytes);
+        in->stream->read(in->buffer + have, SeedInput::sZphysical - have + (Page - over) % Page);
     if (count > 0) {
-        in->pbytes += static_cast<int>(count);
-        in->totbytes += count;
-        ++in->nreads;
+        in->ahead += static_cast<int>(count);
     } else if (count == 0) {
-        in->eof = 1;
+        in->beyond = Ending::file;
     } else if (errno == EINTR) {
-        in->eof = 1;
-        in->stopped = true;
+        in->beyond = Ending::stop;
+        in->ahead = 0;
     } else {
-        in->read_error = errno != 0 ? errno : -1;
+        in->beyond = Ending::failure;
+        in->read_error = errno;
         in->read_reason = elog_take_reason();
     }
+}
+
+/// The buffer gets what one read of all that it lacks would bring, or how the input ends.
+void read_once(SeedInput *in)
+{
+    const int room = SeedInput::sZphysical - in->pbytes;
+    if (in->ahead < room && in->beyond == Ending::open)
+        read_ahead(in);
+    const int count = std::min(in->ahead, room);
+    if (count == 0)
+        in->ending = std::exchange(in->beyond, Ending::open);
+    in->ahead -= count;
+    in->pbytes += count;
+    in->totbytes += count;
+}
+
+/// Drops the first `n` bytes of the buffer.
+void drop(SeedInput *in, int n)
+{
+    in->buffer += n;
+    in->pbytes -= n;
 }
 
 /// Drops the bytes before the current record.
 void drop_used(SeedInput *in)
 {
-    const int kept = std::max(in->pbytes - in->start, 0);
-    const std::ptrdiff_t window = in->buffer - in->store.data() + in->start;
-    if (kept > 0 && window + SeedInput::sZphysical <= std::ssize(in->store)) {
-        in->buffer += in->start;
-    } else {
-        std::memmove(in->store.data(), in->buffer + (in->pbytes - kept), kept);
-        in->buffer = in->store.data();
-    }
-    in->pbytes = kept;
+    drop(in, std::min(in->start, in->pbytes));
     in->start = 0;
     in->cur = 0;
 }
@@ -78,9 +111,8 @@ void drop_used(SeedInput *in)
 /// Reports the read error that was held back until now.
 void report_read_error(SeedInput *in)
 {
-    in->eof = 1;
-    in->failed = true;
-    errno = std::max(std::exchange(in->read_error, 0), 0);
+    in->ending = Ending::told_failure;
+    errno = in->read_error;
     elog_set_reason(in->read_reason);
     elog_complain<MessageKind::input_read_error, "input read error\n">(1);
 }
@@ -92,9 +124,9 @@ bool take_slowly(SeedInput *in, int from, char *dest, int n)
 {
     if (n > SeedInput::sZphysical - from)
         return false;
-    while (in->pbytes < from + n && can_read(in))
+    while (in->pbytes < from + n && in->ending == Ending::open)
         read_once(in);
-    if (in->stopped && in->pbytes < from + n)
+    if (in->ending == Ending::stop && in->pbytes < from + n)
         return false;
     const int present = std::clamp(in->pbytes - from, 0, n);
     std::memcpy(dest, in->buffer + std::min(from, in->pbytes), present);
@@ -122,7 +154,7 @@ bool is_fill(std::string_view bytes)
 void tell_cut(SeedInput *in, int start)
 {
     const int present = in->pbytes - start;
-    if (present <= 0 || present >= in->recsiz || in->told_cut || in->stopped ||
+    if (present <= 0 || present >= in->recsiz || in->told_cut || in->ending == Ending::stop ||
         is_fill({in->buffer + start, static_cast<std::size_t>(present)}))
         return;
     in->told_cut = true;
@@ -134,9 +166,10 @@ void tell_cut(SeedInput *in, int start)
 inline bool copy_bytes(SeedInput *in, char *dest, int n)
 {
     if (!take(in, in->cur, dest, n)) {
-        in->eof = 1;
-        if (!in->stopped) // then it is still asked how far the items reach
-            in->pbytes = 0;
+        if (!has_ended(in))
+            in->ending = Ending::file;
+        if (in->ending != Ending::stop) // then it is still asked how far the items reach
+            drop(in, in->pbytes);
         errno = 0;
         return false;
     }
@@ -215,7 +248,8 @@ int saturated_sum(int a, int b)
 std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
 {
     auto in = allocate_one<SeedInput>("handle", sizeof(SeedInput), Where());
-    allocate(in->store, Slides * SeedInput::sZphysical, "handle->buffer");
+    allocate(in->store, Slides * (SeedInput::sZphysical + Page), "handle->buffer");
+    in->buffer = in->store.data() + (Page - place_in_page(in->store.data())) % Page;
     in->stream = path.empty() || path == "-" ? gz_cat_stdin() : gz_cat(path.c_str());
     if (!in->stream)
         opening_failed(path);
@@ -226,25 +260,24 @@ std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
 void clrSeedInput(SeedInput *in)
 {
     ++in->fileno;
-    in->buffer = in->store.data();
-    in->pbytes = in->eof = in->nreads = 0;
+    drop(in, in->pbytes);
     in->totbytes = in->recno = 0;
     in->start = in->cur = in->recsiz = in->seq_num = 0;
     in->type_code = in->cont_code = '#';
-    in->told_cut = in->length_open = in->failed = in->stopped = false;
-    in->read_error = 0;
+    in->told_cut = in->length_open = false;
+    in->ending = Ending::open;
 }
 
 int moredata(SeedInput *in)
 {
     if (in->start > 0)
         drop_used(in);
-    while (can_read(in) && in->pbytes <= Largest_Whole_Record)
+    while (in->ending == Ending::open && in->pbytes <= Largest_Whole_Record)
         read_once(in);
     if (in->pbytes > 0)
         return 0;
     errno = 0;
-    if (in->read_error != 0)
+    if (in->ending == Ending::failure)
         report_read_error(in);
     return -1;
 }
@@ -261,12 +294,12 @@ int advanceLogicalRecord(SeedInput *in, Entry entry)
     const int left = in->start;
     in->start = saturated_sum(in->start, in->recsiz);
     in->cur = in->start;
-    if (in->eof && in->pbytes <= in->start) {
+    if (has_ended(in) && in->pbytes <= in->start) {
         tell_cut(in, left); // what is missing may be fill that nobody asked for
         errno = 0;
         return -1;
     }
-    if (!in->eof && in->pbytes <= in->start + Largest_Whole_Record && moredata(in) != 0)
+    if (!has_ended(in) && in->pbytes <= in->start + Largest_Whole_Record && moredata(in) != 0)
         return -1;
     return enter_record(in) ? 0 : -1;
 }

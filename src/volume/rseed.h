@@ -22,6 +22,15 @@ enum class Entry {
     continue_item ///< an item goes on
 };
 
+/// How the input ends.
+enum class Ending {
+    open,         ///< not yet
+    file,         ///< as a file does, or where its records lead out of what can be read
+    failure,      ///< a read failed, which is told when the bytes before it are used up
+    told_failure, ///< a read failed, which was told
+    stop          ///< a read that waited was given up
+};
+
 /// One input stream: a read-ahead buffer and the current logical record in it. While inside a
 /// record, start <= cur; `recsiz` is a power of two or a data record's length.
 struct SeedInput {
@@ -32,8 +41,9 @@ struct SeedInput {
     std::vector<char> store;      ///< room in which the buffer slides
     char *buffer = nullptr;       ///< read-ahead buffer of sZphysical bytes inside `store`
     int pbytes = 0;               ///< bytes held in the buffer
-    int eof = 0;                  ///< the input has ended
-    int nreads = 0;               ///< reads that returned data in this file
+    int ahead = 0;                ///< bytes behind them that were read, too, and come next
+    Ending ending = Ending::open; ///< what follows the bytes held
+    Ending beyond = Ending::open; ///< what follows those behind them, once it is known
     std::int64_t totbytes = 0;    ///< bytes read in this file
     std::int64_t recno = 0;       ///< logical records entered in this file
     int start = 0;                ///< buffer offset of the current logical record
@@ -45,14 +55,18 @@ struct SeedInput {
     std::array<char, 8> header{}; ///< its header as it stands
     bool told_cut = false;        ///< the user knows that the input ends inside a record
     bool length_open = false;     ///< the record's length is about to turn out, a cut is told then
-    int read_error = 0;      ///< a read failed with this errno (-1: reason only); held back ...
-    std::string read_reason; ///< ... with these words until the bytes before it are used up
-    bool failed = false;     ///< a read error was reported in this file
-    bool stopped = false;    ///< a read that waited was given up: the input ends here
+    int read_error = 0;           ///< errno of the read that failed, or 0 ...
+    std::string read_reason;      ///< ... and its words
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
     Entry entry = Entry::begin;         ///< of the current record
     std::function<void()> on_entered;   ///< called when its header was read
 };
+
+/// Nothing is read any more.
+inline bool has_ended(const SeedInput *in)
+{
+    return in->ending != Ending::open && in->ending != Ending::failure;
+}
 
 /// Opens `path` ("" or "-": standard input). A path that cannot be opened, or whose opening is
 /// given up, ends the run.

@@ -36,7 +36,7 @@ void report_bad_item(read_handle_t *handle, std::string_view text)
 /// The input ended inside the item: true when that is a fault, and not what was asked for.
 bool is_cut(read_handle_t *handle)
 {
-    handle->cut = !handle->logical->stopped;
+    handle->cut = handle->logical->ending != Ending::stop;
     return handle->cut;
 }
 

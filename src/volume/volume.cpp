@@ -98,9 +98,9 @@ std::int64_t items_end(const read_handle_t &handle)
     FileEnd &end = state->file_end;
     if (stopped)
         handle.framing = false;
-    end.stopped = stopped || in.stopped;
+    end.stopped = stopped || in.ending == Ending::stop;
     end.cut = handle.cut || in.told_cut;
-    end.failed = in.failed;
+    end.failed = in.ending == Ending::told_failure;
     const std::int64_t bytes = end.stopped ? items_end(handle) : in.totbytes;
     handle.framing = false;
     if (end.stopped)
@@ -121,7 +121,7 @@ std::int64_t items_end(const read_handle_t &handle)
 bool is_to_stop(const State &state)
 {
     return state.options.stop && state.options.stop->load(std::memory_order_relaxed) &&
-           !state.handle->logical->stopped;
+           state.handle->logical->ending != Ending::stop;
 }
 
 const Item *next_item(State *state)

@@ -17,9 +17,11 @@ struct Script : Inflater {
     std::size_t chunk = 0;
     int error = 0;
     std::string_view reason;
+    std::function<void(const char *to, std::size_t size)> on_read = [](auto...) {};
 
     ssize_t read(char *to, std::size_t size) override
     {
+        on_read(to, size);
         const std::size_t count = bytes.copy(to, std::min(size, chunk));
         bytes.erase(0, count);
         if (count > 0 || (error == 0 && reason.empty()))
@@ -100,8 +102,8 @@ TEST(Records, HeadersAreSkippedAndKept)
         const int files = in->fileno;
         clrSeedInput(in);
         EXPECT_EQ(in->fileno, files + 1);
-        EXPECT_EQ(std::tie(in->totbytes, in->recsiz, in->eof, in->cont_code),
-                  std::make_tuple(0, 0, 0, '#'));
+        EXPECT_EQ(std::tie(in->totbytes, in->recsiz, in->ending, in->cont_code),
+                  std::make_tuple(0, 0, Ending::open, '#'));
         EXPECT_EQ(next(in, 1), "end");
     }
 }
@@ -170,6 +172,39 @@ TEST(Records, AboveSixtyFourKibibytesAreReadWhole)
     setReadRecLen(handle->logical.get(), 30);
     EXPECT_EQ(next(handle->logical.get(), 131074), "end");
     EXPECT_EQ(next(handle->logical.get(), 131074), "end");
+    // The next file begins behind what the buffer held, not behind what was read.
+    clrSeedInput(handle->logical.get());
+    while (next(handle->logical.get(), 504) != "end")
+        continue;
+    EXPECT_EQ(handle->logical->totbytes, 300000 - 131074);
+}
+
+TEST(Records, AreReadToWhereTheyStandInThePagesOfTheirFile)
+{
+    constexpr std::size_t Page = 4096;
+    for (const std::size_t chunk : {777UL, 3 * Page, 1000000UL}) {
+        auto script = std::make_unique<Script>();
+        std::string expected;
+        for (int i = 0; i < 3000; ++i) {
+            expected += std::to_string(i);
+            script->bytes += record("000001V ", std::to_string(i));
+        }
+        script->chunk = chunk;
+        script->on_read = [&, left = &script->bytes,
+                           size = script->bytes.size()](const char *to, std::size_t asked) {
+            const std::size_t at = size - left->size();
+            EXPECT_EQ((reinterpret_cast<std::uintptr_t>(to) - at) % Page, 0) << at;
+            EXPECT_EQ((at + asked) % Page, 0) << at;
+        };
+        auto handle = reading("");
+        handle->logical->stream = std::make_unique<Stream>(-1, false, std::move(script));
+        std::string numbers;
+        for (int i = 0; i < 3000; ++i) {
+            const std::string content = next(handle->logical.get(), 504);
+            numbers += content.substr(0, content.find(' '));
+        }
+        EXPECT_EQ(numbers, expected) << chunk;
+    }
 }
 
 TEST(Records, ShorterThanTheirHeaderStillEnd)
