@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <unistd.h>
 
 namespace quarl
 {
@@ -17,10 +18,13 @@ struct Seen {
     std::atomic<int> signal{0};
     std::atomic<bool> tick{false};
     std::atomic<bool> report{false};
-    bool timed = false; ///< there is a timer; without one no signal is caught
+    std::atomic<bool> at_once{false};        ///< the next one ends the process
+    std::atomic<const char *> file{nullptr}; ///< to be removed then
+    bool timed = false;                      ///< there is a timer; without one no signal is caught
     timer_t timer{};
 };
-static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free &&
+              std::atomic<const char *>::is_always_lock_free);
 
 constinit Seen Signals;
 
@@ -49,6 +53,12 @@ void on_report(int /*signal*/)
 void on_end(int signal)
 {
     const KeptErrno kept;
+    if (Signals.at_once) {
+        if (const char *file = Signals.file)
+            unlink(file);
+        end_by(signal); // when this handler returns: it blocks all signals
+        return;
+    }
     if (Signals.stop.exchange(true))
         return;
     Signals.signal = signal;
@@ -107,10 +117,29 @@ void catch_reports()
 
 void catch_ends()
 {
+    Signals.at_once = false;
     if (Signals.timed)
         for (const int each : Ends)
             catch_signal(each, on_end);
 }
+
+void end_at_once()
+{
+    Signals.at_once = true;
+    for (const int each : Ends)
+        catch_signal(each, on_end);
+}
+
+void remove_at_end(const char *path) { Signals.file = path; }
+
+HeldSignals::HeldSignals()
+{
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &before_);
+}
+
+HeldSignals::~HeldSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
 const std::atomic<bool> &stop_asked() { return Signals.stop; }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <atomic>
+#include <csignal>
 
 namespace quarl
 {
@@ -18,6 +19,24 @@ void catch_reports();
 /// Timer_Interval count as one, as some senders reach a process in two ways. Does nothing without
 /// catch_reports.
 void catch_ends();
+
+/// From now on, and whatever the program does, each of these signals ends the process at once.
+void end_at_once();
+/// Such an end removes the file at `path`, which has to stay; null: none.
+void remove_at_end(const char *path);
+
+/// Holds all signals back while it lives.
+class HeldSignals
+{
+public:
+    HeldSignals();
+    HeldSignals(const HeldSignals &) = delete;
+    HeldSignals &operator=(const HeldSignals &) = delete;
+    ~HeldSignals();
+
+private:
+    sigset_t before_{};
+};
 
 /// Set by the first signal that ends the run.
 const std::atomic<bool> &stop_asked();

@@ -1,12 +1,16 @@
 #include "programs/output_file.h"
 
+#include "programs/interrupt.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <memory>
 #include <quarl/error.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -30,6 +34,7 @@ public:
     Draft(std::string path, const struct stat *status) : path_(std::move(path))
     {
         constexpr int Attempts = 100; // at names that killed runs may have left
+        const HeldSignals held;       // none comes between the making of the file and its name's
         for (int i = 0; fd_ < 0 && i < Attempts; ++i) {
             draft_ = path_ + "." + std::to_string(getpid() + i) + ".tmp";
             fd_ = open(draft_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -38,6 +43,7 @@ public:
         }
         if (fd_ < 0)
             fail(path_, errno);
+        remove_at_end(draft_.c_str());
         if (status)
             (void)fchmod(fd_, status->st_mode & 0777);
     }
@@ -49,6 +55,7 @@ public:
             close(fd_);
         if (!draft_.empty())
             unlink(draft_.c_str());
+        remove_at_end(nullptr);
     }
 
     [[nodiscard]] int fd() const { return fd_; }
@@ -65,13 +72,24 @@ private:
     int fd_ = -1;
 };
 
-/// The file behind `path`, links followed, where it can be replaced by another of that name; empty
-/// for what has to be written to as it is. A name in /dev or /proc stands for what a process has
-/// open, whatever that is.
+/// What a link to nothing names at last.
+std::string end_of_links(const std::string &path)
+{
+    constexpr int Most = 40; // as many as the system follows
+    std::filesystem::path at = path;
+    std::error_code error;
+    for (int i = 0; i < Most && std::filesystem::is_symlink(at, error); ++i)
+        at = at.parent_path() / std::filesystem::read_symlink(at, error);
+    return at;
+}
+
+/// The file behind `path`, links followed, where it can be made or replaced by another of that
+/// name; empty for what has to be written to as it is. A name in /dev or /proc stands for what a
+/// process has open, whatever that is.
 std::string replaceable(const std::string &path, const struct stat *status)
 {
     if (!status)
-        return path;
+        return end_of_links(path);
     if (!S_ISREG(status->st_mode) || path.starts_with("/dev/") || path.starts_with("/proc/"))
         return {};
     const std::unique_ptr<char, void (*)(void *)> real(realpath(path.c_str(), nullptr), std::free);
@@ -108,6 +126,8 @@ void write_file(const std::string &path, const std::function<void(Out &)> &write
 {
     struct stat status = {};
     const struct stat *there = stat(path.c_str(), &status) == 0 ? &status : nullptr;
+    if (!there && errno != ENOENT) // a link that may not be followed, for one
+        fail(path, errno);
     if (const std::string target = replaceable(path, there); !target.empty()) {
         Draft draft(target, there);
         write_through(draft.fd(), path, write);

@@ -83,6 +83,8 @@ int PageReading::read(html::VolumeRead *into)
         say_unread(console_, path_, error);
         failed_ = true;
     }
+    console_->elog_clear_register();
+    end_at_once(); // there is no reading any more that looks at flags
     if (stop_asked() || (failed_ && !any_))
         return No_Page;
     into->findings = checker_->take(&into->inventory);

@@ -174,6 +174,15 @@ TEST_F(PageRun, FileOrStream)
     EXPECT_TRUE(fs::is_symlink(path("link.html")));
     EXPECT_EQ(fs::status(target).permissions(), fs::perms(0640));
 
+    // A link to nothing stays, too: its end is made.
+    fs::create_symlink("new.html", path("second.html"));
+    fs::create_symlink(path("second.html"), path("first.html"));
+    EXPECT_EQ(page({"-o", path("first.html"), volume}).status, "0");
+    EXPECT_TRUE(read_file(path("new.html")) == streamed.out);
+    EXPECT_TRUE(fs::is_symlink(path("first.html")) && fs::is_symlink(path("second.html")));
+    fs::create_symlink("loop.html", path("loop.html"));
+    EXPECT_EQ(page({"-o", path("loop.html"), volume}).status, "2");
+
     const Outcome device = page({"-o", "/dev/stdout", volume});
     EXPECT_TRUE(device.out == streamed.out);
     EXPECT_EQ(page({"-o", "/dev/full", volume}).status, "2");
@@ -272,6 +281,24 @@ TEST_F(PageRun, SignalsGiveNoPage)
     kill(tool, SIGTERM);
     EXPECT_EQ(wait_for(tool), "signal " + std::to_string(SIGTERM));
     EXPECT_FALSE(fs::exists(target));
+}
+
+TEST_F(PageRun, SignalsEndTheWriting)
+{
+    const std::string volume = file("v.seed", worst_responses("joined", 2 << 20));
+    const std::string target = file("page.html", "old");
+    for (const int signals : {1, 2}) {
+        const pid_t tool = start(std::string(QUARL_PROGRAM) + "-html", {"-o", target, volume},
+                                 {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO});
+        const std::string draft = target + "." + std::to_string(tool) + ".tmp";
+        for (int wait = 0; wait < 60'000 && !fs::exists(draft); ++wait)
+            usleep(1000);
+        for (int i = 0; i < signals; ++i, usleep(1000))
+            kill(tool, SIGTERM);
+        EXPECT_EQ(wait_for(tool), "signal " + std::to_string(SIGTERM));
+        EXPECT_FALSE(fs::exists(draft));
+        EXPECT_EQ(read_file(target), "old");
+    }
 }
 
 } // namespace
