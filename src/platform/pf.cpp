@@ -2,17 +2,22 @@
 
 #include "platform/elog.h"
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <memory>
 #include <optional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // The library asserts, or with NDEBUG assumes, what it then reports as an error of the file.
 #undef NDEBUG
 #define TOML_ASSERT(condition) static_cast<void>(0)
 #define TOML_EXCEPTIONS 0
+#define TOML_MAX_NESTED_VALUES 32
 #include <toml++/impl/preprocessor.h>
 // Its tables of white space take most other characters beyond ASCII for impossible.
 #undef TOML_UNREACHABLE
@@ -27,6 +32,8 @@ namespace quarl
 
 namespace
 {
+
+constexpr int Deepest = 32; ///< levels of values, and parts of a key
 
 /// The directory that holds the running program; empty when the system does not say.
 std::string program_directory()
@@ -66,16 +73,74 @@ struct Close {
     void operator()(std::FILE *file) const { (void)std::fclose(file); }
 };
 
-/// Appends the whole file to `text`; false with errno set when it cannot be read.
+/// False: an open file is no parameter file, for the reason that is left for elog.
+bool is_regular(int fd)
+{
+    struct stat status = {};
+    if (fstat(fd, &status) != 0 || S_ISREG(status.st_mode))
+        return S_ISREG(status.st_mode);
+    errno = S_ISDIR(status.st_mode) ? EISDIR : 0;
+    elog_set_reason(errno == 0 ? "not a regular file" : "");
+    return false;
+}
+
+/// Reads the whole file into `text`; false, with the reason left for elog, when that cannot be
+/// done. It waits for nobody, and takes no more than a file of the largest size.
 bool read_file(const std::string &path, std::string *text)
 {
-    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rbe"));
-    if (!file)
+    constexpr std::size_t Largest = 1 << 20;
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    const std::unique_ptr<std::FILE, Close> file(fd < 0 ? nullptr : fdopen(fd, "rb"));
+    if (!file || !is_regular(fd))
         return false;
-    std::array<char, 4096> block;
-    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get()))
-        text->append(block.data(), count);
-    return std::ferror(file.get()) == 0;
+    text->resize(Largest + 1);
+    text->resize(std::fread(text->data(), 1, text->size(), file.get()));
+    if (std::ferror(file.get()) != 0)
+        return false;
+    errno = 0;
+    elog_set_reason(text->size() > Largest ? "larger than 1 MiB" : "");
+    return text->size() <= Largest;
+}
+
+/// Moves `text` past a TOML string that it begins with.
+void skip_string(std::string_view *text)
+{
+    const char quote = text->front();
+    const std::string three(3, quote);
+    const std::string_view end(three.data(), text->starts_with(three) ? 3 : 1);
+    std::size_t at = end.size();
+    while (at < text->size() && !text->substr(at).starts_with(end) &&
+           (end.size() == 3 || (*text)[at] != '\n'))
+        at += quote == '"' && (*text)[at] == '\\' ? 2 : 1;
+    at = std::min(at + end.size(), text->size());
+    while (end.size() == 3 && text->substr(at).starts_with(quote)) // up to two belong to it
+        ++at;
+    text->remove_prefix(at);
+}
+
+/// Where values, or parts of a key, nest deeper than what is meant as a parameter file; null where
+/// they do not. The library makes a table of each part of a key, and its stack is as deep.
+const char *nested_too_deep(std::string_view text)
+{
+    int parts = 1;
+    int values = 0;
+    while (!text.empty() && parts <= Deepest && values <= Deepest) {
+        const char c = text.front();
+        if (c == '"' || c == '\'') {
+            skip_string(&text);
+            continue;
+        }
+        if (c == '#') // up to the end of the line
+            text.remove_prefix(std::min(text.find('\n'), text.size()) - 1);
+        text.remove_prefix(1);
+        if (c == '.')
+            ++parts;
+        else if (std::string_view("\n=,{}[]#").find(c) != std::string_view::npos)
+            parts = 1;
+        values += c == '[' || c == '{' ? 1 : 0;
+        values -= c == ']' || c == '}' ? 1 : 0;
+    }
+    return parts <= Deepest && values <= Deepest ? nullptr : text.data();
 }
 
 int complain_at(std::string_view origin, const toml::source_region &where, std::string_view what)
@@ -101,6 +166,12 @@ int read_table(const toml::table &from, std::string_view origin, Arr<std::string
 
 int pfparse(std::string_view text, std::string_view origin, Pf *pf)
 {
+    if (const char *at = nested_too_deep(text)) {
+        const std::int64_t line = 1 + std::count(text.data(), at, '\n');
+        elog_log<MessageKind::parameter_file, "%s:%d: nested deeper than %d">(0, origin, line,
+                                                                              Deepest);
+        return -1;
+    }
     const toml::parse_result result = toml::parse(text, origin);
     if (!result)
         return complain_at(origin, result.error().source(), result.error().description());

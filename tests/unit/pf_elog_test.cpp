@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace
 {
@@ -109,8 +110,18 @@ TEST(Out, WaitsForAReaderThatIsSlow)
     EXPECT_EQ(received, sent);
 }
 
+/// "a.a.a" and so on.
+std::string parts(int count)
+{
+    std::string key = "a";
+    while (--count > 0)
+        key += ".a";
+    return key;
+}
+
 TEST(Pf, ReadsTablesOfTexts)
 {
+    const std::string dots(40, '.');
     const struct {
         std::string text;
         int result;
@@ -124,6 +135,14 @@ TEST(Pf, ReadsTablesOfTexts)
         {"[a]\nx = 'y'\n[a]\n", -1, "origin:3:"},
         {"[a]\nx = 'y\n", -1, "origin:2:"},
         {std::string("[a]\nx = '\0'\n", 12), -1, "origin:2:"},
+        {"\n[b." + parts(31) + "]\n" + parts(32) + " = ''", -1, "origin:2:1: the value of 'a' is"},
+        {"\n" + parts(33) + " = ''", -1, "origin:2: nested deeper than 32\n"},
+        {"\n" + parts(240000) + " = ''", -1, "origin:2: nested deeper than 32\n"},
+        {"[" + parts(240000) + "]\n", -1, "origin:1: nested deeper than 32\n"},
+        {"[b]\nx={b=\"\"\"b\"\"\"\"," + parts(240000) + "=1}", -1, "origin:2: nested deeper"},
+        {"x = '''\n\"''' #\" " + dots + "\ny='" + dots + "'\nz=\"\\\"" + dots + "\"\n", 0, ""},
+        {"x = " + std::string(33, '['), -1, "origin:1: nested deeper than 32\n"},
+        {"x = " + std::string(240000, '{'), -1, "origin:1: nested deeper than 32\n"},
     };
     for (const auto &c : cases) {
         Pf pf;
@@ -139,6 +158,27 @@ TEST(Pf, ReadsTablesOfTexts)
         }
         EXPECT_EQ(pfget_arr(pf, "other"), nullptr);
     }
+}
+
+TEST(Pf, IsASmallRegularFile)
+{
+    const std::string path =
+        std::filesystem::temp_directory_path() / ("pf_test." + std::to_string(getpid()));
+    const auto read = [](const std::string &from) {
+        Pf pf;
+        return capture([&] { print<"%d">(out(), pfread_file(from, &pf)); });
+    };
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(read(path).err, "quarl: " + path + ": not a regular file\n");
+    std::filesystem::remove(path);
+    EXPECT_EQ(read("/dev/zero").err, "quarl: /dev/zero: not a regular file\n");
+    std::string text((1 << 20) - 1, '#');
+    write_file(path, text += '\n');
+    EXPECT_EQ(read(path).out, "0");
+    write_file(path, text += '\n');
+    EXPECT_EQ(read(path).out, "-1");
+    EXPECT_EQ(read(path).err, "quarl: " + path + ": larger than 1 MiB\n");
+    std::filesystem::remove(path);
 }
 
 TEST(Pf, IsTheFirstOneOfTheSearchPath)
