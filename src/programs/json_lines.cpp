@@ -28,13 +28,18 @@ void complain(const Item &item)
     }
 }
 
-void print_items(Console *console, Volume *volume, const Selection &selection)
+/// False when a read error ended an input file.
+bool print_items(Console *console, Volume *volume, const Selection &selection)
 {
+    bool whole = true;
     while (const Item *item = volume->next()) {
+        const auto *end = item->get<FileEnd>();
+        whole &= !(end && end->failed);
         complain(*item);
         if (selection.has(*item))
             json::print_item(console->out(), *volume, *item);
     }
+    return whole;
 }
 
 } // namespace
@@ -80,8 +85,9 @@ int print_lines(Console *console, std::unique_ptr<State> prepared, const std::st
     Follower follower(console, &state.options);
     Volume volume(path, std::move(prepared));
     follower.follow(volume);
+    bool whole = true;
     try {
-        print_items(console, &volume, selection);
+        whole = print_items(console, &volume, selection);
     } catch (const Error &) { // a reader behind a pipe does not see the status
         const FileEnd *end = selection.has_files() ? file_given_up(&state) : nullptr;
         if (end)
@@ -89,7 +95,7 @@ int print_lines(Console *console, std::unique_ptr<State> prepared, const std::st
         throw;
     }
     console->elog_clear_register();
-    return 0;
+    return whole ? 0 : 1;
 }
 
 } // namespace quarl

@@ -29,7 +29,8 @@ private:
 };
 
 /// Reads the volume at `path` ("-": standard input) to its end and prints a line for each item that
-/// `selection` has, with the messages of a listing. Returns the exit status, 0.
+/// `selection` has, with the messages of a listing. Returns the exit status: 1 when a read error
+/// ended an input file.
 int print_lines(Console *console, std::unique_ptr<State> prepared, const std::string &path,
                 const Selection &selection);
 
