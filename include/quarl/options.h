@@ -34,9 +34,11 @@ struct VolumeOptions {
     std::string database = {};
     /// Stop behind the first input file, as on a tape that holds several.
     bool one_file = false;
-    /// Read responses by reference too (041, 043 to 048, 060), which the listing does not know:
-    /// their items have records then. What is wrong with them is no message but Item::bad.
-    bool references = true;
+    /// Read too what the listing does not know: responses by reference (041, 043 to 048, 060) and
+    /// the generic response (056), whose items have records then, the history of calibrations (058)
+    /// and the coefficients of a polynomial as they were written (062). What is wrong with them is
+    /// no message but Item::bad.
+    bool unlisted = true;
 
     /// Gets each message; when it is empty, messages go to standard error.
     std::function<void(const Message &)> message = {};

@@ -475,21 +475,38 @@ struct blk_057_t : blk_t, channel_context_t {
     }
 };
 
-/// Channel Sensitivity/Gain. The calibration history is not read.
+/// Time of a calibration.
+struct calibration_time_t {
+    char text[Time_Size] = "";
+};
+
+/// Channel Sensitivity/Gain. The calibration history is not listed, and read for programs only.
 struct blk_058_t : blk_t, channel_context_t {
     static constexpr int Number = 58;
     int stage_num = 0; ///< 0: the whole channel's sensitivity
     double gain = 0.0;
     double freq = 0.0; ///< Hz
     int units_signal = 0;
+    int num_history = 0;          ///< calibrations that stand in the blockette
+    int num_history_promised = 0; ///< as counted by the volume
+    std::vector<double> calibration_gain;
+    std::vector<double> calibration_freq; ///< Hz
+    std::vector<calibration_time_t> calibration_time;
     int changroup = 0;
 
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(number("stage_sequence_number", &blk_058_t::stage_num),
-                          number("sensitivity_or_gain", &blk_058_t::gain),
-                          number("frequency", &blk_058_t::freq, "Hz"));
+        return all_fields(
+            number("stage_sequence_number", &blk_058_t::stage_num),
+            number("sensitivity_or_gain", &blk_058_t::gain),
+            number("frequency", &blk_058_t::freq, "Hz"),
+            limited_list("history", "number_of_history_values", &blk_058_t::num_history,
+                         &blk_058_t::num_history_promised,
+                         column({"sensitivity"}, &blk_058_t::calibration_gain),
+                         column({"frequency", "Hz"}, &blk_058_t::calibration_freq),
+                         column({"time", {}, Meaning::time}, &blk_058_t::calibration_time,
+                                &calibration_time_t::text)));
     }
 };
 
@@ -536,7 +553,10 @@ struct blk_061_t : blk_t, channel_context_t {
     }
 };
 
-/// Response (Polynomial).
+/// Response (Polynomial). The standard gives its count three characters, and so does every writer;
+/// the listing has always read four, with the first character of the first coefficient (its sign,
+/// as a rule) as a digit of the count and all coefficients one character late. It goes on to do so:
+/// its lines are compared with older ones. Programs get the coefficients as they were written.
 struct blk_062_t : blk_t, channel_context_t {
     static constexpr int Number = 62;
     char transfer_function_type = 'P';
@@ -550,9 +570,13 @@ struct blk_062_t : blk_t, channel_context_t {
     double lower_bound_of_approximation = 0.0;
     double upper_bound_of_approximation = 0.0;
     double maximum_absolute_error = 0.0;
-    int num_coef = 0;
+    int num_coef = 0;          ///< that stand in the blockette
+    int num_coef_promised = 0; ///< as counted by the volume
     std::vector<double> coef;
     std::vector<double> coef_error;
+    int num_coef_listed = 0; ///< the listing's reading
+    std::vector<double> coef_listed;
+    std::vector<double> coef_error_listed;
     int changroup = 0;
 
     static constexpr auto fields()
@@ -570,14 +594,14 @@ struct blk_062_t : blk_t, channel_context_t {
             number("lower_bound_of_approximation", &blk_062_t::lower_bound_of_approximation),
             number("upper_bound_of_approximation", &blk_062_t::upper_bound_of_approximation),
             number("maximum_absolute_error", &blk_062_t::maximum_absolute_error),
-            list("coefficients", "number_of_coefficients", &blk_062_t::num_coef,
-                 column({"coefficient"}, &blk_062_t::coef),
-                 column({"error"}, &blk_062_t::coef_error)));
+            limited_list("coefficients", "number_of_coefficients", &blk_062_t::num_coef,
+                         &blk_062_t::num_coef_promised, column({"coefficient"}, &blk_062_t::coef),
+                         column({"error"}, &blk_062_t::coef_error)));
     }
 };
 
-// Responses by reference: entries of the response dictionary, and a channel's references to them.
-// The listing does not show these types.
+// Types that the listing does not show: responses by reference (entries of the response dictionary,
+// and a channel's references to them), and the generic response.
 
 /// FIR Dictionary.
 struct blk_041_t : blk_t {
@@ -766,10 +790,7 @@ struct blk_048_t : blk_t {
     int num_history = 0;
     std::vector<double> calibration_gain;
     std::vector<double> calibration_freq; ///< Hz
-    struct Time {
-        char text[Time_Size] = "";
-    };
-    std::vector<Time> calibration_time;
+    std::vector<calibration_time_t> calibration_time;
 
     static constexpr auto fields()
     {
@@ -782,7 +803,32 @@ struct blk_048_t : blk_t {
                                column({"sensitivity"}, &blk_048_t::calibration_gain),
                                column({"frequency", "Hz"}, &blk_048_t::calibration_freq),
                                column({"time", {}, Meaning::time}, &blk_048_t::calibration_time,
-                                      &blk_048_t::Time::text)));
+                                      &calibration_time_t::text)));
+    }
+};
+
+/// Generic Response.
+struct blk_056_t : blk_t, channel_context_t {
+    static constexpr int Number = 56;
+    int stage_num = 0;
+    int input_units = 0;
+    int output_units = 0;
+    int num_corners = 0;              ///< that stand in the blockette
+    int num_corners_promised = 0;     ///< as counted by the volume
+    std::vector<double> corner_freq;  ///< Hz
+    std::vector<double> corner_slope; ///< dB per decade
+
+    static constexpr auto fields()
+    {
+        using namespace quarl::fields;
+        return all_fields(
+            number("stage_sequence_number", &blk_056_t::stage_num),
+            code("input_units", Dictionary::units, &blk_056_t::input_units),
+            code("output_units", Dictionary::units, &blk_056_t::output_units),
+            limited_list("corners", "number_of_corners_listed", &blk_056_t::num_corners,
+                         &blk_056_t::num_corners_promised,
+                         column({"corner_frequency", "Hz"}, &blk_056_t::corner_freq),
+                         column({"corner_slope", "dB/decade"}, &blk_056_t::corner_slope)));
     }
 };
 

@@ -19,7 +19,7 @@ namespace quarl
         blk->type = blk_##name##_t::Number;                                                        \
     }
 SEED_BLOCKETTES(DEFINE_MAKERS)
-SEED_REFERENCES(DEFINE_MAKERS)
+SEED_UNLISTED(DEFINE_MAKERS)
 #undef DEFINE_MAKERS
 
 void stamp_channel(channel_context_t *blk)

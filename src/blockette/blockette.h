@@ -26,9 +26,10 @@ namespace quarl
     X(052)                                                                                         \
     X(053) X(054) X(055) X(057) X(058) X(059) X(061) X(062) X(070) X(071) X(072) X(073) X(074)
 
-/// Every type that has a record and a parser but no listing: responses by reference. The programs
-/// that evaluate a volume read them; to the listing they are unknown.
-#define SEED_REFERENCES(X) X(041) X(043) X(044) X(045) X(046) X(047) X(048) X(060)
+/// Every type that has a record and a parser but no listing: responses by reference, and the
+/// generic response. The programs that evaluate a volume read them; to the listing they are
+/// unknown.
+#define SEED_UNLISTED(X) X(041) X(043) X(044) X(045) X(046) X(047) X(048) X(056) X(060)
 
 /// The functions of record type T.
 template <class T> struct Family;
@@ -49,8 +50,13 @@ template <class T> struct Family;
         static constexpr auto free = free_##name;                                                  \
     };
 SEED_BLOCKETTES(DECLARE_FAMILY)
-SEED_REFERENCES(DECLARE_FAMILY)
+SEED_UNLISTED(DECLARE_FAMILY)
 #undef DECLARE_FAMILY
+
+/// Reads anew, and whole, what parse_058 and parse_062 read as the listing wants it: the history of
+/// calibrations, and the coefficients in their places.
+void read_whole(blk_058_t *blk, std::string_view buff);
+void read_whole(blk_062_t *blk, std::string_view buff);
 
 #define CASE_FAMILY(name)                                                                          \
     case blk_##name##_t::Number:                                                                   \
@@ -72,7 +78,7 @@ template <class F> bool with_any_family(int type, F &&f)
 {
     switch (type) {
         SEED_BLOCKETTES(CASE_FAMILY)
-        SEED_REFERENCES(CASE_FAMILY)
+        SEED_UNLISTED(CASE_FAMILY)
     default:
         return false;
     }

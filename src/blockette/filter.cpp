@@ -5,6 +5,42 @@
 namespace quarl
 {
 
+namespace
+{
+
+constexpr int Listed_Count = 4;             ///< characters of a polynomial's count in the listing
+constexpr std::size_t Polynomial_Term = 24; ///< characters of a coefficient and its error
+
+/// All of a polynomial in front of its count.
+void scan_polynomial(Cursor *in, blk_062_t *blk)
+{
+    scan_head(in, blk);
+    blk->transfer_function_type = scan_char(in);
+    blk->stage_num = scan_int(in, 2);
+    blk->input_units = scan_int(in, 3);
+    blk->output_units = scan_int(in, 3);
+    blk->polynomial_approximation_type = scan_char(in);
+    blk->valid_frequency_units = scan_char(in);
+    blk->lower_valid_frequency_bound = scan_double(in, 12);
+    blk->upper_valid_frequency_bound = scan_double(in, 12);
+    blk->lower_bound_of_approximation = scan_double(in, 12);
+    blk->upper_bound_of_approximation = scan_double(in, 12);
+    blk->maximum_absolute_error = scan_double(in, 12);
+}
+
+/// The characters that a polynomial's count takes: three, unless four make the blockette as long as
+/// it is.
+int count_width(const Cursor &in, int length)
+{
+    const std::string_view four = in.rest().substr(0, Listed_Count);
+    const int count = to_int(up_to_nul(four));
+    const bool fits = count > 0 && in.position() + Listed_Count + count * Polynomial_Term ==
+                                       static_cast<std::size_t>(std::max(length, 0));
+    return fits ? Listed_Count : Listed_Count - 1;
+}
+
+} // namespace
+
 void parse_059(blk_059_t *blk, std::string_view buff)
 {
     Cursor in(buff);
@@ -35,27 +71,30 @@ void parse_061(blk_061_t *blk, std::string_view buff)
 void parse_062(blk_062_t *blk, std::string_view buff)
 {
     Cursor in(buff);
-    scan_head(&in, blk);
-    blk->transfer_function_type = scan_char(&in);
-    blk->stage_num = scan_int(&in, 2);
-    blk->input_units = scan_int(&in, 3);
-    blk->output_units = scan_int(&in, 3);
-    blk->polynomial_approximation_type = scan_char(&in);
-    blk->valid_frequency_units = scan_char(&in);
-    blk->lower_valid_frequency_bound = scan_double(&in, 12);
-    blk->upper_valid_frequency_bound = scan_double(&in, 12);
-    blk->lower_bound_of_approximation = scan_double(&in, 12);
-    blk->upper_bound_of_approximation = scan_double(&in, 12);
-    blk->maximum_absolute_error = scan_double(&in, 12);
-    // Four digits: a writer that gives three shifts every coefficient by one character.
-    blk->num_coef = scan_int(&in, 4);
+    scan_polynomial(&in, blk);
+    blk->num_coef_listed = scan_int(&in, Listed_Count);
+    allocate(blk->coef_listed, blk->num_coef_listed, "blk->coef");
+    allocate(blk->coef_error_listed, blk->num_coef_listed, "blk->coef_error");
+    stamp_channel(blk);
+    (void)scan_list(blk->num_coef_listed, "062 fir coefficient", [&](int i) {
+        blk->coef_listed[i] = scan_double(&in, 12);
+        blk->coef_error_listed[i] = scan_double(&in, 12);
+    });
+}
+
+void read_whole(blk_062_t *blk, std::string_view buff)
+{
+    Cursor in(buff);
+    scan_polynomial(&in, blk);
+    blk->num_coef_promised = scan_count(&in, count_width(in, blk->length));
+    blk->num_coef = entries_held(in, blk->length, blk->num_coef_promised, Polynomial_Term);
     allocate(blk->coef, blk->num_coef, "blk->coef");
     allocate(blk->coef_error, blk->num_coef, "blk->coef_error");
-    stamp_channel(blk);
-    (void)scan_list(blk->num_coef, "062 fir coefficient", [&](int i) {
-        blk->coef[i] = scan_double(&in, 12);
-        blk->coef_error[i] = scan_double(&in, 12);
-    });
+    scan_held(&in, blk->num_coef, blk->num_coef_promised, Polynomial_Term, "coefficients",
+              [&](int i) {
+                  blk->coef[i] = scan_double(&in, 12);
+                  blk->coef_error[i] = scan_double(&in, 12);
+              });
 }
 
 } // namespace quarl

@@ -10,7 +10,7 @@ namespace quarl
 #define DEFINE_FREE(name)                                                                          \
     void free_##name(blk_##name##_t *blk) { std::default_delete<blk_##name##_t>()(blk); }
 SEED_BLOCKETTES(DEFINE_FREE)
-SEED_REFERENCES(DEFINE_FREE)
+SEED_UNLISTED(DEFINE_FREE)
 #undef DEFINE_FREE
 
 void free_blk(record_t *record, int type)

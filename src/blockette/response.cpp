@@ -1,10 +1,25 @@
-// Responses: poles and zeros, coefficients, response list, decimation, sensitivity or gain.
+// Responses: poles and zeros, coefficients, response list, generic, decimation, sensitivity or
+// gain.
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
 #include "blockette/scan_response.h"
 
 namespace quarl
 {
+
+namespace
+{
+
+/// All of a sensitivity but its history.
+void scan_sensitivity(Cursor *in, blk_058_t *blk)
+{
+    scan_head(in, blk);
+    blk->stage_num = scan_int(in, 2);
+    blk->gain = scan_double(in, 12);
+    blk->freq = scan_double(in, 12);
+}
+
+} // namespace
 
 void parse_053(blk_053_t *blk, std::string_view buff)
 {
@@ -73,6 +88,25 @@ void parse_055(blk_055_t *blk, std::string_view buff)
     });
 }
 
+void parse_056(blk_056_t *blk, std::string_view buff)
+{
+    constexpr std::size_t Corner = 24;
+    Cursor in(buff);
+    scan_head(&in, blk);
+    blk->stage_num = scan_int(&in, 2);
+    blk->input_units = scan_int(&in, 3);
+    blk->output_units = scan_int(&in, 3);
+    blk->num_corners_promised = scan_count(&in, 4);
+    blk->num_corners = entries_held(in, blk->length, blk->num_corners_promised, Corner);
+    allocate(blk->corner_freq, blk->num_corners, "blk->corner_freq");
+    allocate(blk->corner_slope, blk->num_corners, "blk->corner_slope");
+    stamp_channel(blk);
+    scan_held(&in, blk->num_corners, blk->num_corners_promised, Corner, "corners", [&](int i) {
+        blk->corner_freq[i] = scan_double(&in, 12);
+        blk->corner_slope[i] = scan_double(&in, 12);
+    });
+}
+
 void parse_057(blk_057_t *blk, std::string_view buff)
 {
     Cursor in(buff);
@@ -90,12 +124,26 @@ void parse_057(blk_057_t *blk, std::string_view buff)
 void parse_058(blk_058_t *blk, std::string_view buff)
 {
     Cursor in(buff);
-    scan_head(&in, blk);
-    blk->stage_num = scan_int(&in, 2);
-    blk->gain = scan_double(&in, 12);
-    blk->freq = scan_double(&in, 12);
+    scan_sensitivity(&in, blk);
     stamp_channel(blk);
     blk->units_signal = parsing().blk_052.units_signal;
+}
+
+void read_whole(blk_058_t *blk, std::string_view buff)
+{
+    constexpr std::size_t Shortest = 25; // its time is an empty text
+    Cursor in(buff);
+    scan_sensitivity(&in, blk);
+    blk->num_history_promised = scan_count(&in, 2);
+    blk->num_history = entries_held(in, blk->length, blk->num_history_promised, Shortest);
+    allocate(blk->calibration_gain, blk->num_history, "blk->calibration_gain");
+    allocate(blk->calibration_freq, blk->num_history, "blk->calibration_freq");
+    allocate(blk->calibration_time, blk->num_history, "blk->calibration_time");
+    scan_held(&in, blk->num_history, blk->num_history_promised, Shortest, "history", [&](int i) {
+        blk->calibration_gain[i] = scan_double(&in, 12);
+        blk->calibration_freq[i] = scan_double(&in, 12);
+        scan_var_str(&in, blk->calibration_time[i].text);
+    });
 }
 
 } // namespace quarl

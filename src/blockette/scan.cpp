@@ -128,6 +128,13 @@ void scan_head(Cursor *str, blk_t *blk)
     blk->length = scan_int(str, 4);
 }
 
+int entries_held(const Cursor &in, int length, int promised, std::size_t size)
+{
+    const auto end = static_cast<std::size_t>(std::max(length, 0));
+    const std::size_t room = end > in.position() ? (end - in.position()) / size : 0;
+    return static_cast<int>(std::min<std::size_t>(std::max(promised, 0), room));
+}
+
 void log_abort(std::string_view what, int i)
 {
     elog_log<MessageKind::list_abandoned, "Aborting input of %s at #%d\n">(0, what, i);

@@ -146,7 +146,6 @@ std::string Checker::subject(const Item &item) const
 void Checker::add_control(const Item &item)
 {
     Inventory &inventory = context_->inventory;
-    context_->fields = fields_read(item);
     inventory.add(item);
     end_epoch();
     if (item.get<blk_052_t>()) {

@@ -3,7 +3,6 @@
 
 #include "check/finding.h"
 #include "check/series_ends.h"
-#include "inventory/parts.h"
 #include "platform/format.h"
 
 #include <array>
@@ -44,7 +43,6 @@ struct Context {
     int last_station_item = 0;      ///< 50 or 52, whatever came last; 0 before
     LogicalRecord before;           ///< the logical record before the current one
     bool has_before = false;
-    FieldsRead fields;                   ///< of the item at hand
     std::vector<std::string> complaints; ///< of the reading about the item at hand
     bool formats_differ = false;         ///< the reading says so of the data record at hand
     std::vector<PendingUse> uses;

@@ -11,8 +11,6 @@ namespace quarl
 namespace
 {
 
-constexpr int Generic_Response = 56; ///< read here, from its text
-
 bool is_data_letter(char letter)
 {
     return std::string_view("DRQM").find(letter) != std::string_view::npos;
@@ -28,10 +26,7 @@ std::string blockette(int type) { return formatted<"blockette %03d">(type); }
 /// The group of a finding that a volume's writer made of all blockettes of a type.
 std::string group_of(const Item &item) { return std::to_string(item.type()); }
 
-bool is_read(const Item &item)
-{
-    return item.record() != nullptr || item.type() == Generic_Response;
-}
+bool is_read(const Item &item) { return item.record() != nullptr; }
 
 bool is_control(const Item &item) { return item.type() >= 0; }
 
@@ -71,17 +66,17 @@ void bad_blockette(const Context &context, const Item &item, const Report &repor
         });
     if (!is_control(item) || !is_read(item))
         return;
-    const FieldsRead &fields = context.fields;
+    const std::size_t taken = item.fields_size();
     const auto length = static_cast<std::size_t>(std::max(item.length(), 0));
-    const bool beyond = fields.size > length && ends_with_list(item.type());
-    if (!fields.bad && !beyond)
+    const bool beyond = taken > length && ends_with_list(item.type());
+    if (!item.bad() && !beyond)
         return;
     report(item.place().record, group_of(item), [&] {
-        std::string text = fields.bad ? "a field holds no value of its kind" : "";
-        if (fields.bad && !context.complaints.empty())
+        std::string text = item.bad() ? "a field holds no value of its kind" : "";
+        if (item.bad() && !context.complaints.empty())
             text = context.complaints.front();
-        else if (!fields.bad)
-            text = "its counts need " + std::to_string(fields.size) + " bytes, it has " +
+        else if (!item.bad())
+            text = "its counts need " + std::to_string(taken) + " bytes, it has " +
                    std::to_string(item.length());
         return Told{blockette(item.type()), text};
     });
@@ -111,19 +106,18 @@ void blockette_length(const Context &context, const Item &item, const Report &re
 {
     if (!is_control(item) || !is_read(item))
         return;
-    const FieldsRead &fields = context.fields;
+    const std::size_t taken = item.fields_size();
     const auto length = static_cast<std::size_t>(std::max(item.length(), 0));
-    const std::string_view rest = item.bytes().substr(std::min(fields.size, item.bytes().size()));
+    const std::string_view rest = item.bytes().substr(std::min(taken, item.bytes().size()));
     const bool fill = rest.find_first_not_of(std::string_view(" \0", 2)) == std::string_view::npos;
-    const bool too_long = fields.size < length && !fill;
-    const bool too_short = fields.size > length && !ends_with_list(item.type()) &&
-                           !lacks_network(context, item, fields.size);
-    if (fields.bad || (!too_long && !too_short))
+    const bool too_long = taken < length && !fill;
+    const bool too_short =
+        taken > length && !ends_with_list(item.type()) && !lacks_network(context, item, taken);
+    if (item.bad() || (!too_long && !too_short))
         return;
     report(item.place().record, group_of(item), [&] {
         return Told{blockette(item.type()), "declares " + std::to_string(item.length()) +
-                                                " bytes, its fields take " +
-                                                std::to_string(fields.size)};
+                                                " bytes, its fields take " + std::to_string(taken)};
     });
 }
 

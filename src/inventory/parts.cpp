@@ -1,8 +1,5 @@
 #include "inventory/parts.h"
 
-#include "platform/read_number.h"
-#include "platform/text.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -11,68 +8,6 @@ namespace quarl
 
 namespace
 {
-
-/// Walks the fields of a blockette behind its type and length. Numbers are read as the scanners
-/// read them: blanks are 0, and a blank behind an exponent letter is a "+".
-class TextFields
-{
-public:
-    explicit TextFields(std::string_view text) : text_(text) {}
-
-    std::string_view take(std::size_t width)
-    {
-        const std::string_view field = up_to_nul(text_.substr(std::min(at_, text_.size()), width));
-        at_ += width;
-        return field;
-    }
-    void skip(std::size_t width) { at_ += width; }
-    char letter()
-    {
-        const std::string_view field = take(1);
-        return field.empty() ? '\0' : field.front();
-    }
-    int integer(std::size_t width)
-    {
-        const std::string_view field = take(width);
-        std::size_t used = 0;
-        const int value = leading_int(field, &used);
-        bad_ |= used == 0 && !blank(field);
-        return value;
-    }
-    double real(std::size_t width)
-    {
-        std::string field(take(width)); // short: no room is allocated
-        const std::size_t letter = field.find_first_of("eE");
-        if (letter + 1 < field.size() && letter != std::string::npos && field[letter + 1] == ' ')
-            field[letter + 1] = '+';
-        std::size_t used = 0;
-        const double value = read_real(field, &used);
-        bad_ |= used == 0 && !blank(field);
-        return value;
-    }
-    /// A text that "~" ends.
-    void skip_text()
-    {
-        const std::string_view rest = text_.substr(std::min(at_, text_.size()));
-        at_ += std::min(rest.find('~') + 1, rest.size());
-    }
-    /// The number of entries of a list, and the room that its entries of `size` characters have.
-    int entries(std::size_t digits, std::size_t size)
-    {
-        const int promised = integer(digits);
-        const auto room = static_cast<int>((text_.size() - std::min(at_, text_.size())) / size);
-        missing_ += promised > room ? static_cast<std::size_t>(promised - room) * size : 0;
-        bad_ |= promised < 0;
-        return std::clamp(promised, 0, room);
-    }
-    [[nodiscard]] FieldsRead read() const { return {at_ + missing_, bad_}; }
-
-private:
-    std::string_view text_;
-    std::size_t at_ = 7;      ///< behind type and length
-    std::size_t missing_ = 0; ///< bytes of entries that are promised and not there
-    bool bad_ = false;
-};
 
 std::vector<std::complex<double>> roots(const std::vector<Complex_t> &from)
 {
@@ -92,6 +27,16 @@ template <class Blk> ResponseList list_of(const Blk &blk)
     for (std::size_t i = 0; i < count; ++i)
         list.entries.push_back({blk.frequency[i], blk.amplitude[i], blk.phase[i]});
     return list;
+}
+
+template <class Blk> GenericResponse corners_of(const Blk &blk)
+{
+    GenericResponse shape;
+    const std::size_t count = std::min(blk.corner_freq.size(), blk.corner_slope.size());
+    shape.corners.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        shape.corners.push_back({blk.corner_freq[i], blk.corner_slope[i]});
+    return shape;
 }
 
 template <class Blk> PolesZeros roots_of(const Blk &blk)
@@ -119,53 +64,6 @@ void keep_held(std::vector<double> *coefficients, std::size_t before, std::size_
     const std::size_t held = whole > before ? (whole - before) / size : 0;
     if (held < coefficients->size())
         coefficients->resize(held);
-}
-
-StagePart read_056(TextFields *in, FilterMaker *make)
-{
-    const int stage = in->integer(2);
-    const int input = in->integer(3);
-    const int output = in->integer(3);
-    GenericResponse shape;
-    for (int i = in->entries(4, 24); i > 0; --i) {
-        const double frequency = in->real(12);
-        shape.corners.push_back({frequency, in->real(12)});
-    }
-    return {stage, (*make)(std::move(shape), input, output)};
-}
-
-StagePart read_062(TextFields *in, FilterMaker *make)
-{
-    in->skip(1); // transfer function type, always P
-    const int stage = in->integer(2);
-    const int input = in->integer(3);
-    const int output = in->integer(3);
-    Polynomial shape;
-    shape.approximation = in->letter();
-    shape.frequency_unit = in->letter();
-    shape.lower_frequency = in->real(12);
-    shape.upper_frequency = in->real(12);
-    shape.lower_bound = in->real(12);
-    shape.upper_bound = in->real(12);
-    shape.maximum_error = in->real(12);
-    for (int i = in->entries(3, 24); i > 0; --i) {
-        shape.coefficients.push_back(in->real(12));
-        in->skip(12); // its error
-    }
-    return {stage, (*make)(std::move(shape), input, output)};
-}
-
-/// To the end of 058, behind the gain, which its record holds.
-FieldsRead read_058(const Item &item)
-{
-    constexpr std::size_t Gain_Size = 26;
-    TextFields in(item.bytes());
-    in.skip(Gain_Size);
-    for (int i = in.entries(2, 25); i > 0; --i) {
-        in.skip(24); // a calibration's sensitivity and frequency
-        in.skip_text();
-    }
-    return {in.read().size, in.read().bad || item.bad()};
 }
 
 template <class Blk> Part filter_of(const Blk &blk, FilterShape &&shape, FilterMaker *make)
@@ -242,11 +140,11 @@ std::optional<StagePart> stage_part(const Item &item, FilterMaker *make)
         return StagePart{roots->stage_num, filter_of(*roots, shape_of(*roots), make)};
     if (const auto *list = item.get<blk_055_t>())
         return StagePart{list->stage_num, filter_of(*list, shape_of(*list), make)};
-    TextFields in(item.bytes());
-    if (item.type() == 56)
-        return read_056(&in, make);
-    if (item.type() == 62)
-        return read_062(&in, make);
+    if (const auto *corners = item.get<blk_056_t>())
+        return StagePart{corners->stage_num, filter_of(*corners, corners_of(*corners), make)};
+    if (const auto *polynomial = item.get<blk_062_t>())
+        return StagePart{polynomial->stage_num,
+                         filter_of(*polynomial, shape_of(*polynomial), make)};
     return std::nullopt;
 }
 
@@ -261,30 +159,13 @@ std::optional<Part> dictionary_part(const Item &item, FilterMaker *make)
                             make);
     if (const auto *list = item.get<blk_045_t>())
         return named_filter(*list, list_of(*list), make);
-    if (const auto *blk = item.get<blk_046_t>()) {
-        GenericResponse shape;
-        for (std::size_t i = 0; i < std::min(blk->corner_freq.size(), blk->corner_slope.size());
-             ++i)
-            shape.corners.push_back({blk->corner_freq[i], blk->corner_slope[i]});
-        return named_filter(*blk, std::move(shape), make);
-    }
+    if (const auto *corners = item.get<blk_046_t>())
+        return named_filter(*corners, corners_of(*corners), make);
     if (const auto *decimation = item.get<blk_047_t>())
         return rates_of(*decimation);
     if (const auto *gain = item.get<blk_048_t>())
         return Gain{gain->gain, gain->freq};
     return std::nullopt;
-}
-
-FieldsRead fields_read(const Item &item)
-{
-    if (item.type() == 58)
-        return read_058(item);
-    if (item.type() != 56 && item.type() != 62)
-        return {item.fields_size(), item.bad()};
-    FilterMaker make([](int) { return std::string(); });
-    TextFields in(item.bytes());
-    (void)(item.type() == 56 ? read_056(&in, &make) : read_062(&in, &make));
-    return in.read();
 }
 
 } // namespace quarl

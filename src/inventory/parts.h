@@ -17,7 +17,7 @@ PolesZeros shape_of(const blk_053_t &blk);
 Coefficients shape_of(const blk_054_t &blk);
 ResponseList shape_of(const blk_055_t &blk);
 Fir shape_of(const blk_061_t &blk);
-Polynomial shape_of(const blk_062_t &blk); ///< as the listing reads it
+Polynomial shape_of(const blk_062_t &blk);
 
 Decimation decimation_of(const blk_057_t &blk);
 Gain gain_of(const blk_058_t &blk);
@@ -42,18 +42,10 @@ private:
 };
 
 /// What a blockette of a channel (053 to 058, 061, 062) says of a stage. Nothing for other types.
-/// Of 061 and 054 the coefficients that the blockette holds are taken, when its count is above; the
-/// count of 062 is read in three characters, as every writer writes it.
+/// Of 061 and 054 the coefficients that the blockette holds are taken, when its count is above.
 std::optional<StagePart> stage_part(const Item &item, FilterMaker *make);
 
 /// The same of a blockette of the response dictionary (041, 043 to 048).
 std::optional<Part> dictionary_part(const Item &item, FilterMaker *make);
-
-/// How the fields of a blockette were read here: those of 056, 058 and 062 to their ends.
-struct FieldsRead {
-    std::size_t size = 0; ///< bytes that they took, type and length included
-    bool bad = false;
-};
-FieldsRead fields_read(const Item &item);
 
 } // namespace quarl

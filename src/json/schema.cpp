@@ -264,7 +264,7 @@ std::string schema()
 #define DEFINE_BLOCKETTE(name)                                                                     \
     define("blockette_" #name, blockette<blk_##name##_t>(), &definitions, &references);
     SEED_BLOCKETTES(DEFINE_BLOCKETTE)
-    SEED_REFERENCES(DEFINE_BLOCKETTE)
+    SEED_UNLISTED(DEFINE_BLOCKETTE)
 #undef DEFINE_BLOCKETTE
     define("unparsed", unparsed(), &definitions, &references);
     define("data", data(), &definitions, &references);

@@ -236,10 +236,10 @@ void pbrief_062(Out &stream, const blk_062_t &blk)
         stream, blk.type, blk.length, blk.stage_num, blk.input_units, blk.output_units,
         blk.lower_valid_frequency_bound, blk.upper_valid_frequency_bound,
         frequency_units(blk.valid_frequency_units), blk.lower_bound_of_approximation,
-        blk.upper_bound_of_approximation, blk.maximum_absolute_error, blk.num_coef,
+        blk.upper_bound_of_approximation, blk.maximum_absolute_error, blk.num_coef_listed,
         sdblknam(blk.type));
-    for (int i = 0; i < blk.num_coef; ++i)
-        print<"\t%5i %+12.5e  %12.5e\n">(stream, i, blk.coef[i], blk.coef_error[i]);
+    for (int i = 0; i < blk.num_coef_listed; ++i)
+        print<"\t%5i %+12.5e  %12.5e\n">(stream, i, blk.coef_listed[i], blk.coef_error_listed[i]);
 }
 
 void pbrief_070(Out &stream, const blk_070_t &blk)

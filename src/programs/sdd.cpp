@@ -70,7 +70,7 @@ int sdd(Console *console, std::unique_ptr<State> state, const std::string &path,
 {
     const Reading reading(*state); // the listing looks up texts and asks for flags
     set_hooks(&state->options, console);
-    state->options.references = false;
+    state->options.unlisted = false;
     Follower follower(console, &state->options);
     Volume volume(path, std::move(state));
     follower.follow(volume);

@@ -90,8 +90,8 @@ struct read_handle_t {
     bool framing = false;        ///< there is one
     bool cut = false;            ///< this file ended inside an item
     std::function<void(const Item &)> on_bad_item;
-    bool reads_references = false; ///< types without a listing get records too
-    Record reference;              ///< the record of such a one
+    bool reads_unlisted = false; ///< types without a listing get records too
+    Record unlisted;             ///< the record of such a one
 };
 
 /// The orderings that the sorted sets stand for: codes as text (the channel before the location),

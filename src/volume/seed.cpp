@@ -213,18 +213,34 @@ class Deaf : public Host
 };
 
 /// Reads a blockette that the listing does not know.
-void read_reference(read_handle_t *handle, int type)
+void read_unlisted(read_handle_t *handle, int type)
 {
-    handle->reference.reset();
-    Deaf deaf;
-    const Current<Host> host(deaf);
     with_any_family(type, [&](auto family) {
         auto made = family.make();
         family.parse(made.get(), handle->item.text());
         if constexpr (requires { made->lookup_key; })
             keep_text(&run().Tbl_responses, made->lookup_key, made->response_name);
-        handle->reference = Record(made.release(), FreeBlk{type});
+        handle->unlisted = Record(made.release(), FreeBlk{type});
     });
+}
+
+/// Reads of a blockette what the listing does not: all of it, or what stands behind what is listed.
+void read_beyond_listing(read_handle_t *handle, record_t *listed, int type)
+{
+    handle->unlisted.reset();
+    Deaf deaf;
+    const Current<Host> host(deaf);
+    const auto reread = [&](auto family) {
+        auto *blk = static_cast<typename decltype(family)::Record *>(listed);
+        if constexpr (requires { read_whole(blk, handle->item.text()); }) {
+            parsing().Bad_blkflag = 0;
+            read_whole(blk, handle->item.text());
+        }
+    };
+    if (listed)
+        with_family(type, reread);
+    else
+        read_unlisted(handle, type);
 }
 
 int frame_control(read_handle_t *handle, Record *record, int *type)
@@ -252,11 +268,12 @@ int frame_control(read_handle_t *handle, Record *record, int *type)
     handle->item.end_item(Prefix + rest);
     item.bytes(handle->item.text().substr(0, Prefix + rest));
     *record = parse_blk(handle->item.text(), *type);
-    if (*record == nullptr && handle->reads_references)
-        read_reference(handle, *type);
-    item.parsed(*record ? record->get() : handle->reference.get(), parsing().Bad_blkflag != 0,
+    const bool listed_bad = parsing().Bad_blkflag != 0;
+    if (handle->reads_unlisted)
+        read_beyond_listing(handle, record->get(), *type);
+    item.parsed(*record ? record->get() : handle->unlisted.get(), parsing().Bad_blkflag != 0,
                 parsing().fields_size);
-    if (*record && parsing().Bad_blkflag)
+    if (*record && listed_bad)
         report_bad_item(handle, handle->item.text().substr(0, length >= 0 ? length : Area_Size));
     visit(record->get(), *type, [&](const auto &blk) { keep(handle, blk); });
     return 1;

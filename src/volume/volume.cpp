@@ -50,7 +50,7 @@ void open_input(State *state, const std::string &path)
     state->handle = seed_read(path);
     ItemAccess{state->handle->now}.room(&state->handle->record_bytes);
     state->handle->on_bad_item = state->options.bad_item;
-    state->handle->reads_references = state->options.references;
+    state->handle->reads_unlisted = state->options.unlisted;
     state->handle->logical->on_record = state->options.record;
     if (state->options.logical_record)
         state->handle->logical->on_entered = [state] { tell_record(*state); };

@@ -147,6 +147,7 @@ HIDDEN = {
     12: {"number_of_spans"},
     52: {"network", "station", "data_format", "data_record_length_as_read", "number_of_comments"},
     62: {"transfer_function_type", "polynomial_approximation_type"},
+    58: {"number_of_history_values"},
     71: {"number_of_magnitudes"},
     74: {"number_of_accelerator_repeats"},
     "data": {"name", "length", "start", "end", "data_format", "encoding_code", "encoding",
@@ -228,6 +229,13 @@ def expand(form, keys, entry, around, number):
     return "".join(pieces), times
 
 
+def as_listed(polynomial):
+    """A polynomial whose count has three characters, as the listing reads it: four, and each number
+    one character late, which leaves out its sign."""
+    return dict(polynomial, coefficients=[{key: abs(value) for key, value in entry.items()}
+                                          for entry in polynomial["coefficients"]])
+
+
 def formats(item):
     """The formats of an item with keys, entry and number of the entry."""
     kind = item.get("type", "data")
@@ -236,6 +244,8 @@ def formats(item):
         yield (f"B%03i %3i Stage#%5i {label}:%10.6e Freq:%8.4fHz <%s>\n",
                "type length stage_sequence_number sensitivity_or_gain frequency name", item, 0)
         return
+    if kind == 62 and (item["length"] - 81) % 24 == 0:
+        item = as_listed(item)
     yield (*HEADS[kind], item, 0)
     for name, form, keys in LISTS.get(kind, []):
         if kind == 53:
@@ -353,6 +363,8 @@ def is_shown(item, path):
     kind, key = item.get("type", item["item"]), path[-1]
     if kind == "data" and isinstance(item[key], bool):
         return False  # but the byte with the flag is, and check_data knows the bit
+    if kind == 58 and len(path) > 1:
+        return False  # the history of calibrations
     if len(path) > 1:
         of_data = kind == "file" and item["types"][path[1]]["item"] == "data"
         return key not in HIDDEN["lists"] and not (of_data and key == "name")

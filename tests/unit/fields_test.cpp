@@ -69,6 +69,8 @@ std::string described(int type, std::string_view fields)
     with_any_family(type, [&](auto family) {
         const auto record = family.make();
         family.parse(record.get(), text);
+        if constexpr (requires { read_whole(record.get(), text); })
+            read_whole(record.get(), text);
         all = described(*record);
         EXPECT_EQ(parsing().fields_size, text.size()) << type;
     });
@@ -156,8 +158,12 @@ TEST(Fields, NameEveryValueInOrder)
         {54, "D01011012" + Coefficients_Text,
          "response_type=D stage_sequence_number=1 " + Units + " " + Coefficients},
         {55, "01011012" + List_Text, "stage_sequence_number=1 " + Units + " " + List},
+        {56, "010110120001" + r(21) + r(22),
+         "stage_sequence_number=1 " + Units + " corners:1 corner_frequency=21 corner_slope=22"},
         {57, "01" + Decimation_Text, "stage_sequence_number=1 " + Decimation},
-        {58, "01" + r(5) + r(6), "stage_sequence_number=1 sensitivity_or_gain=5 frequency=6"},
+        {58, "01" + r(5) + r(6) + "01" + r(7) + r(8) + "t9~",
+         "stage_sequence_number=1 sensitivity_or_gain=5 frequency=6 history:1 sensitivity=7 "
+         "frequency=8 time=t9"},
         {59, "t1~t2~0003000004", Comment},
         {60, "0201020003000402010005",
          "stages:2 stage_sequence_number=1 responses=3+4 stage_sequence_number=2 "
@@ -165,7 +171,7 @@ TEST(Fields, NameEveryValueInOrder)
         {61, "01name~B0110120001            21",
          "stage_sequence_number=1 response_name=name symmetry_code=B " + Units +
              " coefficients:1 coefficient=21"},
-        {62, "P01011012MB" + r(5) + r(6) + r(7) + r(8) + r(9) + "0001" + r(21) + r(22),
+        {62, "P01011012MB" + r(5) + r(6) + r(7) + r(8) + r(9) + "001" + r(21) + r(22),
          "transfer_function_type=P stage_sequence_number=1 " + Units +
              " polynomial_approximation_type=M valid_frequency_units=B "
              "lower_valid_frequency_bound=5 upper_valid_frequency_bound=6 "

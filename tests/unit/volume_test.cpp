@@ -355,6 +355,81 @@ input-read-error|input read error|Is a directory|21| @0:0 #0 0##|no item
 )");
 }
 
+/// What programs read of blockettes beyond the listing: entries of lists that stand in the volume
+/// and that it promises, their values, "bad", and the bytes that the fields should take.
+std::string beyond_listing(const Item &item)
+{
+    std::string all;
+    const auto show = [&](int held, int promised, const auto &...lists) {
+        all = formatted<"%d of %d:">(held, promised);
+        for (int i = 0; i < held; ++i)
+            all += (formatted<" %g">(lists[i]) + ...);
+    };
+    if (const auto *corners = item.get<blk_056_t>())
+        show(corners->num_corners, corners->num_corners_promised, corners->corner_freq,
+             corners->corner_slope);
+    if (const auto *polynomial = item.get<blk_062_t>())
+        show(polynomial->num_coef, polynomial->num_coef_promised, polynomial->coef,
+             polynomial->coef_error);
+    if (const auto *gain = item.get<blk_058_t>()) {
+        show(gain->num_history, gain->num_history_promised, gain->calibration_gain,
+             gain->calibration_freq);
+        for (const calibration_time_t &time : gain->calibration_time)
+            all += formatted<" '%s'">(time.text);
+    }
+    return all + (item.bad() ? " bad" : "") +
+           formatted<" %d/%d">(static_cast<int>(item.fields_size()), item.length());
+}
+
+TEST(Volume, ReadsBeyondTheListingWithoutAWord)
+{
+    const std::string r21 = "          21";
+    const std::string r22 = "         -22";
+    const std::string gain = "01           5           6";
+    const std::string corners = "01011012";
+    const std::string poly = "P01011012MB" + std::string(60, ' ');
+    const struct {
+        int type;
+        std::string fields, expected;
+    } cases[] = {
+        {56, corners + "0001" + r21 + r22, "1 of 1: 21 -22 43/43"},
+        {56, corners + "0003" + r21 + r22 + r21, "1 of 3: 21 -22 91/55"},
+        {56, corners + "9999", "0 of 9999: 239995/19"},
+        {56, corners + "-001", "0 of 0: bad 19/19"},
+        {56, corners + "0002           x" + r22 + r21 + r22, "2 of 2: 0 -22 0 0 bad 43/67"},
+        {58, gain + "02" + r21 + r22 + "2020,001~" + r21 + r22 + "~",
+         "2 of 2: 21 -22 21 -22 '2020,001' '' 93/93"},
+        {58, gain + "99" + r21 + r22 + "~", "1 of 99: 21 -22 '' 2510/60"},
+        {58, gain, "0 of 0: 35/33"},
+        {58, gain + "-1", "0 of 0: bad 35/35"},
+        {58, gain + "01           x" + r22 + "~", "1 of 1: 0 -22 '' bad 60/60"},
+        // Three characters of a count, or four when the length says so.
+        {62, poly + "001" + r22 + r21, "1 of 1: -22 21 105/105"},
+        {62, poly + "001-8.39000E+01" + r21, "1 of 1: -83.9 21 105/105"},
+        {62, poly + "0001" + r22 + r21, "1 of 1: -22 21 106/106"},
+        {62, poly + "001" + r22, "0 of 1: 105/93"},
+        {62, poly + "0100", "0 of 10: 321/82"},
+        {62, poly + "001           x" + r21, "1 of 1: 0 21 bad 105/105"},
+        {62, poly + "001" + r22 + "           x", "1 of 1: -22 0 bad 105/105"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.fields);
+        const TempFile file("beyond.",
+                            VolumeBuilder(4096).header('A').blockette(c.type, c.fields).volume());
+        std::array<std::string, 2> heard;
+        for (const bool unlisted : {false, true}) {
+            VolumeOptions options{.unlisted = unlisted};
+            options.message = [&](const Message &m) { heard.at(unlisted) += event_of(m); };
+            Volume volume(file, options);
+            const Item *item = volume.next();
+            if (unlisted) {
+                EXPECT_EQ(beyond_listing(*item), c.expected);
+            }
+        }
+        EXPECT_EQ(heard[0], heard[1]);
+    }
+}
+
 TEST(VolumeEvents, OfInputFilesAndTheirEnds)
 {
     const std::vector<std::string> two = parse_recipe("records 512\nheader A\n033 001|A~\n"
