@@ -38,7 +38,7 @@ public:
 
     /// "IU_ANMO_00_BHZ"; of a station "IU_ANMO"; a subchannel follows behind a colon.
     [[nodiscard]] std::string text() const;
-    [[nodiscard]] std::size_t hash() const;
+    [[nodiscard]] std::size_t hash() const; ///< another one in each run
     std::strong_ordering operator<=>(const ChannelCode &) const = default;
 
 private:
@@ -63,8 +63,10 @@ struct DictionaryEntry {
     int family = -1;               ///< of a data format
     int encoding = -1; ///< of Blockette 1000, where the family and keys leave no doubt; else -1
     std::int64_t record = 0;  ///< logical record in which it was defined last
-    std::vector<Part> parts;  ///< of a response: one, or what several blockettes continue
-    std::size_t promised = 0; ///< coefficients of a response in all its blockettes
+    /// Of a response: one. While a FIR filter's blockettes go on, one of each; the last joins them.
+    std::vector<Part> parts;
+    std::size_t promised = 0; ///< coefficients of a FIR filter that its blockettes should have
+    std::size_t held = 0;     ///< those that they have
 };
 
 /// A code was given another text.

@@ -88,16 +88,9 @@ void short_filters(const Context &context, const Context &, const Report &report
     constexpr int Keys = 10000;
     for (int key = 0; key < Keys; ++key) {
         const DictionaryEntry *entry = context.inventory.entry(Dictionary::responses, key);
-        if (!entry)
-            continue;
-        std::size_t held = 0;
-        for (const Part &part : entry->parts)
-            if (const auto *filter = std::get_if<FilterPtr>(&part))
-                if (const auto *fir = std::get_if<Fir>(&(*filter)->shape()))
-                    held += fir->coefficients.size();
-        if (entry->promised > held)
+        if (entry && entry->promised > entry->held)
             report(entry->record, "blockette 041",
-                   "response key " + std::to_string(key) + " has " + std::to_string(held) +
+                   "response key " + std::to_string(key) + " has " + std::to_string(entry->held) +
                        " coefficients, expected are " + std::to_string(entry->promised));
     }
 }

@@ -64,21 +64,33 @@ template <class... Blk> std::pair<int, std::string> key_and_name(const Item &ite
     return found;
 }
 
-std::size_t coefficients(const Part &part)
+const Fir *fir_of(const Part &part)
 {
     const auto *filter = std::get_if<FilterPtr>(&part);
-    const auto *fir = filter ? std::get_if<Fir>(&(*filter)->shape()) : nullptr;
-    return fir ? fir->coefficients.size() : 0;
+    return filter ? std::get_if<Fir>(&(*filter)->shape()) : nullptr;
 }
 
 /// `next` continues the coefficients of `entry`: one FIR filter, as its blockettes go on.
 bool continues(const DictionaryEntry &entry, const DictionaryEntry &next)
 {
-    std::size_t held = 0;
-    for (const Part &part : entry.parts)
-        held += coefficients(part);
-    return entry.text == next.text && entry.promised == next.promised && held > 0 &&
-           held + coefficients(next.parts.front()) <= entry.promised;
+    const Fir *fir = fir_of(entry.parts.front());
+    const Fir *more = fir_of(next.parts.front());
+    return fir && more && fir->symmetry == more->symmetry && entry.text == next.text &&
+           entry.promised == next.promised && entry.held > 0 &&
+           entry.held + next.held <= entry.promised;
+}
+
+/// One filter of those that continue each other: references need not have thousands each.
+Part joined(const std::vector<Part> &parts, FilterMaker *make)
+{
+    const Filter &first = *std::get<FilterPtr>(parts.front());
+    const Filter &last = *std::get<FilterPtr>(parts.back());
+    Fir whole{fir_of(parts.front())->symmetry, {}};
+    for (const Part &part : parts) {
+        const std::vector<double> &more = fir_of(part)->coefficients;
+        whole.coefficients.insert(whole.coefficients.end(), more.begin(), more.end());
+    }
+    return (*make)(std::move(whole), first.input().code, last.output().code, first.name().c_str());
 }
 
 bool same_parts(const DictionaryEntry &a, const DictionaryEntry &b)
@@ -117,16 +129,35 @@ void Dictionaries::add_response(const Item &item)
             item);
     DictionaryEntry entry = text_entry(std::move(name), item);
     entry.parts.push_back(std::move(*part));
-    if (const auto *fir = item.get<blk_041_t>())
+    if (const auto *fir = item.get<blk_041_t>()) {
         entry.promised = static_cast<std::size_t>(std::max(fir->num_coef_promised, 0));
+        entry.held = fir->coef.size();
+    }
     auto &known = entries_[static_cast<std::size_t>(Dictionary::responses)];
     const auto old = known.find(key);
     if (old != known.end() && continues(old->second, entry)) {
-        old->second.parts.push_back(std::move(entry.parts.front()));
+        continue_with(&old->second, std::move(entry));
     } else {
         const bool same = old == known.end() || same_parts(old->second, entry);
         define(Dictionary::responses, key, std::move(entry), same);
     }
+}
+
+void Dictionaries::continue_with(DictionaryEntry *entry, DictionaryEntry next)
+{
+    if (next.held == 0)
+        return;
+    entry->parts.push_back(std::move(next.parts.front()));
+    entry->held += next.held;
+    if (entry->held == entry->promised)
+        entry->parts = {joined(entry->parts, &make_)};
+}
+
+void Dictionaries::finish()
+{
+    for (auto &[key, entry] : entries_[static_cast<std::size_t>(Dictionary::responses)])
+        if (entry.parts.size() > 1)
+            entry.parts = {joined(entry.parts, &make_)};
 }
 
 void Dictionaries::define(Dictionary dictionary, int code, DictionaryEntry entry, bool same)

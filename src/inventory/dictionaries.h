@@ -22,6 +22,8 @@ public:
 
     /// Takes the entry that a dictionary blockette (030 to 034, 041 to 048) defines.
     void add(const Item &item);
+    /// Joins what filters have of blockettes, when some of them did not come.
+    void finish();
     [[nodiscard]] const DictionaryEntry *find(Dictionary dictionary, int code) const;
     /// The name of a unit; "" when it is not defined.
     [[nodiscard]] std::string unit(int code) const;
@@ -32,6 +34,7 @@ public:
 private:
     void define(Dictionary dictionary, int code, DictionaryEntry entry, bool same = true);
     void add_response(const Item &item);
+    void continue_with(DictionaryEntry *entry, DictionaryEntry next);
 
     std::array<std::map<int, DictionaryEntry>, 7> entries_; ///< by dictionary
     std::set<std::pair<Dictionary, int>> redefined_;

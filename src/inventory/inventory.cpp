@@ -315,6 +315,7 @@ void Inventory::finish()
     if (std::exchange(work_->finished, true))
         return;
     work_->close_channel();
+    work_->dictionaries.finish();
     work_->parts.finish(&work_->epochs);
     for (std::size_t i = 0; i < work_->data.size(); ++i)
         work_->joiners[i].finish(&work_->data[i]);
