@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -57,14 +57,7 @@ private:
     Finding *find(std::size_t rule, std::string_view group);
     void keep(std::size_t rule, std::string_view group, Finding finding);
 
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view group) const
-        {
-            return std::hash<std::string_view>()(group);
-        }
-    };
-    using Groups = std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>>;
+    using Groups = std::map<std::string, std::size_t, std::less<>>;
     std::vector<Groups> groups_; ///< by rule: index of the finding
     std::vector<Finding> findings_;
 };

@@ -1,5 +1,6 @@
 // Codes of channels, and times as text.
 #include "platform/format.h"
+#include "platform/keyed_hash.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -46,12 +47,10 @@ std::string ChannelCode::text() const
 
 std::size_t ChannelCode::hash() const
 {
-    constexpr std::uint64_t Odd = 0x9E3779B97F4A7C15;
     std::array<std::uint64_t, 2> words{};
     std::memcpy(words.data(), letters_.data(), letters_.size());
     words[1] |= std::uint64_t{static_cast<std::uint32_t>(subchannel_)} << 32;
-    const std::uint64_t hash = (words[0] * Odd ^ words[1]) * Odd;
-    return hash ^ hash >> 47;
+    return keyed_hash(words);
 }
 
 std::string time_text(double time)

@@ -62,7 +62,7 @@ Response ResponseParts::renamed(const Response &response)
 void ResponseParts::close(std::size_t index, ChannelEpoch *epoch)
 {
     if (std::exchange(refers_, false)) {
-        waiting_.emplace(index, open_);
+        waiting_.emplace_back(index, open_);
     } else {
         for (Raw &raw : open_)
             builder_.add(raw.stage, std::move(raw.part));

@@ -1,9 +1,9 @@
+#include "platform/keyed_hash.h"
 #include <quarl/stages.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <functional>
 
 namespace quarl
 {
@@ -11,16 +11,19 @@ namespace quarl
 namespace
 {
 
-/// Mixes all that makes up a value into one hash, so that values which differ anywhere are told
+/// Takes all that makes up a value into one hash, so that values which differ anywhere are told
 /// apart in one step. Equal numbers give equal hashes, 0 and -0 too.
 class Digest
 {
 public:
-    void add(double number) { mix(std::bit_cast<std::uint64_t>(number + 0.0)); } // -0 becomes 0
-    void add(int number) { mix(static_cast<std::size_t>(number)); }
-    void add(char letter) { mix(static_cast<std::size_t>(letter)); }
-    void add(std::size_t hash) { mix(hash); }
-    void add(const std::string &text) { mix(std::hash<std::string>()(text)); }
+    void add(double number) // -0 becomes 0
+    {
+        content_.add(std::bit_cast<std::uint64_t>(number + 0.0));
+    }
+    void add(int number) { content_.add(static_cast<std::uint64_t>(number)); }
+    void add(char letter) { content_.add(static_cast<std::uint64_t>(letter)); }
+    void add(std::size_t hash) { content_.add(std::uint64_t{hash}); }
+    void add(const std::string &text) { content_.add(std::string_view(text)); }
     void add(const std::complex<double> &number)
     {
         add(number.real());
@@ -103,17 +106,10 @@ public:
         std::visit([this](const auto &held) { this->add(held); }, value);
     }
 
-    [[nodiscard]] std::size_t value() const { return value_; }
+    [[nodiscard]] std::size_t value() const { return content_.value(); }
 
 private:
-    void mix(std::size_t hash)
-    {
-        constexpr std::size_t Odd = 0x9E3779B97F4A7C15;
-        value_ = (value_ ^ hash) * Odd;
-        value_ ^= value_ >> 32;
-    }
-
-    std::size_t value_ = 0;
+    HashedContent content_;
 };
 
 template <class... T> std::size_t hash_of(const T &...values)

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <set>
 
 namespace quarl
 {
@@ -31,7 +31,7 @@ struct FormatsMet {
     std::string last_name; ///< a format's name as it stands, before aliases
     int last_row = -1;     ///< its row: data records ask for the same one again and again
     std::array<int, 256> encoding_rows;                ///< by encoding format code
-    std::unordered_set<std::string> reported_channels; ///< whose formats differ
+    std::set<std::string, std::less<>> reported_channels; ///< whose formats differ
 };
 
 /// The row of `seed_formats` that is named `name`, after the aliases of the parameter file; 0 when

@@ -3,6 +3,7 @@
 
 #include "blockette/pfree.h"
 #include "platform/containers.h"
+#include "platform/keyed_hash.h"
 #include "volume/item_buffer.h"
 #include "volume/rseed.h"
 
@@ -24,12 +25,7 @@ struct Codes {
 };
 
 struct CodesHash {
-    std::size_t operator()(const Codes &codes) const
-    {
-        constexpr std::uint64_t Odd = 0x9E3779B97F4A7C15;
-        const std::uint64_t hash = (codes.words[0] * Odd ^ codes.words[1]) * Odd;
-        return hash ^ hash >> 47;
-    }
+    std::size_t operator()(const Codes &codes) const { return keyed_hash(codes.words); }
 };
 
 /// The key of a channel; an empty channel or location code leaves its part out. The texts are
