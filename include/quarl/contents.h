@@ -62,7 +62,7 @@ struct DictionaryEntry {
     std::vector<std::string> keys; ///< decoder keys of a data format
     int family = -1;               ///< of a data format
     int encoding = -1; ///< of Blockette 1000, where the family and keys leave no doubt; else -1
-    std::int64_t record = 0;  ///< logical record in which it was defined last
+    std::int64_t record = 0; ///< logical record in which it was defined last
     /// Of a response: one. While a FIR filter's blockettes go on, one of each; the last joins them.
     std::vector<Part> parts;
     std::size_t promised = 0; ///< coefficients of a FIR filter that its blockettes should have

@@ -26,6 +26,11 @@ inline constexpr std::size_t Network_Size = 3;
 inline constexpr std::size_t Time_Size = 23; ///< SEED time: YYYY,DDD,HH:MM:SS.FFFF
 inline constexpr std::size_t Format_Name_Size = 51;
 
+// A count of the volume may promise more entries of a list than stand in the blockette. Where the
+// listing trusts it, the list is as long as promised, and a number with the ending "_held" tells
+// how many entries its bytes have room for; those behind them are 0 or empty. A list that is not
+// listed has no more than these, and what was promised stands beside it.
+
 /// What every control blockette begins with.
 struct blk_t : record_t {
     int type = 0;   ///< blockette type number
@@ -97,6 +102,7 @@ struct blk_011_t : blk_t {
     static constexpr int Number = 11;
     static constexpr std::size_t Slot = 6; ///< five characters and a terminator
     int num_stn = 0;
+    int num_stn_held = 0;
     std::vector<char> stn_id; ///< num_stn slots
     std::vector<int> seq_num; ///< logical record in which each station's header begins
 
@@ -117,6 +123,7 @@ struct blk_012_t : blk_t {
     static constexpr int Capacity = 999;
     int num_span = 0;          ///< kept
     int num_span_promised = 0; ///< as counted by the volume
+    int num_span_held = 0;
     char beg_span[Capacity][Time_Size] = {};
     char end_span[Capacity][Time_Size] = {};
     int seq_num[Capacity] = {};
@@ -142,6 +149,7 @@ struct blk_030_t : blk_t {
     int format_id = 0;  ///< data format identifier code
     int data_type = -1; ///< data family type
     int num_keys = 0;
+    int num_keys_held = 0;
     std::vector<DecodeKey> decode_key;
 
     static constexpr auto fields()
@@ -362,9 +370,11 @@ struct blk_053_t : blk_t, channel_context_t {
     double normal_factor = 1.0; ///< A0 normalisation factor
     double normal_freq = 0.0;   ///< Hz
     int num_zeros = 0;
+    int num_zeros_held = 0;
     std::vector<Complex_t> zero;
     std::vector<Complex_t> zero_error;
     int num_poles = 0;
+    int num_poles_held = 0;
     std::vector<Complex_t> pole;
     std::vector<Complex_t> pole_error;
     int changroup = 0;
@@ -400,9 +410,11 @@ struct blk_054_t : blk_t, channel_context_t {
     int input_units = 0;
     int output_units = 0;
     int num_numer = 0;
+    int num_numer_held = 0;
     std::vector<double> numer_coef;
     std::vector<double> numer_error;
     int num_denom = 0;
+    int num_denom_held = 0;
     std::vector<double> denom_coef;
     std::vector<double> denom_error;
     int changroup = 0;
@@ -430,6 +442,7 @@ struct blk_055_t : blk_t, channel_context_t {
     int input_units = 0;
     int output_units = 0;
     int num_resp = 0;
+    int num_resp_held = 0;
     std::vector<double> frequency; ///< Hz
     std::vector<double> amplitude;
     std::vector<double> amplitude_error;
@@ -487,8 +500,8 @@ struct blk_058_t : blk_t, channel_context_t {
     double gain = 0.0;
     double freq = 0.0; ///< Hz
     int units_signal = 0;
-    int num_history = 0;          ///< calibrations that stand in the blockette
-    int num_history_promised = 0; ///< as counted by the volume
+    int num_history = 0;
+    int num_history_promised = 0;
     std::vector<double> calibration_gain;
     std::vector<double> calibration_freq; ///< Hz
     std::vector<calibration_time_t> calibration_time;
@@ -537,6 +550,7 @@ struct blk_061_t : blk_t, channel_context_t {
     int input_units = 0;
     int output_units = 0;
     int num_coef = 0;
+    int num_coef_held = 0;
     std::vector<double> coef;
     int changroup = 0;
 
@@ -570,8 +584,8 @@ struct blk_062_t : blk_t, channel_context_t {
     double lower_bound_of_approximation = 0.0;
     double upper_bound_of_approximation = 0.0;
     double maximum_absolute_error = 0.0;
-    int num_coef = 0;          ///< that stand in the blockette
-    int num_coef_promised = 0; ///< as counted by the volume
+    int num_coef = 0;
+    int num_coef_promised = 0;
     std::vector<double> coef;
     std::vector<double> coef_error;
     int num_coef_listed = 0; ///< the listing's reading
@@ -640,9 +654,11 @@ struct blk_043_t : blk_t {
     double normal_factor = 1.0; ///< A0 normalisation factor
     double normal_freq = 0.0;   ///< Hz
     int num_zeros = 0;
+    int num_zeros_promised = 0;
     std::vector<Complex_t> zero;
     std::vector<Complex_t> zero_error;
     int num_poles = 0;
+    int num_poles_promised = 0;
     std::vector<Complex_t> pole;
     std::vector<Complex_t> pole_error;
 
@@ -657,16 +673,18 @@ struct blk_043_t : blk_t {
             code("output_units", Dictionary::units, &blk_043_t::output_units),
             number("a0_normalization_factor", &blk_043_t::normal_factor),
             number("normalization_frequency", &blk_043_t::normal_freq, "Hz"),
-            list("zeros", "number_of_complex_zeros", &blk_043_t::num_zeros,
-                 column({"real"}, &blk_043_t::zero, &Complex_t::real),
-                 column({"imaginary"}, &blk_043_t::zero, &Complex_t::imag),
-                 column({"real_error"}, &blk_043_t::zero_error, &Complex_t::real),
-                 column({"imaginary_error"}, &blk_043_t::zero_error, &Complex_t::imag)),
-            list("poles", "number_of_complex_poles", &blk_043_t::num_poles,
-                 column({"real"}, &blk_043_t::pole, &Complex_t::real),
-                 column({"imaginary"}, &blk_043_t::pole, &Complex_t::imag),
-                 column({"real_error"}, &blk_043_t::pole_error, &Complex_t::real),
-                 column({"imaginary_error"}, &blk_043_t::pole_error, &Complex_t::imag)));
+            limited_list("zeros", "number_of_complex_zeros", &blk_043_t::num_zeros,
+                         &blk_043_t::num_zeros_promised,
+                         column({"real"}, &blk_043_t::zero, &Complex_t::real),
+                         column({"imaginary"}, &blk_043_t::zero, &Complex_t::imag),
+                         column({"real_error"}, &blk_043_t::zero_error, &Complex_t::real),
+                         column({"imaginary_error"}, &blk_043_t::zero_error, &Complex_t::imag)),
+            limited_list("poles", "number_of_complex_poles", &blk_043_t::num_poles,
+                         &blk_043_t::num_poles_promised,
+                         column({"real"}, &blk_043_t::pole, &Complex_t::real),
+                         column({"imaginary"}, &blk_043_t::pole, &Complex_t::imag),
+                         column({"real_error"}, &blk_043_t::pole_error, &Complex_t::real),
+                         column({"imaginary_error"}, &blk_043_t::pole_error, &Complex_t::imag)));
     }
 };
 
@@ -679,9 +697,11 @@ struct blk_044_t : blk_t {
     int input_units = 0;
     int output_units = 0;
     int num_numer = 0;
+    int num_numer_promised = 0;
     std::vector<double> numer_coef;
     std::vector<double> numer_error;
     int num_denom = 0;
+    int num_denom_promised = 0;
     std::vector<double> denom_coef;
     std::vector<double> denom_error;
 
@@ -693,12 +713,14 @@ struct blk_044_t : blk_t {
                           text("response_type", &blk_044_t::func_type),
                           code("input_units", Dictionary::units, &blk_044_t::input_units),
                           code("output_units", Dictionary::units, &blk_044_t::output_units),
-                          list("numerators", "number_of_numerators", &blk_044_t::num_numer,
-                               column({"coefficient"}, &blk_044_t::numer_coef),
-                               column({"error"}, &blk_044_t::numer_error)),
-                          list("denominators", "number_of_denominators", &blk_044_t::num_denom,
-                               column({"coefficient"}, &blk_044_t::denom_coef),
-                               column({"error"}, &blk_044_t::denom_error)));
+                          limited_list("numerators", "number_of_numerators", &blk_044_t::num_numer,
+                                       &blk_044_t::num_numer_promised,
+                                       column({"coefficient"}, &blk_044_t::numer_coef),
+                                       column({"error"}, &blk_044_t::numer_error)),
+                          limited_list("denominators", "number_of_denominators",
+                                       &blk_044_t::num_denom, &blk_044_t::num_denom_promised,
+                                       column({"coefficient"}, &blk_044_t::denom_coef),
+                                       column({"error"}, &blk_044_t::denom_error)));
     }
 };
 
@@ -710,6 +732,7 @@ struct blk_045_t : blk_t {
     int input_units = 0;
     int output_units = 0;
     int num_resp = 0;
+    int num_resp_promised = 0;
     std::vector<double> frequency; ///< Hz
     std::vector<double> amplitude;
     std::vector<double> amplitude_error;
@@ -719,16 +742,18 @@ struct blk_045_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_045_t::lookup_key),
-                          text("response_name", &blk_045_t::response_name),
-                          code("input_units", Dictionary::units, &blk_045_t::input_units),
-                          code("output_units", Dictionary::units, &blk_045_t::output_units),
-                          list("responses", "number_of_responses_listed", &blk_045_t::num_resp,
-                               column({"frequency", "Hz"}, &blk_045_t::frequency),
-                               column({"amplitude"}, &blk_045_t::amplitude),
-                               column({"amplitude_error"}, &blk_045_t::amplitude_error),
-                               column({"phase_angle", "degrees"}, &blk_045_t::phase),
-                               column({"phase_error", "degrees"}, &blk_045_t::phase_error)));
+        return all_fields(
+            key("response_lookup_key", Dictionary::responses, &blk_045_t::lookup_key),
+            text("response_name", &blk_045_t::response_name),
+            code("input_units", Dictionary::units, &blk_045_t::input_units),
+            code("output_units", Dictionary::units, &blk_045_t::output_units),
+            limited_list("responses", "number_of_responses_listed", &blk_045_t::num_resp,
+                         &blk_045_t::num_resp_promised,
+                         column({"frequency", "Hz"}, &blk_045_t::frequency),
+                         column({"amplitude"}, &blk_045_t::amplitude),
+                         column({"amplitude_error"}, &blk_045_t::amplitude_error),
+                         column({"phase_angle", "degrees"}, &blk_045_t::phase),
+                         column({"phase_error", "degrees"}, &blk_045_t::phase_error)));
     }
 };
 
@@ -740,19 +765,22 @@ struct blk_046_t : blk_t {
     int input_units = 0;
     int output_units = 0;
     int num_corners = 0;
+    int num_corners_promised = 0;
     std::vector<double> corner_freq;  ///< Hz
     std::vector<double> corner_slope; ///< dB per decade
 
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_046_t::lookup_key),
-                          text("response_name", &blk_046_t::response_name),
-                          code("input_units", Dictionary::units, &blk_046_t::input_units),
-                          code("output_units", Dictionary::units, &blk_046_t::output_units),
-                          list("corners", "number_of_corners_listed", &blk_046_t::num_corners,
-                               column({"corner_frequency", "Hz"}, &blk_046_t::corner_freq),
-                               column({"corner_slope", "dB/decade"}, &blk_046_t::corner_slope)));
+        return all_fields(
+            key("response_lookup_key", Dictionary::responses, &blk_046_t::lookup_key),
+            text("response_name", &blk_046_t::response_name),
+            code("input_units", Dictionary::units, &blk_046_t::input_units),
+            code("output_units", Dictionary::units, &blk_046_t::output_units),
+            limited_list("corners", "number_of_corners_listed", &blk_046_t::num_corners,
+                         &blk_046_t::num_corners_promised,
+                         column({"corner_frequency", "Hz"}, &blk_046_t::corner_freq),
+                         column({"corner_slope", "dB/decade"}, &blk_046_t::corner_slope)));
     }
 };
 
@@ -788,6 +816,7 @@ struct blk_048_t : blk_t {
     double gain = 0.0;
     double freq = 0.0; ///< Hz
     int num_history = 0;
+    int num_history_promised = 0;
     std::vector<double> calibration_gain;
     std::vector<double> calibration_freq; ///< Hz
     std::vector<calibration_time_t> calibration_time;
@@ -795,15 +824,17 @@ struct blk_048_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(key("response_lookup_key", Dictionary::responses, &blk_048_t::lookup_key),
-                          text("response_name", &blk_048_t::response_name),
-                          number("sensitivity_or_gain", &blk_048_t::gain),
-                          number("frequency", &blk_048_t::freq, "Hz"),
-                          list("history", "number_of_history_values", &blk_048_t::num_history,
-                               column({"sensitivity"}, &blk_048_t::calibration_gain),
-                               column({"frequency", "Hz"}, &blk_048_t::calibration_freq),
-                               column({"time", {}, Meaning::time}, &blk_048_t::calibration_time,
-                                      &calibration_time_t::text)));
+        return all_fields(
+            key("response_lookup_key", Dictionary::responses, &blk_048_t::lookup_key),
+            text("response_name", &blk_048_t::response_name),
+            number("sensitivity_or_gain", &blk_048_t::gain),
+            number("frequency", &blk_048_t::freq, "Hz"),
+            limited_list("history", "number_of_history_values", &blk_048_t::num_history,
+                         &blk_048_t::num_history_promised,
+                         column({"sensitivity"}, &blk_048_t::calibration_gain),
+                         column({"frequency", "Hz"}, &blk_048_t::calibration_freq),
+                         column({"time", {}, Meaning::time}, &blk_048_t::calibration_time,
+                                &calibration_time_t::text)));
     }
 };
 
@@ -813,8 +844,8 @@ struct blk_056_t : blk_t, channel_context_t {
     int stage_num = 0;
     int input_units = 0;
     int output_units = 0;
-    int num_corners = 0;              ///< that stand in the blockette
-    int num_corners_promised = 0;     ///< as counted by the volume
+    int num_corners = 0;
+    int num_corners_promised = 0;
     std::vector<double> corner_freq;  ///< Hz
     std::vector<double> corner_slope; ///< dB per decade
 
@@ -840,16 +871,17 @@ struct blk_060_t : blk_t, channel_context_t {
         std::vector<int> lookup_key; ///< of the response dictionary, in order
     };
     int num_stages = 0;
+    int num_stages_promised = 0;
     std::vector<Stage> stage;
 
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(
-            list("stages", "number_of_stages", &blk_060_t::num_stages,
-                 column({"stage_sequence_number"}, &blk_060_t::stage, &Stage::stage_num),
-                 column({"responses", {}, Meaning::code, Dictionary::responses, "response"},
-                        &blk_060_t::stage, &Stage::lookup_key)));
+        return all_fields(limited_list(
+            "stages", "number_of_stages", &blk_060_t::num_stages, &blk_060_t::num_stages_promised,
+            column({"stage_sequence_number"}, &blk_060_t::stage, &Stage::stage_num),
+            column({"responses", {}, Meaning::code, Dictionary::responses, "response"},
+                   &blk_060_t::stage, &Stage::lookup_key)));
     }
 };
 

@@ -114,8 +114,8 @@ public:
     /// The response name; empty when the blockette type has none.
     [[nodiscard]] const std::string &name() const { return name_; }
 
-    /// Computed once, another one in each run. The shape's alone is the same for filters that differ
-    /// in units or name only.
+    /// Computed once, another one in each run. The shape's alone is the same for filters that
+    /// differ in units or name only.
     [[nodiscard]] std::size_t hash() const { return hash_; }
     [[nodiscard]] std::size_t shape_hash() const { return shape_hash_; }
     bool operator==(const Filter &other) const;

@@ -22,8 +22,10 @@ void parse_030(blk_030_t *blk, std::string_view buff)
     blk->data_type = scan_int(&in, 3);
     blk->num_keys = scan_int(&in, 2);
     allocate(blk->decode_key, blk->num_keys, "blk->decode_key");
-    for (blk_030_t::DecodeKey &key : blk->decode_key)
+    for (blk_030_t::DecodeKey &key : blk->decode_key) {
         scan_var_str(&in, key.text, Key_Limit);
+        blk->num_keys_held += ends_within(in, blk->length);
+    }
 }
 
 void parse_031(blk_031_t *blk, std::string_view buff)

@@ -1,6 +1,7 @@
 // Channel comments, FIR filters and polynomial responses.
 #include "blockette/blockette.h"
 #include "blockette/scan.h"
+#include "blockette/scan_response.h"
 
 namespace quarl
 {
@@ -8,8 +9,8 @@ namespace quarl
 namespace
 {
 
+constexpr std::size_t Fir_Coefficient = 14; ///< characters
 constexpr int Listed_Count = 4;             ///< characters of a polynomial's count in the listing
-constexpr std::size_t Polynomial_Term = 24; ///< characters of a coefficient and its error
 
 /// All of a polynomial in front of its count.
 void scan_polynomial(Cursor *in, blk_062_t *blk)
@@ -34,7 +35,7 @@ int count_width(const Cursor &in, int length)
 {
     const std::string_view four = in.rest().substr(0, Listed_Count);
     const int count = to_int(up_to_nul(four));
-    const bool fits = count > 0 && in.position() + Listed_Count + count * Polynomial_Term ==
+    const bool fits = count > 0 && in.position() + Listed_Count + count * Coefficient ==
                                        static_cast<std::size_t>(std::max(length, 0));
     return fits ? Listed_Count : Listed_Count - 1;
 }
@@ -62,6 +63,7 @@ void parse_061(blk_061_t *blk, std::string_view buff)
     blk->input_units = scan_int(&in, 3);
     blk->output_units = scan_int(&in, 3);
     blk->num_coef = scan_int(&in, 4);
+    blk->num_coef_held = entries_held(in, blk->length, blk->num_coef, Fir_Coefficient);
     allocate(blk->coef, blk->num_coef, "blk->coef");
     stamp_channel(blk);
     (void)scan_list(blk->num_coef, "061 fir coefficient",
@@ -87,14 +89,15 @@ void read_whole(blk_062_t *blk, std::string_view buff)
     Cursor in(buff);
     scan_polynomial(&in, blk);
     blk->num_coef_promised = scan_count(&in, count_width(in, blk->length));
-    blk->num_coef = entries_held(in, blk->length, blk->num_coef_promised, Polynomial_Term);
+    blk->num_coef = entries_held(in, blk->length, blk->num_coef_promised, Coefficient);
     allocate(blk->coef, blk->num_coef, "blk->coef");
     allocate(blk->coef_error, blk->num_coef, "blk->coef_error");
-    scan_held(&in, blk->num_coef, blk->num_coef_promised, Polynomial_Term, "coefficients",
-              [&](int i) {
-                  blk->coef[i] = scan_double(&in, 12);
-                  blk->coef_error[i] = scan_double(&in, 12);
-              });
+    const bool sound = scan_list(blk->num_coef, "coefficients", [&](int i) {
+        blk->coef[i] = scan_double(&in, 12);
+        blk->coef_error[i] = scan_double(&in, 12);
+    });
+    if (sound)
+        in.advance(Coefficient * (blk->num_coef_promised - blk->num_coef));
 }
 
 } // namespace quarl

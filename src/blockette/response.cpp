@@ -33,11 +33,13 @@ void parse_053(blk_053_t *blk, std::string_view buff)
     blk->normal_freq = scan_double(&in, 12);
     blk->num_zeros = scan_int(&in, 3);
     stamp_channel(blk);
+    blk->num_zeros_held = entries_held(in, blk->length, blk->num_zeros, Root);
     allocate(blk->zero, blk->num_zeros, "blk->zero");
     allocate(blk->zero_error, blk->num_zeros, "blk->zero_error");
     if (!scan_roots(&in, blk->num_zeros, blk->zero, blk->zero_error, "paz zeros"))
         return;
     blk->num_poles = scan_int(&in, 3);
+    blk->num_poles_held = entries_held(in, blk->length, blk->num_poles, Root);
     allocate(blk->pole, blk->num_poles, "blk->pole");
     allocate(blk->pole_error, blk->num_poles, "blk->pole_error");
     (void)scan_roots(&in, blk->num_poles, blk->pole, blk->pole_error, "paz poles");
@@ -52,6 +54,7 @@ void parse_054(blk_054_t *blk, std::string_view buff)
     blk->input_units = scan_int(&in, 3);
     blk->output_units = scan_int(&in, 3);
     blk->num_numer = scan_int(&in, 4);
+    blk->num_numer_held = entries_held(in, blk->length, blk->num_numer, Coefficient);
     allocate(blk->numer_coef, blk->num_numer, "blk->numer_coef");
     allocate(blk->numer_error, blk->num_numer, "blk->numer_error");
     stamp_channel(blk);
@@ -59,6 +62,7 @@ void parse_054(blk_054_t *blk, std::string_view buff)
                            "fir numerators"))
         return;
     blk->num_denom = scan_int(&in, 4);
+    blk->num_denom_held = entries_held(in, blk->length, blk->num_denom, Coefficient);
     allocate(blk->denom_coef, blk->num_denom, "blk->denom_coef");
     allocate(blk->denom_error, blk->num_denom, "blk->denom_error");
     (void)scan_coefficients(&in, blk->num_denom, blk->denom_coef, blk->denom_error,
@@ -73,6 +77,7 @@ void parse_055(blk_055_t *blk, std::string_view buff)
     blk->input_units = scan_int(&in, 3);
     blk->output_units = scan_int(&in, 3);
     blk->num_resp = scan_int(&in, 4);
+    blk->num_resp_held = entries_held(in, blk->length, blk->num_resp, Point);
     allocate(blk->frequency, blk->num_resp, "blk->frequency");
     allocate(blk->amplitude, blk->num_resp, "blk->amplitude");
     allocate(blk->amplitude_error, blk->num_resp, "blk->amplitude_error");
@@ -90,7 +95,6 @@ void parse_055(blk_055_t *blk, std::string_view buff)
 
 void parse_056(blk_056_t *blk, std::string_view buff)
 {
-    constexpr std::size_t Corner = 24;
     Cursor in(buff);
     scan_head(&in, blk);
     blk->stage_num = scan_int(&in, 2);
@@ -101,10 +105,12 @@ void parse_056(blk_056_t *blk, std::string_view buff)
     allocate(blk->corner_freq, blk->num_corners, "blk->corner_freq");
     allocate(blk->corner_slope, blk->num_corners, "blk->corner_slope");
     stamp_channel(blk);
-    scan_held(&in, blk->num_corners, blk->num_corners_promised, Corner, "corners", [&](int i) {
+    const bool sound = scan_list(blk->num_corners, "corners", [&](int i) {
         blk->corner_freq[i] = scan_double(&in, 12);
         blk->corner_slope[i] = scan_double(&in, 12);
     });
+    if (sound)
+        in.advance(Corner * (blk->num_corners_promised - blk->num_corners));
 }
 
 void parse_057(blk_057_t *blk, std::string_view buff)
@@ -131,19 +137,20 @@ void parse_058(blk_058_t *blk, std::string_view buff)
 
 void read_whole(blk_058_t *blk, std::string_view buff)
 {
-    constexpr std::size_t Shortest = 25; // its time is an empty text
     Cursor in(buff);
     scan_sensitivity(&in, blk);
     blk->num_history_promised = scan_count(&in, 2);
-    blk->num_history = entries_held(in, blk->length, blk->num_history_promised, Shortest);
+    blk->num_history = entries_held(in, blk->length, blk->num_history_promised, Calibration);
     allocate(blk->calibration_gain, blk->num_history, "blk->calibration_gain");
     allocate(blk->calibration_freq, blk->num_history, "blk->calibration_freq");
     allocate(blk->calibration_time, blk->num_history, "blk->calibration_time");
-    scan_held(&in, blk->num_history, blk->num_history_promised, Shortest, "history", [&](int i) {
+    const bool sound = scan_list(blk->num_history, "history", [&](int i) {
         blk->calibration_gain[i] = scan_double(&in, 12);
         blk->calibration_freq[i] = scan_double(&in, 12);
         scan_var_str(&in, blk->calibration_time[i].text);
     });
+    if (sound)
+        in.advance(Calibration * (blk->num_history_promised - blk->num_history));
 }
 
 } // namespace quarl

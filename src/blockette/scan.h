@@ -130,15 +130,8 @@ template <class ReadEntry>
 /// blockette of `length` bytes has room. Counts are not to be trusted.
 int entries_held(const Cursor &in, int length, int promised, std::size_t size);
 
-/// A list of which `held` entries are read, and the place of those that are promised and not there
-/// is passed over.
-template <class ReadEntry>
-void scan_held(Cursor *in, int held, int promised, std::size_t size, std::string_view what,
-               ReadEntry read_entry)
-{
-    if (scan_list(held, what, read_entry))
-        in->advance(static_cast<std::size_t>(promised - held) * size);
-}
+/// The fields up to the cursor stand in a blockette of `length` bytes.
+bool ends_within(const Cursor &in, int length);
 
 /// Where entry `i` of a list of fixed capacity goes: keep(array) is its slot, or a throw-away one
 /// when the array is full.

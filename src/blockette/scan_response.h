@@ -9,6 +9,13 @@
 namespace quarl
 {
 
+// Characters of their entries.
+inline constexpr std::size_t Root = 48;
+inline constexpr std::size_t Coefficient = 24;
+inline constexpr std::size_t Point = 60;
+inline constexpr std::size_t Corner = 24;
+inline constexpr std::size_t Calibration = 25; ///< at least: its time may be an empty text
+
 /// Poles and zeros alike: reads `count` of them. False when a bad field stopped the list.
 inline bool scan_roots(Cursor *in, int count, std::vector<Complex_t> &root,
                        std::vector<Complex_t> &error, std::string_view what)

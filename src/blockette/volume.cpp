@@ -23,6 +23,7 @@ void parse_011(blk_011_t *blk, std::string_view buff)
     Cursor in(buff);
     scan_head(&in, blk);
     blk->num_stn = scan_int(&in, 3);
+    blk->num_stn_held = entries_held(in, blk->length, blk->num_stn, 11);
     allocate(blk->stn_id, blk->num_stn * static_cast<int>(blk_011_t::Slot), "blk->stn_id");
     allocate(blk->seq_num, blk->num_stn, "blk->seq_num");
     for (int i = 0; i < blk->num_stn; ++i) {
@@ -41,7 +42,9 @@ void parse_012(blk_012_t *blk, std::string_view buff)
         scan_var_str(&in, keep(blk->beg_span));
         scan_var_str(&in, keep(blk->end_span));
         keep(blk->seq_num) = scan_int(&in, 6);
+        blk->num_span_held += ends_within(in, blk->length);
     });
+    blk->num_span_held = std::min(blk->num_span_held, blk->num_span);
 }
 
 } // namespace quarl

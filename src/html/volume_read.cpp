@@ -18,6 +18,17 @@ template <class T> void keep(const Item &item, std::deque<T> *kept)
         kept->push_back(*record);
 }
 
+/// Decoder keys are large, and many may be promised where none are.
+void keep(const Item &item, std::deque<blk_030_t> *kept)
+{
+    const auto *record = item.get<blk_030_t>();
+    if (!record)
+        return;
+    blk_030_t &copy = kept->emplace_back(*record);
+    copy.num_keys = record->num_keys_held;
+    copy.decode_key = {record->decode_key.begin(), record->decode_key.begin() + copy.num_keys};
+}
+
 /// The code of a channel as its data state it: without a subchannel.
 ChannelCode of_data(const ChannelCode &code, std::string_view network)
 {

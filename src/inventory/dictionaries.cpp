@@ -46,8 +46,8 @@ DictionaryEntry format_entry(const blk_030_t &blk, const Item &item)
 {
     DictionaryEntry entry = text_entry(blk.name, item);
     entry.family = blk.data_type;
-    for (const blk_030_t::DecodeKey &key : blk.decode_key)
-        entry.keys.emplace_back(key.text);
+    for (int i = 0; i < blk.num_keys_held; ++i)
+        entry.keys.emplace_back(blk.decode_key[i].text);
     entry.encoding = encoding_of(entry);
     return entry;
 }

@@ -213,10 +213,10 @@ void Inventory::Work::add_indexes(const Item &item)
 {
     const std::int64_t record = item.place().record;
     if (const auto *stations_at = item.get<blk_011_t>()) {
-        for (std::size_t i = 0; i < stations_at->seq_num.size(); ++i)
+        for (int i = 0; i < stations_at->num_stn_held; ++i)
             station_index.push_back({stations_at->station(i), stations_at->seq_num[i], record});
     } else if (const auto *spans = item.get<blk_012_t>()) {
-        for (int i = 0; i < spans->num_span; ++i)
+        for (int i = 0; i < spans->num_span_held; ++i)
             span_index.push_back({start_epoch(spans->beg_span[i]), end_epoch(spans->end_span[i]),
                                   spans->seq_num[i], record});
     } else if (const auto *span = item.get<blk_070_t>()) {

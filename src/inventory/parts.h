@@ -13,15 +13,6 @@
 namespace quarl
 {
 
-PolesZeros shape_of(const blk_053_t &blk);
-Coefficients shape_of(const blk_054_t &blk);
-ResponseList shape_of(const blk_055_t &blk);
-Fir shape_of(const blk_061_t &blk);
-Polynomial shape_of(const blk_062_t &blk);
-
-Decimation decimation_of(const blk_057_t &blk);
-Gain gain_of(const blk_058_t &blk);
-
 /// A part with the number of its stage.
 struct StagePart {
     int stage = 0;
@@ -42,7 +33,7 @@ private:
 };
 
 /// What a blockette of a channel (053 to 058, 061, 062) says of a stage. Nothing for other types.
-/// Of 061 and 054 the coefficients that the blockette holds are taken, when its count is above.
+/// Lists have the entries that stand in the blockette, when its count is above.
 std::optional<StagePart> stage_part(const Item &item, FilterMaker *make);
 
 /// The same of a blockette of the response dictionary (041, 043 to 048).
