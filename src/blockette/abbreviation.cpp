@@ -23,8 +23,8 @@ void parse_030(blk_030_t *blk, std::string_view buff)
     blk->num_keys = scan_int(&in, 2);
     allocate(blk->decode_key, blk->num_keys, "blk->decode_key");
     for (blk_030_t::DecodeKey &key : blk->decode_key) {
+        blk->num_keys_held += begins_within(in, blk->length);
         scan_var_str(&in, key.text, Key_Limit);
-        blk->num_keys_held += ends_within(in, blk->length);
     }
 }
 

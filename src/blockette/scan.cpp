@@ -128,9 +128,9 @@ void scan_head(Cursor *str, blk_t *blk)
     blk->length = scan_int(str, 4);
 }
 
-bool ends_within(const Cursor &in, int length)
+bool begins_within(const Cursor &in, int length)
 {
-    return in.position() <= static_cast<std::size_t>(std::max(length, 0));
+    return in.position() < static_cast<std::size_t>(std::max(length, 0));
 }
 
 int entries_held(const Cursor &in, int length, int promised, std::size_t size)

@@ -130,8 +130,8 @@ template <class ReadEntry>
 /// blockette of `length` bytes has room. Counts are not to be trusted.
 int entries_held(const Cursor &in, int length, int promised, std::size_t size);
 
-/// The fields up to the cursor stand in a blockette of `length` bytes.
-bool ends_within(const Cursor &in, int length);
+/// What comes at the cursor begins in a blockette of `length` bytes.
+bool begins_within(const Cursor &in, int length);
 
 /// Where entry `i` of a list of fixed capacity goes: keep(array) is its slot, or a throw-away one
 /// when the array is full.

@@ -39,10 +39,10 @@ void parse_012(blk_012_t *blk, std::string_view buff)
     scan_head(&in, blk);
     blk->num_span_promised = scan_int(&in, 4);
     blk->num_span = scan_fixed_list(blk->num_span_promised, blk_012_t::Capacity, [&](auto &&keep) {
+        blk->num_span_held += begins_within(in, blk->length);
         scan_var_str(&in, keep(blk->beg_span));
         scan_var_str(&in, keep(blk->end_span));
         keep(blk->seq_num) = scan_int(&in, 6);
-        blk->num_span_held += ends_within(in, blk->length);
     });
     blk->num_span_held = std::min(blk->num_span_held, blk->num_span);
 }

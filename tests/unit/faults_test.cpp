@@ -192,10 +192,10 @@ Captured without_memory(const std::function<void()> &f)
     rlimit before = {};
     getrlimit(RLIMIT_AS, &before);
     Captured seen = capture([&] {
-        const rlimit none = {1, before.rlim_max};
-        setrlimit(RLIMIT_AS, &none);
         std::vector<std::unique_ptr<char[]>> hogs;
         hogs.reserve(4000);
+        const rlimit none = {1, before.rlim_max};
+        setrlimit(RLIMIT_AS, &none);
         while (char *hog = new (std::nothrow) char[60000])
             hogs.emplace_back(hog);
         f();
