@@ -44,13 +44,8 @@ void put_sequence(std::string *record, int seq)
 
 void put_time(std::string *record, Ticks time)
 {
-    const Moment m = moment(time);
-    put_big_endian(record, Time, m.year, 2);
-    put_big_endian(record, Time + 2, m.doy, 2);
-    put_big_endian(record, Time + 4, m.hour, 1);
-    put_big_endian(record, Time + 5, m.minute, 1);
-    put_big_endian(record, Time + 6, m.second, 1);
-    put_big_endian(record, Time + 8, m.ticks, 2);
+    const auto bytes = quarl::bytes_of(quarl::binary_time(time_at(time)), std::endian::big);
+    std::copy(bytes.begin(), bytes.end(), record->begin() + Time);
 }
 
 /// Frames of four one-byte differences per word; like real ones they compress by a tenth or two.

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <span>
 
@@ -212,31 +211,6 @@ void add_epoch(VolumeBuilder *volume, Random *random, const Channel &channel, co
 }
 
 } // namespace
-
-Moment moment(Ticks time)
-{
-    using namespace std::chrono;
-    const Ticks whole = time / Ticks_Per_Second;
-    const sys_seconds at{seconds{whole}};
-    const auto day = floor<days>(at);
-    const year_month_day date{day};
-    const hh_mm_ss clock{at - day};
-    return {static_cast<int>(date.year()),
-            static_cast<int>((day - sys_days{date.year() / January / 1}).count()) + 1,
-            static_cast<int>(clock.hours().count()),
-            static_cast<int>(clock.minutes().count()),
-            static_cast<int>(clock.seconds().count()),
-            static_cast<int>(time - whole * Ticks_Per_Second)};
-}
-
-std::string seed_time(Ticks time)
-{
-    const Moment m = moment(time);
-    char text[80];
-    std::snprintf(text, sizeof text, "%04d,%03d,%02d:%02d:%02d.%04d", m.year, m.doy, m.hour,
-                  m.minute, m.second, m.ticks);
-    return text;
-}
 
 std::string station_code(int number)
 {

@@ -4,6 +4,7 @@
 #include "compose/blockette_text.h"
 
 #include <cstdint>
+#include <quarl/time.h>
 #include <string>
 #include <vector>
 
@@ -14,12 +15,11 @@ inline constexpr int Largest_Sequence = 999999;
 using Ticks = std::int64_t;
 inline constexpr Ticks Ticks_Per_Second = 10000;
 
-struct Moment {
-    int year, doy, hour, minute, second, ticks;
-};
-Moment moment(Ticks time);
-/// YYYY,DDD,HH:MM:SS.FFFF
-std::string seed_time(Ticks time);
+inline quarl::Time time_at(Ticks time)
+{
+    return quarl::Time(std::chrono::microseconds(time * (1'000'000 / Ticks_Per_Second)));
+}
+inline std::string seed_time(Ticks time) { return quarl::seed_text(time_at(time)); }
 
 /// When data begin: some hours before the channels' second epoch.
 inline constexpr Ticks Data_Begin = 1577793600 * Ticks_Per_Second; // 2019,365,12:00

@@ -8,19 +8,13 @@
 #include <cstdint>
 #include <quarl/fields.h>
 #include <quarl/stages.h>
+#include <quarl/time.h>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quarl
 {
-
-/// The times that stand for an epoch without a start and for one without an end.
-inline constexpr double Always = -9999999999.999;
-inline constexpr double Forever = 9999999999.999;
-
-/// "2018,191" for a midnight, "2018,191,12:30:00.0000" for other times; "" for Always and Forever.
-std::string time_text(double time);
 
 /// The codes of a channel, without blanks. Those of a station lack the last three.
 class ChannelCode

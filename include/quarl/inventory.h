@@ -82,7 +82,4 @@ private:
     std::unique_ptr<Work> work_;
 };
 
-/// The start of a data record is a time of the calendar: day 1 to 366, hour below 24 and so on.
-bool has_calendar_time(const blk_dh_t &header);
-
 } // namespace quarl

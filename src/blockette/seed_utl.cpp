@@ -1,8 +1,8 @@
 #include "blockette/seed_utl.h"
 
+#include "platform/calendar.h"
 #include "platform/read_number.h"
 #include "platform/text.h"
-#include "platform/timeconv.h"
 
 #include <algorithm>
 #include <array>

@@ -1,13 +1,14 @@
-// SEED time: text of the form YYYY,DDD,HH:MM:SS.FFFF, possibly cut short after any part.
+// SEED time as the listing takes it: text of the form YYYY,DDD,HH:MM:SS.FFFF, possibly cut short
+// after any part, of which nothing is checked. <quarl/time.h> has the calendar's reading.
 #pragma once
 
-#include <string_view>
+#include <quarl/time.h>
 
 namespace quarl
 {
 
-inline constexpr double Open_End = 9999999999.999;    ///< an empty time: no end
-inline constexpr double Open_Start = -9999999999.999; ///< an empty start time: since always
+inline constexpr double Open_End = Forever;  ///< an empty time: no end
+inline constexpr double Open_Start = Always; ///< an empty start time: since always
 
 /// The parts of a SEED time; parts that the text lacks are 0. Malformed text is not reported.
 struct SeedTime {

@@ -18,7 +18,7 @@ std::string subject_of(const DataSeen &data)
 
 void data_undescribed(const Context &context, const DataSeen &data, const Report &report)
 {
-    if (!context.has_headers || data.epoch || !has_calendar_time(data.header))
+    if (!context.has_headers || data.epoch || !data_times(data.header))
         return;
     report(data.record, data.channel.code.text(), [&] {
         return Told{subject_of(data), "no channel epoch describes it"};
@@ -88,7 +88,7 @@ void data_format(const Context &context, const DataSeen &data, const Report &rep
 
 void data_time(const Context & /*context*/, const DataSeen &data, const Report &report)
 {
-    if (has_calendar_time(data.header))
+    if (data_times(data.header))
         return;
     report(data.record, data.channel.code.text(), [&] {
         return Told{data.channel.code.text(), std::string("starts at ") + data.header.start_time +

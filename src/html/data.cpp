@@ -1,7 +1,6 @@
 #include "html/data.h"
 
 #include "blockette/sdblknam.h"
-#include "blockette/seed_utl.h"
 #include "check/rule.h"
 #include "html/curves.h"
 
@@ -53,8 +52,8 @@ void write_head(Json *json, const VolumeRead &volume)
     json->key("label").text(identifier.label);
     json->key("organization").text(identifier.originating_org);
     json->key("version").real(volume.records.identifier ? identifier.version : Not_A_Number);
-    write_epoch_times(json, start_epoch(identifier.beg_time), end_epoch(identifier.end_time));
-    write_time(&json->key("written"), start_epoch(identifier.volume_time));
+    write_epoch_times(json, start_seconds(identifier.beg_time), end_seconds(identifier.end_time));
+    write_time(&json->key("written"), start_seconds(identifier.volume_time));
     json->key("shares").open('{');
     json->key("parameters").whole(statistics.parameters);
     json->key("data").whole(statistics.data);

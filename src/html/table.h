@@ -1,7 +1,6 @@
 // Tables of records, by the descriptions of their fields.
 #pragma once
 
-#include "blockette/seed_utl.h"
 #include "html/markup.h"
 #include "platform/text.h"
 

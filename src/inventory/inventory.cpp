@@ -2,10 +2,10 @@
 #include "inventory/dictionaries.h"
 #include "inventory/response_parts.h"
 
-#include "blockette/seed_utl.h"
 #include "platform/containers.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <quarl/inventory.h>
 #include <unordered_map>
@@ -13,8 +13,6 @@
 
 namespace quarl
 {
-
-static_assert(Always == Open_Start && Forever == Open_End);
 
 namespace
 {
@@ -43,7 +41,18 @@ double tolerance(double rate)
     return std::max(0.5 / rate, Tick);
 }
 
-bool is_leap(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
+/// A time that is none leaves its side open.
+double start_of(std::string_view text)
+{
+    const double time = start_seconds(text);
+    return std::isnan(time) ? Always : time;
+}
+
+double end_of(std::string_view text)
+{
+    const double time = end_seconds(text);
+    return std::isnan(time) ? Forever : time;
+}
 
 } // namespace
 
@@ -99,21 +108,13 @@ struct Inventory::Work {
     void add_control(const Item &item);
 };
 
-bool has_calendar_time(const blk_dh_t &header)
-{
-    const int days = is_leap(header.year) ? 366 : 365;
-    return header.year > 0 && header.doy >= 1 && header.doy <= days && header.hour >= 0 &&
-           header.hour < 24 && header.minutes >= 0 && header.minutes < 60 && header.sec_int >= 0 &&
-           header.sec_int <= 60;
-}
-
 void Inventory::Work::add_identifier(const Item &item, const blk_010_t &blk)
 {
     if (volume.record != 0)
         return;
     volume = {.version = blk.version,
-              .start = start_epoch(blk.beg_time),
-              .end = end_epoch(blk.end_time),
+              .start = start_of(blk.beg_time),
+              .end = end_of(blk.end_time),
               .record_length = 1 << std::clamp(blk.rec_len, 1, 30),
               .organisation = blk.originating_org,
               .label = blk.label,
@@ -128,8 +129,8 @@ void Inventory::Work::add_station(const Item &item, const blk_050_t &blk)
         stations.push_back({code, {}, {}});
     stations[known->second].epochs.push_back(station_epochs.size());
     station_epochs.push_back({.station = known->second,
-                              .start = start_epoch(blk.start_date),
-                              .end = end_epoch(blk.end_date),
+                              .start = start_of(blk.start_date),
+                              .end = end_of(blk.end_date),
                               .latitude = blk.lat,
                               .longitude = blk.lon,
                               .elevation = blk.elev,
@@ -165,8 +166,8 @@ void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
     channels[known->second].epochs.push_back(epoch);
     epochs.push_back({.channel = known->second,
                       .station_epoch = station_epochs.size() - 1,
-                      .start = start_epoch(blk.start_date),
-                      .end = end_epoch(blk.end_date),
+                      .start = start_of(blk.start_date),
+                      .end = end_of(blk.end_date),
                       .latitude = blk.lat,
                       .longitude = blk.lon,
                       .elevation = blk.elev,
@@ -217,15 +218,15 @@ void Inventory::Work::add_indexes(const Item &item)
             station_index.push_back({stations_at->station(i), stations_at->seq_num[i], record});
     } else if (const auto *spans = item.get<blk_012_t>()) {
         for (int i = 0; i < spans->num_span_held; ++i)
-            span_index.push_back({start_epoch(spans->beg_span[i]), end_epoch(spans->end_span[i]),
+            span_index.push_back({start_of(spans->beg_span[i]), end_of(spans->end_span[i]),
                                   spans->seq_num[i], record});
     } else if (const auto *span = item.get<blk_070_t>()) {
-        time_spans.push_back({start_epoch(span->beg_time), end_epoch(span->end_time),
+        time_spans.push_back({start_of(span->beg_time), end_of(span->end_time),
                               item.place().sequence_number, record});
     } else if (const auto *series = item.get<blk_074_t>()) {
         series_index.push_back(
             {ChannelCode(series->network_code, series->stn_id, series->loc_id, series->chan_id),
-             start_epoch(series->series_start_time), end_epoch(series->series_end_time),
+             start_of(series->series_start_time), end_of(series->series_end_time),
              series->first_seq_num, series->last_seq_num, record});
     }
 }
@@ -251,20 +252,21 @@ void Inventory::Work::add_data(const Item &item, const blk_dh_t &header)
     DataChannel &channel = data[data_channel];
     ++channel.records;
     channel.samples += header.nsamps;
-    if (!has_calendar_time(header)) {
+    const auto times = data_times(header);
+    if (!times) {
         ++timeless;
         return;
     }
     if (header.nsamps <= 0 || !(header.samp_rate > 0.0))
         return;
-    const double end = header.epoch + header.nsamps / header.samp_rate;
-    if (channel.last_end != 0.0 && header.epoch < channel.last_start &&
-        channel.steps_back.count++ == 0)
-        channel.steps_back = {1, record, channel.last_start, header.epoch};
+    const double start = seconds(times->start);
+    const double end = seconds(times->next);
+    if (channel.last_end != 0.0 && start < channel.last_start && channel.steps_back.count++ == 0)
+        channel.steps_back = {1, record, channel.last_start, start};
     channel.rate = header.samp_rate;
-    channel.last_start = header.epoch;
+    channel.last_start = start;
     channel.last_end = end;
-    joiners[data_channel].add({header.epoch, end, tolerance(header.samp_rate), record});
+    joiners[data_channel].add({start, end, tolerance(header.samp_rate), record});
 }
 
 void Inventory::Work::add_control(const Item &item)
@@ -278,15 +280,14 @@ void Inventory::Work::add_control(const Item &item)
     else if (const auto *channel = item.get<blk_052_t>())
         add_channel(item, *channel);
     else if (const auto *remark = item.get<blk_051_t>(); remark && !station_epochs.empty())
-        station_epochs.back().comments.push_back({start_epoch(remark->beg_time),
-                                                  end_epoch(remark->end_time), remark->comment_key,
+        station_epochs.back().comments.push_back({start_of(remark->beg_time),
+                                                  end_of(remark->end_time), remark->comment_key,
                                                   remark->comment_level});
     if (epoch == None)
         return;
     if (const auto *comment = item.get<blk_059_t>())
-        epochs[epoch].comments.push_back({start_epoch(comment->beg_time),
-                                          end_epoch(comment->end_time), comment->comment_key,
-                                          comment->comment_level});
+        epochs[epoch].comments.push_back({start_of(comment->beg_time), end_of(comment->end_time),
+                                          comment->comment_key, comment->comment_level});
     else if (const auto *reference = item.get<blk_060_t>())
         add_reference(*reference);
     else

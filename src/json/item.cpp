@@ -3,8 +3,8 @@
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
 #include "volume/decode.h"
-#include "json/data_times.h"
 #include "json/object.h"
+#include "json/time.h"
 
 namespace quarl::json
 {

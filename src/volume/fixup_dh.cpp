@@ -1,8 +1,8 @@
 #include "volume/fixup_dh.h"
 
+#include "platform/calendar.h"
 #include "platform/elog.h"
 #include "platform/text.h"
-#include "platform/timeconv.h"
 #include "volume/run.h"
 #include "volume/seedformat.h"
 
