@@ -27,6 +27,7 @@ enum class MessageKind {
     bad_integer,
     bad_real,
     text_too_long,
+    negative_count,
     list_abandoned, ///< a bad field ended the reading of a list
     too_many_segments,
     // Channels and dictionaries.

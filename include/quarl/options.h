@@ -37,7 +37,8 @@ struct VolumeOptions {
     /// Read too what the listing does not know: responses by reference (041, 043 to 048, 060) and
     /// the generic response (056), whose items have records then, the history of calibrations (058)
     /// and the coefficients of a polynomial as they were written (062). What is wrong with them is
-    /// no message but Item::bad.
+    /// no message but Item::bad. And take a negative count of a list for a bad field, where the
+    /// listing ends with an Error.
     bool unlisted = true;
 
     /// Gets each message; when it is empty, messages go to standard error.

@@ -20,7 +20,7 @@ void parse_030(blk_030_t *blk, std::string_view buff)
     scan_var_str(&in, blk->name);
     blk->format_id = scan_int(&in, 4);
     blk->data_type = scan_int(&in, 3);
-    blk->num_keys = scan_int(&in, 2);
+    blk->num_keys = scan_listed_count(&in, 2);
     allocate(blk->decode_key, blk->num_keys, "blk->decode_key");
     for (blk_030_t::DecodeKey &key : blk->decode_key) {
         blk->num_keys_held += begins_within(in, blk->length);

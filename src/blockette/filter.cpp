@@ -62,7 +62,7 @@ void parse_061(blk_061_t *blk, std::string_view buff)
     blk->symmetry = scan_char(&in);
     blk->input_units = scan_int(&in, 3);
     blk->output_units = scan_int(&in, 3);
-    blk->num_coef = scan_int(&in, 4);
+    blk->num_coef = scan_listed_count(&in, 4);
     blk->num_coef_held = entries_held(in, blk->length, blk->num_coef, Fir_Coefficient);
     allocate(blk->coef, blk->num_coef, "blk->coef");
     stamp_channel(blk);
@@ -74,7 +74,7 @@ void parse_062(blk_062_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_polynomial(&in, blk);
-    blk->num_coef_listed = scan_int(&in, Listed_Count);
+    blk->num_coef_listed = scan_listed_count(&in, Listed_Count);
     allocate(blk->coef_listed, blk->num_coef_listed, "blk->coef");
     allocate(blk->coef_error_listed, blk->num_coef_listed, "blk->coef_error");
     stamp_channel(blk);

@@ -15,6 +15,7 @@ namespace quarl
 struct Parsing {
     Parsing() { blk_050.network_code[0] = '\0'; }
 
+    bool for_listing = true;            ///< a negative count ends the reading
     int Bad_blkflag = 0;                ///< a field of the blockette being parsed is bad
     std::size_t fields_size = 0;        ///< bytes that the fields of the last blockette took
     blk_050_t blk_050;                  ///< the last station identifier; its texts are empty before

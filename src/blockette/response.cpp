@@ -31,14 +31,14 @@ void parse_053(blk_053_t *blk, std::string_view buff)
     blk->output_units = scan_int(&in, 3);
     blk->normal_factor = scan_double(&in, 12);
     blk->normal_freq = scan_double(&in, 12);
-    blk->num_zeros = scan_int(&in, 3);
+    blk->num_zeros = scan_listed_count(&in, 3);
     stamp_channel(blk);
     blk->num_zeros_held = entries_held(in, blk->length, blk->num_zeros, Root);
     allocate(blk->zero, blk->num_zeros, "blk->zero");
     allocate(blk->zero_error, blk->num_zeros, "blk->zero_error");
     if (!scan_roots(&in, blk->num_zeros, blk->zero, blk->zero_error, "paz zeros"))
         return;
-    blk->num_poles = scan_int(&in, 3);
+    blk->num_poles = scan_listed_count(&in, 3);
     blk->num_poles_held = entries_held(in, blk->length, blk->num_poles, Root);
     allocate(blk->pole, blk->num_poles, "blk->pole");
     allocate(blk->pole_error, blk->num_poles, "blk->pole_error");
@@ -53,7 +53,7 @@ void parse_054(blk_054_t *blk, std::string_view buff)
     blk->stage_num = scan_int(&in, 2);
     blk->input_units = scan_int(&in, 3);
     blk->output_units = scan_int(&in, 3);
-    blk->num_numer = scan_int(&in, 4);
+    blk->num_numer = scan_listed_count(&in, 4);
     blk->num_numer_held = entries_held(in, blk->length, blk->num_numer, Coefficient);
     allocate(blk->numer_coef, blk->num_numer, "blk->numer_coef");
     allocate(blk->numer_error, blk->num_numer, "blk->numer_error");
@@ -61,7 +61,7 @@ void parse_054(blk_054_t *blk, std::string_view buff)
     if (!scan_coefficients(&in, blk->num_numer, blk->numer_coef, blk->numer_error,
                            "fir numerators"))
         return;
-    blk->num_denom = scan_int(&in, 4);
+    blk->num_denom = scan_listed_count(&in, 4);
     blk->num_denom_held = entries_held(in, blk->length, blk->num_denom, Coefficient);
     allocate(blk->denom_coef, blk->num_denom, "blk->denom_coef");
     allocate(blk->denom_error, blk->num_denom, "blk->denom_error");
@@ -76,7 +76,7 @@ void parse_055(blk_055_t *blk, std::string_view buff)
     blk->stage_num = scan_int(&in, 2);
     blk->input_units = scan_int(&in, 3);
     blk->output_units = scan_int(&in, 3);
-    blk->num_resp = scan_int(&in, 4);
+    blk->num_resp = scan_listed_count(&in, 4);
     blk->num_resp_held = entries_held(in, blk->length, blk->num_resp, Point);
     allocate(blk->frequency, blk->num_resp, "blk->frequency");
     allocate(blk->amplitude, blk->num_resp, "blk->amplitude");

@@ -66,8 +66,14 @@ int scan_count(Cursor *str, int len)
     const int count = scan_int(str, len);
     if (count >= 0)
         return count;
+    elog_complain<MessageKind::negative_count, "Negative count %d of a list\n">(0, count);
     parsing().Bad_blkflag = 1;
     return 0;
+}
+
+int scan_listed_count(Cursor *str, int len)
+{
+    return parsing().for_listing ? scan_int(str, len) : scan_count(str, len);
 }
 
 double scan_double(Cursor *str, int len)

@@ -73,8 +73,13 @@ private:
 /// anything else that is no number is logged, sets Bad_blkflag and gives 0.
 int scan_int(Cursor *str, int len);
 
-/// The number of entries of a list: an integer field; a negative one is bad and counts as 0.
+/// The number of entries of a list: an integer field; a negative one is reported, sets
+/// Bad_blkflag and gives 0.
 int scan_count(Cursor *str, int len);
+
+/// The same in a blockette that is listed. Where the listing reads, a negative number stays: it
+/// ends the reading where the list gets its room.
+int scan_listed_count(Cursor *str, int len);
 
 /// A real field of `len` characters, as scan_int. A blank behind the exponent letter counts as "+".
 double scan_double(Cursor *str, int len);

@@ -25,7 +25,7 @@ void parse_071(blk_071_t *blk, std::string_view buff)
     blk->lat = scan_double(&in, 10);
     blk->lon = scan_double(&in, 11);
     blk->depth = scan_double(&in, 7);
-    blk->num_mags_promised = scan_int(&in, 2);
+    blk->num_mags_promised = scan_listed_count(&in, 2);
     blk->num_mags = scan_fixed_list(blk->num_mags_promised, blk_071_t::Capacity, [&](auto &&keep) {
         keep(blk->mag) = scan_double(&in, 5);
         scan_var_str(&in, keep(blk->mag_type));
@@ -56,7 +56,7 @@ void parse_073(blk_073_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_head(&in, blk);
-    blk->num_segs = scan_int(&in, 4);
+    blk->num_segs = scan_listed_count(&in, 4);
     if (blk->num_segs > blk_073_t::Capacity) {
         elog_die<MessageKind::too_many_segments, "ERROR(parse_073) - num_segs is too large: %i\n">(
             0, blk->num_segs);
@@ -84,7 +84,7 @@ void parse_074(blk_074_t *blk, std::string_view buff)
     scan_var_str(&in, blk->series_end_time);
     blk->last_seq_num = scan_int(&in, 6);
     blk->last_sub_seq_num = scan_int(&in, 2);
-    blk->num_repeats_promised = scan_int(&in, 3);
+    blk->num_repeats_promised = scan_listed_count(&in, 3);
     blk->num_repeats =
         scan_fixed_list(blk->num_repeats_promised, blk_074_t::Capacity, [&](auto &&keep) {
             scan_var_str(&in, keep(blk->rec_start_time));

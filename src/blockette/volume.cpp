@@ -22,7 +22,7 @@ void parse_011(blk_011_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_head(&in, blk);
-    blk->num_stn = scan_int(&in, 3);
+    blk->num_stn = scan_listed_count(&in, 3);
     blk->num_stn_held = entries_held(in, blk->length, blk->num_stn, 11);
     allocate(blk->stn_id, blk->num_stn * static_cast<int>(blk_011_t::Slot), "blk->stn_id");
     allocate(blk->seq_num, blk->num_stn, "blk->seq_num");
@@ -37,7 +37,7 @@ void parse_012(blk_012_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_head(&in, blk);
-    blk->num_span_promised = scan_int(&in, 4);
+    blk->num_span_promised = scan_listed_count(&in, 4);
     blk->num_span = scan_fixed_list(blk->num_span_promised, blk_012_t::Capacity, [&](auto &&keep) {
         blk->num_span_held += begins_within(in, blk->length);
         scan_var_str(&in, keep(blk->beg_span));

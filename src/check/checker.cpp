@@ -24,6 +24,7 @@ bool is_about_item(MessageKind kind)
     case MessageKind::bad_integer:
     case MessageKind::bad_real:
     case MessageKind::text_too_long:
+    case MessageKind::negative_count:
     case MessageKind::blockette_too_small:
         return true;
     default:

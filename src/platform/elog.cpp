@@ -27,6 +27,7 @@ constexpr std::array Names = {
     "bad-integer"sv,
     "bad-real"sv,
     "text-too-long"sv,
+    "negative-count"sv,
     "list-abandoned"sv,
     "too-many-segments"sv,
     "record-length-illegal"sv,

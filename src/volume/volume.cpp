@@ -51,6 +51,7 @@ void open_input(State *state, const std::string &path)
     ItemAccess{state->handle->now}.room(&state->handle->record_bytes);
     state->handle->on_bad_item = state->options.bad_item;
     state->handle->reads_unlisted = state->options.unlisted;
+    state->parsing.for_listing = !state->options.unlisted;
     state->handle->logical->on_record = state->options.record;
     if (state->options.logical_record)
         state->handle->logical->on_entered = [state] { tell_record(*state); };

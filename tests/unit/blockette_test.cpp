@@ -469,7 +469,8 @@ TEST(Blockette, InitialisedAgain)
     EXPECT_EQ(std::tuple(blk->type, blk->num_numer, blk->numer_coef.size()), std::tuple(54, 0, 0));
 }
 
-/// A negative count of an allocated list ends the run and shows the count unsigned.
+/// A negative count of an allocated list ends the listing, which shows the count unsigned. For
+/// other readers the list is empty, and the blockette bad.
 TEST(Blockette, NegativeCounts)
 {
     const std::vector<std::tuple<int, std::string, std::string>> rows = {
@@ -490,6 +491,11 @@ TEST(Blockette, NegativeCounts)
             text.starts_with(formatted<"quarl: Out of memory in parse_%03d at line ">(type)))
             << text;
         EXPECT_TRUE(text.ends_with(end)) << text;
+        parsing().for_listing = false;
+        const std::string other = shown(type, fields);
+        parsing().for_listing = true;
+        EXPECT_TRUE(other.starts_with("quarl: Negative count -1 of a list\n")) << other;
+        EXPECT_TRUE(other.ends_with("flagged\n")) << other;
     }
 }
 

@@ -243,6 +243,19 @@ TEST(CheckRules, EachIsBrokenAlone)
         expect_alone(each);
 }
 
+TEST(CheckRules, NegativeCountsAreBad)
+{
+    SoundVolume volume;
+    volume.response[2].second.replace(9, 4, "-001");
+    volume.edit = [](std::string bytes) {
+        const std::size_t entry = bytes.find("2024,001~2024,002~000004");
+        return bytes.replace(entry - 4, 4, "-999");
+    };
+    EXPECT_EQ(findings(volume.bytes()),
+              "1: blockette 012: Negative count -999 of a list +0 [bad-blockette]\n"
+              "3: blockette 054: Negative count -1 of a list +0 [bad-blockette]\n");
+}
+
 TEST(CheckRules, EachHasACase)
 {
     std::set<std::string_view> with_case;
