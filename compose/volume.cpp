@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -54,6 +55,52 @@ void pack_time(Packer *out, const std::string &time)
     out->number(0, 1).number(fraction, 2);
 }
 
+std::uint32_t bits_of(float value)
+{
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+/// One field, such as "u2:7".
+void pack_field(Packer *out, std::string_view field)
+{
+    const std::size_t colon = std::min(field.find(':'), field.size());
+    const std::string value(field.substr(std::min(colon + 1, field.size())));
+    const int width = std::atoi(std::string(field.substr(1, colon - 1)).c_str());
+    switch (field.empty() ? '\0' : field.front()) {
+    case 'u':
+    case 'i':
+        out->number(std::stoll(value), width);
+        break;
+    case 'f':
+        out->number(bits_of(std::stof(value)), 4);
+        break;
+    case 't':
+        pack_time(out, value);
+        break;
+    case 'a':
+        out->text(value, static_cast<std::size_t>(width));
+        break;
+    case 'z':
+        out->number(0, width);
+        break;
+    default:
+        throw std::invalid_argument("bad field '" + std::string(field) + "'");
+    }
+}
+
+std::string packed(std::string_view fields, bool little)
+{
+    Packer out(little);
+    while (!fields.empty()) {
+        const std::size_t size = std::min(fields.find('/'), fields.size());
+        pack_field(&out, fields.substr(0, size));
+        fields.remove_prefix(std::min(size + 1, fields.size()));
+    }
+    return out.bytes;
+}
+
 /// The data blockettes one after the other, each naming the offset of the next.
 std::string chain_blockettes(const DataRecord &record, int *count)
 {
@@ -72,11 +119,12 @@ std::string chain_blockettes(const DataRecord &record, int *count)
     if (record.timing_quality)
         items.push_back(
             {1001, Packer(record.little).number(*record.timing_quality, 1).number(0, 3).bytes});
-    if (record.actual_rate) {
-        std::uint32_t bits = 0;
-        std::memcpy(&bits, &*record.actual_rate, sizeof bits);
-        items.push_back({100, Packer(record.little).number(bits, 4).number(0, 4).bytes});
-    }
+    if (record.actual_rate)
+        items.push_back(
+            {100,
+             Packer(record.little).number(bits_of(*record.actual_rate), 4).number(0, 4).bytes});
+    for (const auto &[type, fields] : record.blockettes)
+        items.push_back({type, packed(fields, record.little)});
     Packer out(record.little);
     int offset = Data_Header_Size;
     for (const Item &item : items) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// The fields of a Blockette 1000.
@@ -35,6 +36,10 @@ struct DataRecord {
     std::optional<DataOnly> b1000 = {};
     std::optional<int> timing_quality = {}; ///< adds a Blockette 1001
     std::optional<float> actual_rate = {};  ///< adds a Blockette 100
+    /// Further blockettes: their types, and their fields behind type and offset of the next, as
+    /// "u2:7/i1:-7/f4:1.5/t:2024,001,00:00:00.0000/a24:text/z3": numbers without and with a sign,
+    /// of so many bytes, reals, times, texts filled with blanks, and zeros.
+    std::vector<std::pair<int, std::string>> blockettes = {};
     std::optional<int> num_blockettes = {};
     std::optional<int> begin_data = {};
     std::optional<int> first_blockette = {};

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string_view>
 #include <type_traits>
@@ -41,6 +42,7 @@ enum class Meaning {
     exponent, ///< of 2
     flag,     ///< true or false
     optional, ///< a number or text; a negative or an empty one: not given
+    bytes,    ///< anything
     absent,   ///< has its place in the record, but no parser fills it
 };
 
@@ -89,14 +91,21 @@ constexpr void for_each(const Places<std::index_sequence<I...>, Descriptions...>
     (f(at<I>(row)), ...);
 }
 
-/// Values as they are handed out: bool, int, double, char, text without terminator, lists of
-/// numbers.
+/// Values as they are handed out: bool, int (std::int64_t, where an int has no room), double, char,
+/// text without terminator, times and lists of numbers as they are.
 inline bool plain(bool value) { return value; }
 inline int plain(int value) { return value; }
+inline int plain(std::int8_t value) { return value; }
+inline int plain(std::uint8_t value) { return value; }
+inline int plain(std::uint16_t value) { return value; }
+inline std::int64_t plain(std::uint32_t value) { return value; }
+inline double plain(float value) { return value; }
 inline double plain(double value) { return value; }
 inline char plain(char value) { return value; }
 inline std::string_view plain(const char *text) { return text; }
-inline const std::vector<int> &plain(const std::vector<int> &values) { return values; }
+template <class T>
+requires std::is_class_v<T>
+constexpr const T &plain(const T &value) { return value; }
 
 /// One field of a record.
 template <class Member> struct Field : About {
@@ -175,15 +184,36 @@ constexpr auto key(std::string_view name, Dictionary dictionary, Member member)
 {
     return Field<Member>{{name, {}, Meaning::key, dictionary}, member};
 }
+/// Several numbers.
+template <class Member>
+constexpr auto numbers(std::string_view name, Member member, std::string_view unit = {})
+{
+    return Field<Member>{{name, unit, Meaning::number}, member};
+}
+template <class Member> constexpr auto bytes(std::string_view name, Member member)
+{
+    return Field<Member>{{name, {}, Meaning::bytes}, member};
+}
 /// One bit of a byte of flags.
-template <class Record> struct Bit {
-    int Record::*flags;
+template <class Record, class Byte> struct Bit {
+    Byte Record::*flags;
     int mask;
     bool operator()(const Record &record) const { return (record.*flags & mask) != 0; }
 };
-template <class Record> constexpr auto flag(std::string_view name, int Record::*flags, int bit)
+template <class Record, class Byte>
+constexpr auto flag(std::string_view name, Byte Record::*flags, int bit)
 {
-    return Field<Bit<Record>>{{name, {}, Meaning::flag}, {flags, 1 << bit}};
+    return Field<Bit<Record, Byte>>{{name, {}, Meaning::flag}, {flags, 1 << bit}};
+}
+/// A number in `Count` bits of a byte, from bit `From` on.
+template <class Record, int From, int Count> struct Bits {
+    std::uint8_t Record::*byte;
+    int operator()(const Record &record) const { return record.*byte >> From & ((1 << Count) - 1); }
+};
+template <int From, int Count, class Record>
+constexpr auto bits(std::string_view name, std::uint8_t Record::*byte)
+{
+    return Field<Bits<Record, From, Count>>{{name, {}, Meaning::number}, {byte}};
 }
 /// A byte of flags that is kept with its sign: 0 to 255.
 template <class Record> struct Byte {
@@ -205,6 +235,26 @@ template <class Member> constexpr auto exponent(std::string_view name, Member me
 template <class Member> constexpr auto absent(std::string_view name, Member member)
 {
     return Field<Member>{{name, {}, Meaning::absent}, member};
+}
+
+/// Bytes that a member takes in a binary layout; a list that is as long as there is room for it
+/// takes none.
+template <class T> inline constexpr std::size_t Width = sizeof(T);
+template <class T, class Record> inline constexpr std::size_t Width<T Record::*> = Width<T>;
+template <std::size_t N> inline constexpr std::size_t Width<char[N]> = N - 1;
+template <class T> inline constexpr std::size_t Width<std::vector<T>> = 0;
+template <class Record, class Byte> inline constexpr std::size_t Width<Bit<Record, Byte>> = 1;
+template <class Record, int From, int Count>
+inline constexpr std::size_t Width<Bits<Record, From, Count>> = 1;
+
+/// A field of a binary layout, which stands from byte `From` on.
+template <std::size_t From, class Description> struct Placed : Description {
+    static constexpr std::size_t Begin = From;
+    static constexpr std::size_t End = From + Width<decltype(Description::member)>;
+};
+template <std::size_t From, class Description> constexpr auto from(Description description)
+{
+    return Placed<From, Description>{description};
 }
 
 template <class Array, class Part = std::nullptr_t>

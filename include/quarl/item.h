@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <quarl/blockette_chain.h>
 #include <quarl/error.h>
 #include <quarl/records.h>
 #include <string>
@@ -43,6 +44,8 @@ struct FileEnd : record_t {
     [[nodiscard]] bool complete() const { return !cut && !failed && !stopped; }
 };
 
+struct DataRoom;
+
 /// One item. It, its record and its bytes live until the next item is asked for.
 class Item
 {
@@ -67,6 +70,10 @@ public:
     /// that it crosses, a data record with its own first eight. Zeros stand for those that a cut
     /// input lacks. Empty until they are read.
     [[nodiscard]] std::string_view bytes() const;
+
+    /// The data blockettes of a data record, which are read when they are asked for; none for
+    /// other items.
+    [[nodiscard]] const DataBlockettes &data_blockettes() const;
 
     /// Length in bytes: of a blockette as declared, of a data record as found out.
     [[nodiscard]] int length() const { return length_; }
@@ -97,7 +104,7 @@ private:
     std::size_t fields_size_ = 0;
     std::string_view bytes_;
     std::array<char, 8> record_header_{}; ///< a data record's own
-    std::string *room_ = nullptr;         ///< where a data record is put together on request
+    DataRoom *room_ = nullptr;            ///< for what is made of a data record on request
     Place place_;
 };
 

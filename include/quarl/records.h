@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <quarl/data_blockettes.h>
 #include <quarl/fields.h>
 #include <vector>
 

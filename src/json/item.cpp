@@ -3,6 +3,7 @@
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
 #include "volume/decode.h"
+#include "json/data_blockettes.h"
 #include "json/object.h"
 #include "json/time.h"
 
@@ -84,6 +85,7 @@ void print_data(Pen &pen, const Item &item, const blk_dh_t &header)
     to = put_place(to, item);
     to = put_data_times(to, header, &pen.bad);
     to = put_set<Own<blk_dh_t>>(pen, to, header);
+    to = put_data_blockettes(pen, to, item.data_blockettes());
     finish(pen, to, item.bad() || pen.bad);
 }
 

@@ -38,6 +38,7 @@ template <class Set> using Indices = std::make_index_sequence<Count<Set>>;
 
 /// Field `I` of a set.
 template <class Set, std::size_t I> struct At {
+    using Record = typename Set::Record;
     static constexpr const auto &field = fields::at<I>(Set::fields);
     static constexpr std::string_view name = field.name;
     static constexpr std::string_view each = field.each;
@@ -45,15 +46,25 @@ template <class Set, std::size_t I> struct At {
     static constexpr Dictionary dictionary = field.dictionary;
     static constexpr bool Is_List = std::remove_cvref_t<decltype(field)>::Is_List;
 };
+/// What a field that is no list holds.
+template <class Field>
+using ValueOf = std::remove_cvref_t<decltype(Field::field.value(
+    std::declval<const typename Field::Record &>()))>;
 
 /// Column `J` of the list that is field `I` of a set.
 template <class Set, std::size_t I, std::size_t J> struct ColumnAt {
+    using Record = typename Set::Record;
     static constexpr const auto &field = fields::at<J>(fields::at<I>(Set::fields).columns);
     static constexpr std::string_view name = field.name;
     static constexpr std::string_view each = field.each;
     static constexpr Meaning meaning = field.meaning;
     static constexpr Dictionary dictionary = field.dictionary;
 };
+/// What a column of a list holds in one entry.
+template <class Column>
+using EntryOf = std::remove_cvref_t<decltype(Column::field.value(
+    std::declval<const typename Column::Record &>(), std::size_t()))>;
+
 template <class Set, std::size_t I>
 inline constexpr std::size_t Columns =
     std::remove_cvref_t<decltype(fields::at<I>(Set::fields).columns)>::Size;

@@ -7,6 +7,8 @@
 #include "json/keys.h"
 #include "json/time.h"
 
+#include <array>
+#include <cmath>
 #include <quarl/volume.h>
 #include <vector>
 
@@ -35,10 +37,22 @@ std::string_view meaning_of(const Pen &pen, Dictionary dictionary, int code, boo
 
 inline char *put_value(char *to, bool value) { return put_bool(to, value); }
 inline char *put_value(char *to, int value) { return put_number(to, value); }
+inline char *put_value(char *to, std::int64_t value) { return put_number(to, value); }
 inline char *put_value(char *to, double value) { return put_number(to, value); }
 inline char *put_value(char *to, std::string_view text)
 {
     return put_string(to, trimmed(text).substr(0, Longest_Text));
+}
+template <class T, std::size_t N> char *put_value(char *to, const std::array<T, N> &numbers)
+{
+    *to++ = '[';
+    for (std::size_t i = 0; i < N; ++i) {
+        if (i > 0)
+            *to++ = ',';
+        to = put_number(to, numbers[i]);
+    }
+    *to++ = ']';
+    return to;
 }
 /// A blank, or what a parser leaves beyond a blockette's end, is no character.
 inline char *put_value(char *to, char c)
@@ -48,6 +62,21 @@ inline char *put_value(char *to, char c)
 
 inline bool is_given(int value) { return value >= 0; }
 inline bool is_given(std::string_view text) { return !text.empty(); }
+
+/// A time with four decimals. One that the calendar has not is written as the text that SEED has
+/// for times, and is bad.
+inline char *put_time_or_text(Pen &pen, char *to, const BinaryTime &time)
+{
+    if (time == BinaryTime())
+        return put_text(to, "null");
+    if (char *end = put_time(to, time))
+        return end;
+    pen.bad = true;
+    char text[Time_Size + 20];
+    quarl::put_text<"%04i,%03i,%02i:%02i:%02i.%04i">(text, time.year, time.day_of_year, time.hour,
+                                                     time.minute, time.second, time.fraction);
+    return put_value(to, std::string_view(text));
+}
 
 inline char *put_time_or_text(Pen &pen, char *to, std::string_view text)
 {
@@ -62,12 +91,16 @@ inline char *put_time_or_text(Pen &pen, char *to, std::string_view text)
 /// The value of a field with this meaning.
 template <Meaning M, class Value> char *put_meant(Pen &pen, char *to, const Value &value)
 {
-    if constexpr (M == Meaning::time || M == Meaning::end_time)
+    if constexpr (M == Meaning::time || M == Meaning::end_time) {
         return put_time_or_text(pen, to, value);
-    if constexpr (M == Meaning::optional)
-        if (!is_given(value))
-            return put_text(to, "null");
-    return put_value(to, value);
+    } else {
+        if constexpr (M == Meaning::optional)
+            if (!is_given(value))
+                return put_text(to, "null");
+        if constexpr (std::is_same_v<Value, double>)
+            pen.bad |= !std::isfinite(value);
+        return put_value(to, value);
+    }
 }
 
 /// A code and, beside it, the text that it stands for.
@@ -84,10 +117,19 @@ template <class Field, Literal Before> char *put_code(Pen &pen, char *to, int co
     return defined ? put_value(to, text) : put_text(to, "null");
 }
 
+/// Characters of a value, or of a code and its text.
+template <class Value> constexpr std::size_t Value_Room = Number_Room;
+template <> inline constexpr std::size_t Value_Room<std::string_view> = string_room(Longest_Text);
+template <class T, std::size_t N>
+inline constexpr std::size_t Value_Room<std::array<T, N>> = 2 + N *Number_Room;
+constexpr std::size_t value_room(Meaning meaning, std::size_t room)
+{
+    return meaning == Meaning::code ? Number_Room + string_room(Longest_Text) : room;
+}
 /// Characters of a field, comma and key included.
-template <class Field>
-constexpr std::size_t Member_Room = 2 * (Field::name.size() + 12) + Number_Room +
-                                    string_room(Longest_Text);
+template <class Field, class Value>
+constexpr std::size_t Member_Room = 2 * (Field::name.size() + 12) +
+                                    value_room(Field::meaning, Value_Room<Value>);
 
 /// One field that is no list.
 template <class Field, Literal Before = ",\"", class Value>
@@ -108,7 +150,7 @@ char *put_member(Pen &pen, char *to, const Value &value)
 template <class Field>
 char *put_codes(Pen &pen, char *to, const std::vector<int> &codes, std::size_t size)
 {
-    constexpr std::size_t Room = Member_Room<Field> + Number_Room;
+    constexpr std::size_t Room = Member_Room<EachOf<Field>, int> + Number_Room;
     to = pen.room(to, Room);
     to = Key<Field, ",\"number_of_", "\":">::put(to);
     to = put_number(to, static_cast<std::int64_t>(codes.size()));
@@ -129,7 +171,7 @@ char *put_codes(Pen &pen, char *to, const std::vector<int> &codes, std::size_t s
 template <class Set, std::size_t I, std::size_t... J>
 constexpr std::size_t entry_room(std::index_sequence<J...> /*columns*/)
 {
-    return (Member_Room<ColumnAt<Set, I, J>> + ...) + 4;
+    return (Member_Room<ColumnAt<Set, I, J>, EntryOf<ColumnAt<Set, I, J>>> + ...) + 4;
 }
 
 template <class Set, std::size_t I, std::size_t J>
@@ -176,10 +218,19 @@ char *put_list(Pen &pen, char *to, const typename Set::Record &record, std::size
     return to;
 }
 
+template <class Set, std::size_t I> constexpr std::size_t field_room()
+{
+    using Field = At<Set, I>;
+    if constexpr (Field::Is_List)
+        return 2 * (Field::name.size() + CountAt<Set, I>::name.size() + 12) + Number_Room;
+    else
+        return Member_Room<Field, ValueOf<Field>>;
+}
+
 template <class Set, std::size_t... I>
 constexpr std::size_t set_room(std::index_sequence<I...> /*fields*/)
 {
-    return (Member_Room<At<Set, I>> + ...);
+    return (field_room<Set, I>() + ... + 0);
 }
 
 template <class Set, std::size_t... I>

@@ -7,6 +7,7 @@
 #include "json/keys.h"
 
 #include <quarl/item.h>
+#include <variant>
 
 namespace quarl::json
 {
@@ -28,9 +29,10 @@ public:
         properties_ += properties_.empty() ? "" : ",";
         properties_ += "\n" + quoted(name) + ":" + std::string(schema);
     }
-    [[nodiscard]] std::string text() const
+    [[nodiscard]] std::string text(std::string_view title = {}) const
     {
-        return R"({"type":"object","additionalProperties":false,"required":[)" + required_ +
+        return "{" + (title.empty() ? "" : "\"title\":" + quoted(title) + ",") +
+               R"("type":"object","additionalProperties":false,"required":[)" + required_ +
                "],\"properties\":{" + properties_ + "}}";
     }
 
@@ -52,9 +54,11 @@ constexpr std::string_view Integer_Or_Null = R"(["integer","null"])";
 constexpr std::string_view String = "\"string\"";
 constexpr std::string_view String_Or_Null = R"(["string","null"])";
 constexpr std::string_view Boolean = "\"boolean\"";
+constexpr std::string_view Exponent = "exponent of 2: 12 is 4096 bytes";
 constexpr std::string_view Time = "{\"$ref\":\"#/$defs/time\"}";
 
 constexpr std::string_view type_of(int /*value*/) { return Integer; }
+constexpr std::string_view type_of(std::int64_t /*value*/) { return Integer; }
 constexpr std::string_view type_of(bool /*value*/) { return Boolean; }
 constexpr std::string_view type_of(double /*value*/) { return R"(["number","null"])"; }
 constexpr std::string_view type_of(char /*value*/) { return String; }
@@ -120,7 +124,7 @@ template <class Field, class Value> void add_member(Object *object)
     else if constexpr (M == Meaning::optional)
         object->add(Field::name, one_of_type(or_null(Value())));
     else if constexpr (M == Meaning::exponent)
-        object->add(Field::name, one_of_type(Integer, "exponent of 2: 12 is 4096 bytes"));
+        object->add(Field::name, one_of_type(Integer, Exponent));
     else if constexpr (M != Meaning::absent)
         object->add(Field::name, one_of_type(type_of(Value()), Field::field.unit));
 }
@@ -128,11 +132,8 @@ template <class Field, class Value> void add_member(Object *object)
 template <class Set, std::size_t I, std::size_t... J>
 void add_list(Object *object, std::index_sequence<J...> /*columns*/)
 {
-    using Record = typename Set::Record;
     Object entry;
-    (add_member<ColumnAt<Set, I, J>, std::remove_cvref_t<decltype(ColumnAt<Set, I, J>::field.value(
-                                         std::declval<const Record &>(), std::size_t()))>>(&entry),
-     ...);
+    (add_member<ColumnAt<Set, I, J>, EntryOf<ColumnAt<Set, I, J>>>(&entry), ...);
     object->add(CountAt<Set, I>::name, one_of_type(Integer, "as the volume promises"));
     object->add(At<Set, I>::name, array_of(entry));
 }
@@ -143,8 +144,7 @@ template <class Set, std::size_t I> void add_field(Object *object)
     if constexpr (Field::Is_List)
         add_list<Set, I>(object, std::make_index_sequence<Columns<Set, I>>());
     else
-        add_member<Field, std::remove_cvref_t<decltype(Field::field.value(
-                              std::declval<const typename Set::Record &>()))>>(object);
+        add_member<Field, ValueOf<Field>>(object);
 }
 
 template <class Set> void add_set(Object *object)
@@ -207,6 +207,87 @@ std::string unparsed()
     return object.text();
 }
 
+// Members of a data blockette, which are null where it is too short for them.
+
+std::string nullable(std::string_view type) { return "[" + std::string(type) + ",\"null\"]"; }
+std::string numbers_or_null(std::string_view unit)
+{
+    return R"({"type":["array","null"],"items":{"type":"integer"})" +
+           (unit.empty() ? "" : ",\"description\":" + quoted(unit)) + "}";
+}
+
+template <class Field, class Value> std::string binary_schema()
+{
+    constexpr std::string_view Unit = Field::field.unit;
+    if constexpr (Field::meaning == Meaning::time)
+        return std::string(Time);
+    else if constexpr (Field::meaning == Meaning::bytes)
+        return one_of_type(String_Or_Null, "in base64");
+    else if constexpr (Field::meaning == Meaning::exponent)
+        return one_of_type(Integer_Or_Null, Exponent);
+    else if constexpr (std::is_same_v<Value, double>)
+        return one_of_type(type_of(Value()), Unit);
+    else if constexpr (requires { type_of(Value()); })
+        return one_of_type(nullable(type_of(Value())), Unit);
+    else
+        return numbers_or_null(Unit);
+}
+
+template <class Set, std::size_t I> void add_binary(Object *object)
+{
+    using Field = At<Set, I>;
+    if constexpr (Field::Is_List) {
+        Object entry;
+        entry.add(ColumnAt<Set, I, 0>::name, one_of_type(String));
+        object->add(CountAt<Set, I>::name, one_of_type(Integer_Or_Null, "as the volume promises"));
+        object->add(Field::name, array_of(entry));
+    } else {
+        object->add(Field::name, binary_schema<Field, ValueOf<Field>>());
+    }
+}
+
+Object data_blockette_head(std::string_view type)
+{
+    Object object;
+    object.add("type", type);
+    object.add("offset", one_of_type(Integer, "byte of the record at which it begins"));
+    return object;
+}
+
+template <class T> std::string data_blockette()
+{
+    Object object = data_blockette_head(constant(std::to_string(T::Number)));
+    [&]<std::size_t... I>(std::index_sequence<I...>) { (add_binary<Own<T>, I>(&object), ...); }
+    (Indices<Own<T>>());
+    return object.text(T::Name);
+}
+
+/// Calls f(T()) for each type of data blockettes that has a record.
+template <class F, class... T> void for_each_type(const std::variant<T...> & /*records*/, F &&f)
+{
+    const auto call = [&]<class One>(const One &record) {
+        if constexpr (!std::is_same_v<One, std::monostate>)
+            f(record);
+    };
+    (call(T()), ...);
+}
+
+/// Goes by the type to what an entry of `blockettes` has to be.
+std::string any_data_blockette()
+{
+    std::string known;
+    std::string choices;
+    for_each_type(decltype(DataBlockette::record)(), [&]<class T>(const T & /*record*/) {
+        const std::string number = std::to_string(T::Number);
+        known += (known.empty() ? "" : ",") + number;
+        choices += R"({"if":{"properties":{"type":{"const":)" + number +
+                   R"(}}},"then":{"$ref":"#/$defs/data_blockette_)" + number + "\"}},\n";
+    });
+    return R"({"type":"object","required":["type"],"allOf":[)" + choices +
+           R"({"if":{"properties":{"type":{"not":{"enum":[)" + known +
+           R"(]}}}},"then":{"$ref":"#/$defs/data_blockette_unknown"}}]})";
+}
+
 std::string data()
 {
     Object object;
@@ -216,6 +297,13 @@ std::string data()
     object.add("start", Time);
     object.add("end", Time);
     add_set<Own<blk_dh_t>>(&object);
+    object.add("actual_sample_rate", one_of_type(R"(["number","null"])", "Hz; of blockette 100"));
+    object.add("microseconds", one_of_type(Integer_Or_Null, "of blockette 1001"));
+    object.add("timing_quality", one_of_type(Integer_Or_Null, "%; of blockette 1001"));
+    object.add("frame_count", one_of_type(Integer_Or_Null, "of blockette 1001"));
+    object.add("blockettes", R"({"type":"array","items":{"$ref":"#/$defs/data_blockette"}})");
+    object.add_optional("remark",
+                        one_of_type(String, "what is wrong with the chain of blockettes"));
     add_bad(&object);
     return object.text();
 }
@@ -244,11 +332,16 @@ std::string file()
     return object.text();
 }
 
+void define(std::string_view name, std::string_view schema, std::string *definitions)
+{
+    *definitions += ",\n" + quoted(name) + ":" + std::string(schema);
+}
+
 /// A definition and the reference to it.
 void define(std::string_view name, std::string_view schema, std::string *definitions,
             std::string *references)
 {
-    *definitions += ",\n" + quoted(name) + ":" + std::string(schema);
+    define(name, schema, definitions);
     *references += references->empty() ? "" : ",";
     *references += "\n{\"$ref\":" + quoted("#/$defs/" + std::string(name)) + "}";
 }
@@ -269,6 +362,12 @@ std::string schema()
     define("unparsed", unparsed(), &definitions, &references);
     define("data", data(), &definitions, &references);
     define("file", file(), &definitions, &references);
+    define("data_blockette", any_data_blockette(), &definitions);
+    for_each_type(decltype(DataBlockette::record)(), [&]<class T>(const T & /*record*/) {
+        define("data_blockette_" + std::to_string(T::Number), data_blockette<T>(), &definitions);
+    });
+    define("data_blockette_unknown", data_blockette_head(one_of_type(Integer)).text(),
+           &definitions);
     return R"({"$schema":"https://json-schema.org/draft/2020-12/schema",
 "$id":"urn:quarl:json:1",
 "title":"A line of quarl-json",

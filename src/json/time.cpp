@@ -1,6 +1,7 @@
 #include "json/time.h"
 
 #include "platform/calendar.h"
+#include "platform/format.h"
 #include "platform/json_text.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@ namespace quarl::json
 
 namespace
 {
+
+constexpr int Last_Fraction = 9999; // of a second, in 0.0001 s
 
 using Days = std::chrono::sys_days;
 
@@ -48,6 +51,19 @@ char *put_time(char *to, std::string_view text)
         to = std::copy(text.begin() + static_cast<std::ptrdiff_t>(point), text.end(), to);
     }
     return put_text(to, "Z\"");
+}
+
+char *put_time(char *to, const BinaryTime &time)
+{
+    if (time.fraction > Last_Fraction ||
+        !exists(time.year, time.day_of_year, time.hour, time.minute, time.second))
+        return nullptr;
+    *to = '"';
+    to = put_date(to + 1, date_of(time.year, time.day_of_year));
+    to = put_clock(to, time.hour, time.minute, time.second);
+    *to = '.';
+    format::put_fixed_digits<4>(to + 1, static_cast<std::uint32_t>(time.fraction));
+    return put_text(to + 5, "Z\"");
 }
 
 char *put_data_times(char *to, const blk_dh_t &header, bool *bad)

@@ -16,6 +16,9 @@ constexpr std::size_t time_room(std::size_t decimals) { return 32 + decimals; }
 /// JSON string; returns the end. Null when `text` is no time.
 char *put_time(char *to, std::string_view text);
 
+/// Writes a binary time with four decimals. Null when it is no time.
+char *put_time(char *to, const BinaryTime &time);
+
 /// Writes the members `start` and `end` with six decimals: the first and the last sample, a time
 /// correction applied that the record says is not. Without samples or a rate both are the same. A
 /// header whose time is none gives its text as it stands, and null; `*bad` becomes true then.

@@ -4,6 +4,7 @@
 #include "blockette/pfree.h"
 #include "platform/containers.h"
 #include "platform/keyed_hash.h"
+#include "volume/item_access.h"
 #include "volume/item_buffer.h"
 #include "volume/rseed.h"
 
@@ -73,6 +74,10 @@ using FmtList = Tbl<std::string>; ///< data format names by data format identifi
 
 /// Lives for the whole run: the dictionaries persist over input files.
 struct read_handle_t {
+    read_handle_t() { ItemAccess{now}.room(&data_room); }
+    read_handle_t(const read_handle_t &) = delete;
+    read_handle_t &operator=(const read_handle_t &) = delete;
+
     std::unique_ptr<SeedInput> logical;
     int seq_num = 0;     ///< sequence number of the logical record of the last data record
     int sub_seq_num = 0; ///< number of the last data record within it
@@ -81,7 +86,7 @@ struct read_handle_t {
     FmtList fmt_list;
     char stn[Station_Size] = ""; ///< station of the last station identifier
     ItemBuffer item;             ///< the item being read, where the input does not hold it
-    std::string record_bytes;    ///< a data record with its own header
+    DataRoom data_room;          ///< for what is asked of a data record
     Item now;                    ///< the item being read, or read last
     bool framing = false;        ///< there is one
     bool cut = false;            ///< this file ended inside an item

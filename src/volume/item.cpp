@@ -1,7 +1,10 @@
+#include "blockette/chain.h"
 #include "blockette/sdblknam.h"
+#include "volume/data_room.h"
 
 #include <algorithm>
 #include <quarl/item.h>
+#include <utility>
 
 namespace quarl
 {
@@ -17,10 +20,22 @@ std::string_view Item::bytes() const
 {
     if (type_ != Data_Record || bytes_.empty())
         return bytes_;
-    room_->assign(bytes_);
-    std::copy_n(record_header_.begin(), std::min(room_->size(), record_header_.size()),
-                room_->begin());
-    return *room_;
+    std::string &bytes = room_->bytes;
+    bytes.assign(bytes_);
+    std::copy_n(record_header_.begin(), std::min(bytes.size(), record_header_.size()),
+                bytes.begin());
+    return bytes;
+}
+
+const DataBlockettes &Item::data_blockettes() const
+{
+    static const DataBlockettes None;
+    const auto *header = get<blk_dh_t>();
+    if (!header)
+        return None;
+    if (!std::exchange(room_->has_chain, true))
+        read_chain(*header, bytes_, &room_->chain);
+    return room_->chain;
 }
 
 } // namespace quarl

@@ -1,6 +1,7 @@
 // How the reading fills the item that it yields.
 #pragma once
 
+#include "volume/data_room.h"
 #include "volume/rseed.h"
 
 #include <quarl/item.h>
@@ -11,8 +12,7 @@ namespace quarl
 struct ItemAccess {
     Item &item;
 
-    /// Where a data record is put together on the day that its own bytes are asked for.
-    void room(std::string *room) { item.room_ = room; }
+    void room(DataRoom *room) { item.room_ = room; }
 
     /// A new item begins at the byte `at` of the input's buffer; nothing more is known of it.
     void begin(const SeedInput &in, int file, int at)
@@ -49,6 +49,7 @@ struct ItemAccess {
         item.bytes_ = {bytes, static_cast<std::size_t>(header->length)};
         item.record_header_ = own_header;
         item.record_ = header;
+        item.room_->has_chain = false;
     }
     void parsed(const record_t *record, bool bad, std::size_t fields_size)
     {

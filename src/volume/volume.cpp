@@ -48,7 +48,6 @@ void tell_record(const State &state)
 void open_input(State *state, const std::string &path)
 {
     state->handle = seed_read(path);
-    ItemAccess{state->handle->now}.room(&state->handle->record_bytes);
     state->handle->on_bad_item = state->options.bad_item;
     state->handle->reads_unlisted = state->options.unlisted;
     state->parsing.for_listing = !state->options.unlisted;

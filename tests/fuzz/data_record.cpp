@@ -1,4 +1,5 @@
 // The header of a data record, completed from a dictionary and from its own chain of blockettes.
+#include "blockette/chain.h"
 #include "blockette/data_header.h"
 #include "fuzz/harness.h"
 #include "listing/pbrief.h"
@@ -30,6 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         if (own.index != 0)
             b030_problem(*header, header->format, encoding_name(own.encoding));
         pbrief_dh(console->out(), *header);
+        DataBlockettes chain;
+        read_chain(*header, record, &chain);
     });
     return 0;
 }

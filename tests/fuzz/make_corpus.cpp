@@ -86,7 +86,13 @@ void data_records(const fs::path &folder)
         {.length = 128, .little = true, .b1000 = steim, .timing_quality = 90, .actual_rate = 20},
         {.time_correction = -70000, .length = 128, .b1000 = DataOnly{3, 0, 30}},
         {.length = 128, .b1000 = steim, .num_blockettes = 200, .first_blockette = 127},
-        {.station = "\1 Q", .rate_factor = -32768, .rate_multiplier = 0, .length = 128}};
+        {.station = "\1 Q", .rate_factor = -32768, .rate_multiplier = 0, .length = 128},
+        {.length = 256,
+         .little = true,
+         .blockettes = {{405, "u2:1/u2:2"},
+                        {200, "f4:1/f4:2/f4:3/u1:1/z11/a24:Name"},
+                        {2000, "u2:20/u2:18/u4:1/z2/u1:1/a5:ab~cd"},
+                        {395, "t:2024,061,00:00:00.0001/z2"}}}};
     for (int i = 0; i < std::ssize(records); ++i)
         put(folder / std::to_string(i), data_record_bytes(records[i], i));
 }

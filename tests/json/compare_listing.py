@@ -151,7 +151,8 @@ HIDDEN = {
     71: {"number_of_magnitudes"},
     74: {"number_of_accelerator_repeats"},
     "data": {"name", "length", "start", "end", "data_format", "encoding_code", "encoding",
-             "word_order", "quality_indicator", "subsequence_number"},
+             "word_order", "quality_indicator", "subsequence_number", "actual_sample_rate",
+             "microseconds", "timing_quality", "frame_count", "blockettes", "remark"},
     "file": {"complete", "cut", "failed", "stopped", "logical_records", "bytes"}}
 for number in (53, 54, 55, 57, 58, 59, 61, 62):
     HIDDEN.setdefault(number, set()).update({"network", "station", "location", "channel"})
@@ -363,6 +364,8 @@ def leaves(item, path=()):
 def is_shown(item, path):
     """Whether the listing shows the value at this path."""
     kind, key = item.get("type", item["item"]), path[-1]
+    if path[0] == "blockettes":
+        return False
     if kind == "data" and isinstance(item[key], bool):
         return False  # but the byte with the flag is, and check_data knows the bit
     if kind == 58 and len(path) > 1:

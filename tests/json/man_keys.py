@@ -33,7 +33,7 @@ def rows(schema, depth=0):
         if depth == 0 and key in SHARED:
             continue
         name = "\\ \\ " * depth + key
-        if value.get("type") == "array":
+        if value.get("type") == "array" and "properties" in value["items"]:
             yield f".It {name} Ta array"
             yield from rows(value["items"], depth + 1)
         else:
@@ -45,6 +45,8 @@ def title(name, schema):
     if name.startswith("blockette_"):
         kind = schema["properties"]["name"]["const"]
         return f"Blockette {name[-3:]}: {kind}"
+    if name.startswith("data_blockette_"):
+        return f"Data blockette {name[15:]}: {schema['title']}"
     return {"unparsed": "Blockettes of other types", "data": "Data records",
             "file": "Ends of input files"}[name]
 
@@ -53,7 +55,7 @@ def section(schema):
     """The part of the page, line by line."""
     yield BEGIN
     for name, definition in schema["$defs"].items():
-        if name == "time":
+        if name in ("time", "data_blockette", "data_blockette_unknown"):
             continue
         yield f".Ss {title(name, definition)}"
         yield ".Bl -column \"number_of_blockettes_that_follow\" \"integer or null\" -compact"

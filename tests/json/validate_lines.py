@@ -46,6 +46,17 @@ def wrong_lines(item):
             yield dict(item, **{key: {} if not isinstance(value, dict) else 0})
 
 
+def check_data_blockette(blockette, validators_of, seen):
+    """A blockette of a data record is told by its type; each lacks a member once."""
+    kind = f"data_blockette_{blockette['type']}"
+    if kind not in validators_of:
+        kind = "data_blockette_unknown"
+    seen[kind] = seen.get(kind, 0) + 1
+    if seen[kind] == 1:
+        for wrong in wrong_lines(blockette):
+            assert not validators_of["data_blockette"].is_valid(wrong), wrong
+
+
 def without_repeats(pairs):
     """An object, whose keys must differ."""
     item = dict(pairs)
@@ -70,7 +81,9 @@ def main():
                 for wrong in wrong_lines(item):
                     assert not strict[kind].is_valid(wrong), f"{name}: {wrong}"
             seen[kind] += 1
-    unseen = schema["$defs"].keys() - seen.keys() - {"time"}
+            for blockette in item.get("blockettes", []):
+                check_data_blockette(blockette, strict, seen)
+    unseen = schema["$defs"].keys() - seen.keys() - {"time", "data_blockette"}
     assert not unseen, f"no volume has {unseen}"
     print(f"{sum(seen.values())} lines of {len(seen)} kinds are valid")
 

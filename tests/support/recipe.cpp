@@ -123,6 +123,11 @@ const std::map<std::string_view, DataKey> Data_Keys = {
      }},
     {"b1001", [](auto *r, auto v) { r->timing_quality = to_int(v); }},
     {"b100", [](auto *r, auto v) { r->actual_rate = static_cast<float>(to_int(v)); }},
+    {"blk",
+     [](auto *r, auto v) {
+         const int type = to_int(next_part(&v, '/'));
+         r->blockettes.emplace_back(type, characters(v));
+     }},
     {"blockettes", [](auto *r, auto v) { r->num_blockettes = to_int(v); }},
     {"begin", [](auto *r, auto v) { r->begin_data = to_int(v); }},
     {"first", [](auto *r, auto v) { r->first_blockette = to_int(v); }},

@@ -8,7 +8,8 @@
 //   030:9999 Steim2~              the same with these length digits
 //   text 0AB0010xyz               characters of control records without a prefix of their own
 //   pad [N]                       fill the record with blanks, then add N records of blanks
-//   data sta=ANMO chan=BHZ ...    a data record; the keys are those of the table in recipe.cpp
+//   data sta=ANMO chan=BHZ ...    a data record; the keys are those of the table in recipe.cpp;
+//                                 blk=395/t:2024,001,00:00:00.0000/z2 adds a blockette
 //   raw 000001V                   bytes outside of any record
 //   cut N / truncate N            drop the last N bytes of the file / keep its first N
 //   file                          the next input file begins

@@ -1,6 +1,7 @@
 // The descriptions of fields: every field of every type gets a value of its own in the volume and
 // is found under its name, in the standard's order.
 #include "blockette/blockette.h"
+#include "blockette/chain.h"
 #include "blockette/data_header.h"
 #include "platform/text.h"
 #include "support/capture.h"
@@ -14,20 +15,28 @@
 namespace
 {
 
-std::string shown(int value) { return std::to_string(value); }
+template <std::integral T> std::string shown(T value) { return std::to_string(value); }
 std::string shown(char value) { return {value}; }
-std::string shown(std::string_view value) { return std::string(value); }
 std::string shown(double value)
 {
     std::ostringstream text;
     text << value;
     return text.str();
 }
-std::string shown(const std::vector<int> &values)
+std::string shown(const BinaryTime &t)
 {
+    return formatted<"%d,%d,%d:%d:%d.%04d">(t.year, t.day_of_year, t.hour, t.minute, t.second,
+                                            t.fraction);
+}
+template <class Values>
+requires requires(Values values) { values.data(); }
+std::string shown(const Values &values)
+{
+    if constexpr (std::is_convertible_v<Values, std::string_view>)
+        return std::string(values);
     std::string text;
-    for (const int value : values)
-        text += (text.empty() ? "" : "+") + shown(value);
+    for (const auto value : values)
+        text += (text.empty() ? "" : "+") + std::to_string(value);
     return text;
 }
 
@@ -234,6 +243,87 @@ TEST(Fields, NameTheValuesOfADataRecord)
               "number_of_blockettes_that_follow=12 time_correction=11 beginning_of_data=64 "
               "first_blockette=48 data_format=fmt encoding=13 word_order=1 quality_indicator=Q "
               "subsequence_number=0");
+}
+
+const std::string Calibration = " beginning_of_calibration_time=2024,61,1:2:3.0004 ";
+const std::string Event = "signal_amplitude=1.5 signal_period=0.25 background_estimate=-2 "
+                          "event_detection_flags=";
+
+TEST(Fields, NameTheValuesOfDataBlockettes)
+{
+    // Flags have one bit set each, so that none stands for another.
+    const std::pair<std::string, std::string> cases[] = {
+        {"100/f4:0.1/u1:9/z3", "actual_sample_rate=0.1 flags=9"},
+        {"200/f4:1.5/f4:0.25/f4:-2/u1:2/z1/t:2024,061,01:02:03.0004/a24:Name",
+         Event + "2 dilatation_wave=0 units_after_deconvolution=1 wave_undetermined=0 "
+                 "signal_onset_time=2024,61,1:2:3.0004 detector_name=Name"},
+        {"201/f4:1.5/f4:0.25/f4:-2/u1:1/z1/t:2024,061,01:02:03.0004/u1:1/u1:2/u1:3/u1:4/u1:5/"
+         "u1:255/u1:7/u1:8/a24:123456789012345678901234",
+         Event + "1 dilatation_wave=1 signal_onset_time=2024,61,1:2:3.0004 "
+                 "signal_to_noise_ratio_values=1+2+3+4+5+255 lookback_value=7 pick_algorithm=8 "
+                 "detector_name=123456789012345678901234"},
+        {"202", ""},
+        {"300/t:2024,061,01:02:03.0004/u1:200/u1:2/u4:5/u4:4000000000/f4:2.5/a3:BCZ/z1/u4:7/a12:C/"
+         "a12:R",
+         Calibration.substr(1) +
+             "number_of_step_calibrations=200 calibration_flags=2 first_pulse_positive=0 "
+             "alternating_sign=1 calibration_automatic=0 calibration_continued=0 step_duration=5 "
+             "interval_duration=4000000000 calibration_signal_amplitude=2.5 "
+             "channel_with_calibration_input=BCZ reference_amplitude=7 coupling=C rolloff=R"},
+        {"310/t:2024,061,01:02:03.0004/z1/u1:32/u4:6/f4:0.5/f4:2.5/a3:BCZ/z1/u4:7/a12:C/a12:R",
+         Calibration.substr(1) +
+             "calibration_flags=32 calibration_automatic=0 calibration_continued=0 "
+             "peak_to_peak_amplitude=0 zero_to_peak_amplitude=1 rms_amplitude=0 "
+             "calibration_duration=6 period_of_signal=0.5 amplitude_of_signal=2.5 "
+             "channel_with_calibration_input=BCZ reference_amplitude=7 coupling=C rolloff=R"},
+        {"320/t:2024,061,01:02:03.0004/z1/u1:8/u4:6/f4:2.5/a3:BCZ/z1/u4:7/a12:C/a12:R/a8:Noise",
+         Calibration.substr(1) +
+             "calibration_flags=8 calibration_automatic=0 calibration_continued=1 "
+             "random_amplitudes=0 calibration_duration=6 peak_to_peak_amplitude_of_steps=2.5 "
+             "channel_with_calibration_input=BCZ reference_amplitude=7 coupling=C rolloff=R "
+             "noise_type=Noise"},
+        {"390/t:2024,061,01:02:03.0004/z1/u1:4/u4:6/f4:2.5/a3:BCZ/z1",
+         Calibration.substr(1) +
+             "calibration_flags=4 calibration_automatic=1 calibration_continued=0 "
+             "calibration_duration=6 calibration_signal_amplitude=2.5 "
+             "channel_with_calibration_input=BCZ"},
+        {"395/t:2024,061,01:02:03.0004/z2", "end_of_calibration_time=2024,61,1:2:3.0004"},
+        {"400/f4:359.5/f4:0.25/u2:65535/z2",
+         "beam_azimuth=359.5 beam_slowness=0.25 beam_configuration=65535"},
+        {"405/u2:1/u2:65535/u2:0 begin=58", "delay_values=1+65535+0"},
+        {"500/f4:99.5/t:2024,061,01:02:03.0004/i1:-50/u1:200/u4:4000000000/a16:E/a32:M/a128:S",
+         "vco_correction=99.5 time_of_exception=2024,61,1:2:3.0004 microseconds=-50 "
+         "reception_quality=200 exception_count=4000000000 exception_type=E clock_model=M "
+         "clock_status=S"},
+        {"1000/u1:11/u1:1/u1:9/z1", "encoding_format=11 word_order=1 data_record_length=9"},
+        {"1001/u1:100/i1:-50/u1:9/u1:200", "timing_quality=100 microseconds=-50 frame_count=200"},
+        {"2000/u2:25/u2:22/u4:4000000000/u1:1/u1:38/u1:2/a7:a~bcde~/a3:xyz/a9:behind",
+         "total_blockette_length=25 offset_to_opaque_data=22 record_number=4000000000 "
+         "data_word_order=1 opaque_data_flags=38 stream_oriented=0 not_to_be_repackaged=1 "
+         "fragmentation=1 file_information=2 opaque_header_fields:2 opaque_header_field=a "
+         "opaque_header_field=bcde opaque_data=xyz"},
+    };
+    for (const auto &[fields, expected] : cases)
+        for (const std::string order : {"big", "little"}) {
+            const std::string bytes =
+                parse_recipe("data order=" + order + " blk=" + fields).volume();
+            const auto header = new_dh();
+            parse_dh(header.get(), std::string_view(bytes).substr(8, 128));
+            DataBlockettes chain;
+            read_chain(*header, bytes, &chain);
+            ASSERT_EQ(chain.list.size(), 1) << fields;
+            EXPECT_EQ(chain.remark, "") << fields;
+            EXPECT_EQ(chain.list[0].type, std::stoi(fields));
+            std::visit(
+                [&](const auto &record) {
+                    if constexpr (!std::is_same_v<decltype(record), const std::monostate &>)
+                        EXPECT_EQ(described(record), expected);
+                    else
+                        ADD_FAILURE() << fields;
+                },
+                chain.list[0].record);
+        }
+    EXPECT_EQ(std::size(cases), std::variant_size_v<decltype(DataBlockette::record)> - 1);
 }
 
 } // namespace

@@ -179,6 +179,36 @@ raw 000004T\s
         << data;
 }
 
+TEST(JsonLines, HaveTheDataBlockettes)
+{
+    const std::string head = "data time=2024,061,00:00:00.0000 b1000=11,1,9 ";
+    const std::pair<std::string, std::string> cases[] = {
+        {"blk=1001/u1:99/i1:-7/z1/u1:7 blk=100/f4:0.1/z4 blk=999",
+         R"("actual_sample_rate":0.10000000149011612,"microseconds":-7,"timing_quality":99,)"
+         R"("frame_count":7,"blockettes":[{"type":1000,"offset":48,"encoding_format":11,)"
+         R"("word_order":1,"data_record_length":9},{"type":1001,"offset":56,"timing_quality":99,)"
+         R"("microseconds":-7,"frame_count":7},{"type":100,"offset":64,)"
+         R"("actual_sample_rate":0.10000000149011612,"flags":0},{"type":999,"offset":76}]})"},
+        {"blk=395/z12 blk=395/t:2024,367,00:00:00.0001/z2",
+         R"({"type":395,"offset":56,"end_of_calibration_time":null},{"type":395,"offset":72,)"
+         R"("end_of_calibration_time":"2024,367,00:00:00.0001"}],"bad":true})"},
+        {"blk=100/u4:2139095040/z4 blk=405/u2:1/u2:65535 begin=76",
+         R"({"type":100,"offset":56,"actual_sample_rate":null,"flags":0},{"type":405,)"
+         R"("offset":68,"delay_values":[1,65535]}],"bad":true})"},
+        {"blk=2000/u2:21/u2:18/u4:1/u1:1/z1/u1:1/a3:\"x~/a3:abc",
+         R"("opaque_data_flags":0,"stream_oriented":false,"not_to_be_repackaged":false,)"
+         R"("fragmentation":0,"file_information":0,"number_of_opaque_header_fields":1,)"
+         R"("opaque_header_fields":[{"opaque_header_field":"\"x"}],"opaque_data":"YWJj"}]})"},
+        {"b1000=11,1,7 length=128 blk=500/f4:1/t:2024,061,01:02:03.0004/i1:5/u1:6/u4:7/a16:E/a40:M",
+         R"("exception_type":"E","clock_model":"M","clock_status":null}],)"
+         R"("remark":"blockette 500 at byte 56 is cut","bad":true})"},
+    };
+    for (const auto &[words, expected] : cases) {
+        const std::string line = lines(head + words, "data");
+        EXPECT_NE(line.find(expected), std::string::npos) << words << '\n' << line;
+    }
+}
+
 TEST(JsonLines, AreSelectedByType)
 {
     for (const char *types : {"050", "5", "050,052", "data", "file,data,999"})
