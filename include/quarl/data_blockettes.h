@@ -8,15 +8,15 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <quarl/binary_time.h>
 #include <quarl/fields.h>
-#include <quarl/time.h>
 #include <string_view>
 #include <vector>
 
 namespace quarl
 {
 
-template <> inline constexpr std::size_t fields::Width<BinaryTime> = 10;
+template <> inline constexpr std::size_t fields::Width<BinaryTime> = Binary_Time_Size;
 
 struct blk_100_t {
     static constexpr int Number = 100;

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstddef>
 #include <optional>
+#include <quarl/binary_time.h>
 #include <string>
 #include <string_view>
 
@@ -66,19 +67,6 @@ std::string iso_text(Time time);
 /// The nearest 0.0001 s as volumes mostly tell it: "2018,191" for a midnight, else
 /// "2018,191,12:30:00.0000"; "" for Always and Forever.
 std::string time_text(double seconds);
-
-/// The binary time (BTIME) of data records.
-struct BinaryTime {
-    int year = 0;
-    int day_of_year = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    int fraction = 0; ///< 0.0001 s, 0 to 9999
-
-    bool operator==(const BinaryTime &) const = default;
-};
-inline constexpr std::size_t Binary_Time_Size = 10;
 
 /// Ten bytes as they stand in a volume, fields unchecked; of fewer, what is missing is 0.
 BinaryTime read_binary_time(std::string_view bytes, std::endian order);

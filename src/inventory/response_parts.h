@@ -44,9 +44,9 @@ private:
     ResponsePool pool_;
     ResponseBuilder builder_{pool_};
     std::vector<Raw> open_;
-    bool refers_ = false;                                       ///< the open one
+    bool refers_ = false;                                           ///< the open one
     std::vector<std::pair<std::size_t, std::vector<Raw>>> waiting_; ///< epochs that refer: index
-    std::int64_t unit_changes_ = -1;                            ///< before the first part
+    std::int64_t unit_changes_ = -1;                                ///< before the first part
     std::unordered_map<FilterPtr, FilterPtr> named_;
 };
 

@@ -5,9 +5,9 @@
 
 #include <array>
 #include <cstddef>
+#include <set>
 #include <string>
 #include <string_view>
-#include <set>
 
 namespace quarl
 {
@@ -30,7 +30,7 @@ struct FormatsMet {
 
     std::string last_name; ///< a format's name as it stands, before aliases
     int last_row = -1;     ///< its row: data records ask for the same one again and again
-    std::array<int, 256> encoding_rows;                ///< by encoding format code
+    std::array<int, 256> encoding_rows;                   ///< by encoding format code
     std::set<std::string, std::less<>> reported_channels; ///< whose formats differ
 };
 
