@@ -20,7 +20,6 @@ constexpr std::size_t Year_At = 20;
 constexpr std::size_t First_Blockette_At = 46;
 constexpr std::size_t Blockette_1000_Size = 8;
 constexpr int Min_Exponent = 7;
-constexpr int Max_Exponent = 30;
 
 } // namespace
 
@@ -37,11 +36,11 @@ int msdhdr_unpack(MsdHeader *header)
             if (at + Blockette_1000_Size > header->available)
                 return -1;
             const int exponent = static_cast<unsigned char>(blockette[6]);
-            if (exponent < Min_Exponent || exponent > Max_Exponent)
+            if (exponent < Min_Exponent || exponent > Max_Record_Exponent)
                 return -1;
             header->encoding = static_cast<unsigned char>(blockette[4]);
             header->word_order = static_cast<unsigned char>(blockette[5]);
-            header->record_length = 1 << exponent;
+            header->record_length = record_length(exponent);
             return 0;
         }
         last = at;

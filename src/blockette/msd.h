@@ -1,6 +1,7 @@
 // Binary helpers for data records: byte order, quality indicators, Blockette 1000.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -10,6 +11,15 @@ namespace quarl
 
 /// True for the quality indicators of data records: D, R, Q and M.
 constexpr bool is_ok_msd_quality(char c) { return c == 'D' || c == 'R' || c == 'Q' || c == 'M'; }
+
+inline constexpr int Max_Record_Exponent = 30;
+
+/// The length in bytes that an exponent of 2 stands for in a volume: of none is below 2, nor above
+/// the largest power that an int holds.
+constexpr int record_length(int exponent)
+{
+    return 1 << std::clamp(exponent, 1, Max_Record_Exponent);
+}
 
 /// Copies `count` 2-byte (4-byte) values with their bytes reversed. No alignment is assumed; source
 /// and destination may be the same.

@@ -2,6 +2,7 @@
 #include "inventory/dictionaries.h"
 #include "inventory/response_parts.h"
 
+#include "blockette/msd.h"
 #include "platform/containers.h"
 
 #include <algorithm>
@@ -115,7 +116,7 @@ void Inventory::Work::add_identifier(const Item &item, const blk_010_t &blk)
     volume = {.version = blk.version,
               .start = start_of(blk.beg_time),
               .end = end_of(blk.end_time),
-              .record_length = 1 << std::clamp(blk.rec_len, 1, 30),
+              .record_length = record_length(blk.rec_len),
               .organisation = blk.originating_org,
               .label = blk.label,
               .record = item.place().record};
@@ -179,7 +180,7 @@ void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
                       .signal_units = blk.units_signal,
                       .calibration_units = blk.units_cal,
                       .format = blk.format_id,
-                      .record_length = 1 << std::clamp(blk.record_length_read, 0, 30),
+                      .record_length = record_length(blk.record_length_read),
                       .flags = blk.chan_flags,
                       .comment = blk.comment,
                       .record = item.place().record,

@@ -1,10 +1,22 @@
-// Real numbers written as text, byte for byte as the C library does it in the "C" locale.
+// Numbers: sums that stay in range; real numbers written as text, byte for byte as the C library
+// does it in the "C" locale.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 
 namespace quarl
 {
+
+/// The sum, or the int that is nearest to it.
+constexpr int saturated_sum(int a, int b)
+{
+    constexpr std::int64_t Min = std::numeric_limits<int>::min();
+    constexpr std::int64_t Max = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(std::int64_t{a} + b, Min, Max));
+}
 
 /// Room that a put_ function needs at `to`: 309 digits, a sign, a point and the precision. What
 /// lies behind the returned end may have been overwritten within this room.

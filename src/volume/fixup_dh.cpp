@@ -2,13 +2,10 @@
 
 #include "platform/calendar.h"
 #include "platform/elog.h"
+#include "platform/number.h"
 #include "platform/text.h"
 #include "volume/run.h"
 #include "volume/seedformat.h"
-
-#include <algorithm>
-#include <cstdint>
-#include <limits>
 
 namespace quarl
 {
@@ -29,14 +26,6 @@ double sample_rate(double f, double m)
     return m > 0 ? -m / f : 1 / (f * m);
 }
 
-/// A corrupt time correction may be as large as an int.
-int saturated_sum(int a, int b)
-{
-    constexpr std::int64_t Min = std::numeric_limits<int>::min();
-    constexpr std::int64_t Max = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(std::int64_t{a} + b, Min, Max));
-}
-
 } // namespace
 
 void fix_dh(blk_dh_t *blk, int /*long_order*/, int /*word_order*/)
@@ -54,7 +43,7 @@ void fixup_dh(blk_dh_t *blk, const read_handle_t *handle)
 {
     fix_dh(blk, 0, 0);
     if (!(blk->activity & Correction_Applied))
-        blk->sec_frac = saturated_sum(blk->sec_frac, blk->time_cor);
+        blk->sec_frac = saturated_sum(blk->sec_frac, blk->time_cor); // it may be corrupt
     blk->epoch = h2e(blk->year, blk->doy, blk->hour, blk->minutes,
                      blk->sec_int + blk->sec_frac / Ticks_Per_Second);
     blk->format[0] = '\0';

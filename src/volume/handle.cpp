@@ -1,5 +1,6 @@
 #include "volume/handle.h"
 
+#include "blockette/msd.h"
 #include "blockette/seed_utl.h"
 #include "platform/allocate.h"
 #include "platform/elog.h"
@@ -91,7 +92,7 @@ try {
     copy_text(element.loc_id, b052.loc_id);
     element.start = start_epoch(b052.start_date);
     element.end = end_epoch(b052.end_date);
-    element.len = 1 << std::clamp(b052.record_length, 1, 30);
+    element.len = record_length(b052.record_length);
     if (const std::string *format = gettbl(fmt_list, b052.format_id))
         copy_text(element.format, *format);
     else

@@ -14,21 +14,16 @@ struct ItemAccess {
 
     void room(DataRoom *room) { item.room_ = room; }
 
-    /// A new item begins at the byte `at` of the input's buffer; nothing more is known of it.
-    void begin(const SeedInput &in, int file, int at)
-    {
-        begin_at(in, file, in.totbytes - in.pbytes + at);
-    }
-    /// The same for a byte of the input file.
-    void begin_at(const SeedInput &in, int file, std::int64_t offset)
+    /// A new item begins at the byte `offset` of the input file; nothing more is known of it.
+    void begin(const SeedInput &in, int file, std::int64_t offset)
     {
         Place &place = item.place_;
         place.file = file;
         place.offset = offset;
-        place.record = in.recno;
-        place.sequence_number = in.seq_num;
-        place.type_code = in.type_code;
-        place.continuation_code = in.cont_code;
+        place.record = in.recno();
+        place.sequence_number = in.seq_num();
+        place.type_code = in.type_code();
+        place.continuation_code = in.cont_code();
         item.type_ = 0;
         item.length_ = 0;
         item.bad_ = false;

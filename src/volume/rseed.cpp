@@ -3,13 +3,13 @@
 #include "blockette/msd.h"
 #include "platform/allocate.h"
 #include "platform/elog.h"
+#include "platform/number.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace quarl
@@ -30,7 +30,9 @@ static_assert(sizeof(RecordHeader) == 8);
 
 constexpr int Default_Record_Length = 512;
 constexpr int Largest_Whole_Record = 65536; ///< a record up to this size is always in the buffer
-constexpr int Max_Exponent = 30;
+
+/// Nothing is read any more.
+bool has_ended(Ending ending) { return ending != Ending::open && ending != Ending::failure; }
 
 /// A kernel copies into memory up to five times slower where its target stands otherwise in a page
 /// than its source, which begins with one. So a byte of the input always stands where it would
@@ -43,138 +45,10 @@ constexpr int Slides = 3;
 
 std::uintptr_t place_in_page(const char *at) { return reinterpret_cast<std::uintptr_t>(at) % Page; }
 
-/// Moves what was read to the front of the store when there is no room left behind it.
-void make_room(SeedInput *in)
-{
-    char *begin = in->store.data();
-    if (in->store.size() - (in->buffer - begin) >= SeedInput::sZphysical + Page)
-        return;
-    char *to = begin + (place_in_page(in->buffer) + Page - place_in_page(begin)) % Page;
-    std::memmove(to, in->buffer, in->pbytes + in->ahead);
-    in->buffer = to;
-}
-
-/// One read, of at least as many bytes as the buffer lacks. What is held is written out first: the
-/// read may wait.
-void read_ahead(SeedInput *in)
-{
-    make_room(in);
-    before_wait();
-    errno = 0;
-    const std::size_t over = place_in_page(in->buffer + SeedInput::sZphysical);
-    const int have = in->pbytes + in->ahead;
-    const ssize_t count =
-        in->stream->read(in->buffer + have, SeedInput::sZphysical - have + (Page - over) % Page);
-    if (count > 0) {
-        in->ahead += static_cast<int>(count);
-    } else if (count == 0) {
-        in->beyond = Ending::file;
-    } else if (errno == EINTR) {
-        in->beyond = Ending::stop;
-        in->ahead = 0;
-    } else {
-        in->beyond = Ending::failure;
-        in->read_error = errno;
-        in->read_reason = elog_take_reason();
-    }
-}
-
-/// The buffer gets what one read of all that it lacks would bring, or how the input ends.
-void read_once(SeedInput *in)
-{
-    const int room = SeedInput::sZphysical - in->pbytes;
-    if (in->ahead < room && in->beyond == Ending::open)
-        read_ahead(in);
-    const int count = std::min(in->ahead, room);
-    if (count == 0)
-        in->ending = std::exchange(in->beyond, Ending::open);
-    in->ahead -= count;
-    in->pbytes += count;
-    in->totbytes += count;
-}
-
-/// Drops the first `n` bytes of the buffer.
-void drop(SeedInput *in, int n)
-{
-    in->buffer += n;
-    in->pbytes -= n;
-}
-
-/// Drops the bytes before the current record.
-void drop_used(SeedInput *in)
-{
-    drop(in, std::min(in->start, in->pbytes));
-    in->start = 0;
-    in->cur = 0;
-}
-
-/// Reports the read error that was held back until now.
-void report_read_error(SeedInput *in)
-{
-    in->ending = Ending::told_failure;
-    errno = in->read_error;
-    elog_set_reason(in->read_reason);
-    elog_complain<MessageKind::input_read_error, "input read error\n">(1);
-}
-
-/// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. False (the
-/// input has run out) for bytes beyond the capacity of the buffer, or beyond what was read of an
-/// input that was given up.
-bool take_slowly(SeedInput *in, int from, char *dest, int n)
-{
-    if (n > SeedInput::sZphysical - from)
-        return false;
-    while (in->pbytes < from + n && in->ending == Ending::open)
-        read_once(in);
-    if (in->ending == Ending::stop && in->pbytes < from + n)
-        return false;
-    const int present = std::clamp(in->pbytes - from, 0, n);
-    std::memcpy(dest, in->buffer + std::min(from, in->pbytes), present);
-    std::memset(dest + present, 0, n - present);
-    return true;
-}
-
-/// The one place that turns offset and count into bytes of the buffer; nearly always they are
-/// there.
-inline bool take(SeedInput *in, int from, char *dest, int n)
-{
-    if (n > in->pbytes - from)
-        return take_slowly(in, from, dest, n);
-    std::memcpy(dest, in->buffer + from, n);
-    return true;
-}
-
 /// Bytes that belong to no record: what a text tool or a blocked device puts behind a volume.
 bool is_fill(std::string_view bytes)
 {
     return bytes.find_first_not_of(std::string_view(" \n\0", 3)) == std::string_view::npos;
-}
-
-/// Tells the user, once per file, when the input ends inside the record at `start`.
-void tell_cut(SeedInput *in, int start)
-{
-    const int present = in->pbytes - start;
-    if (present <= 0 || present >= in->recsiz || in->told_cut || in->ending == Ending::stop ||
-        is_fill({in->buffer + start, static_cast<std::size_t>(present)}))
-        return;
-    in->told_cut = true;
-    elog_complain<MessageKind::input_cut, "Input ends inside logical record #%d: %d of %d bytes\n">(
-        0, in->recno, present, in->recsiz);
-}
-
-/// Copies `n` unread bytes.
-inline bool copy_bytes(SeedInput *in, char *dest, int n)
-{
-    if (!take(in, in->cur, dest, n)) {
-        if (!has_ended(in))
-            in->ending = Ending::file;
-        if (in->ending != Ending::stop) // then it is still asked how far the items reach
-            drop(in, in->pbytes);
-        errno = 0;
-        return false;
-    }
-    in->cur += n;
-    return true;
 }
 
 void announce(const SeedInput *in, int sequence_number)
@@ -211,31 +85,6 @@ int read_sequence_number(const SeedInput *in, const char (&digits)[Sequence_Size
     return number;
 }
 
-/// Reads the header of the logical record at `start`.
-bool enter_record(SeedInput *in)
-{
-    RecordHeader header;
-    if (!take(in, in->start, reinterpret_cast<char *>(&header), sizeof header))
-        return false;
-    in->seq_num = read_sequence_number(in, header.sequence_number);
-    std::memcpy(in->header.data(), &header, sizeof header);
-    in->type_code = header.type_code;
-    in->cont_code = header.cont_code;
-    ++in->recno;
-    in->cur += sizeof header;
-    if (in->recsiz == 0)
-        in->recsiz = Default_Record_Length;
-    if (in->on_entered)
-        in->on_entered();
-    return true;
-}
-
-int saturated_sum(int a, int b)
-{
-    constexpr int Max = std::numeric_limits<int>::max() / 2;
-    return a > Max - b ? Max : a + b;
-}
-
 [[noreturn]] void opening_failed(const std::string &path)
 {
     if (errno == EINTR)
@@ -245,11 +94,163 @@ int saturated_sum(int a, int b)
 
 } // namespace
 
+/// What reads and moves on in it.
+struct SeedInput::Work {
+    /// Moves what was read to the front of the store when there is no room left behind it.
+    static void make_room(SeedInput *in)
+    {
+        char *begin = in->store_.data();
+        if (in->store_.size() - (in->buffer_ - begin) >= SeedInput::sZphysical + Page)
+            return;
+        char *to = begin + (place_in_page(in->buffer_) + Page - place_in_page(begin)) % Page;
+        std::memmove(to, in->buffer_, in->pbytes_ + in->ahead_);
+        in->buffer_ = to;
+    }
+
+    /// One read, of at least as many bytes as the buffer lacks. What is held is written out first:
+    /// the read may wait.
+    static void read_ahead(SeedInput *in)
+    {
+        make_room(in);
+        before_wait();
+        errno = 0;
+        const std::size_t over = place_in_page(in->buffer_ + SeedInput::sZphysical);
+        const int have = in->pbytes_ + in->ahead_;
+        const ssize_t count = in->stream->read(in->buffer_ + have,
+                                               SeedInput::sZphysical - have + (Page - over) % Page);
+        if (count > 0) {
+            in->ahead_ += static_cast<int>(count);
+        } else if (count == 0) {
+            in->beyond_ = Ending::file;
+        } else if (errno == EINTR) {
+            in->beyond_ = Ending::stop;
+            in->ahead_ = 0;
+        } else {
+            in->beyond_ = Ending::failure;
+            in->read_error_ = errno;
+            in->read_reason_ = elog_take_reason();
+        }
+    }
+
+    /// The buffer gets what one read of all that it lacks would bring, or how the input ends.
+    static void read_once(SeedInput *in)
+    {
+        const int room = SeedInput::sZphysical - in->pbytes_;
+        if (in->ahead_ < room && in->beyond_ == Ending::open)
+            read_ahead(in);
+        const int count = std::min(in->ahead_, room);
+        if (count == 0)
+            in->ending_ = std::exchange(in->beyond_, Ending::open);
+        in->ahead_ -= count;
+        in->pbytes_ += count;
+        in->totbytes_ += count;
+    }
+
+    /// Drops the first `n` bytes of the buffer.
+    static void drop(SeedInput *in, int n)
+    {
+        in->buffer_ += n;
+        in->pbytes_ -= n;
+    }
+
+    /// Drops the bytes before the current record.
+    static void drop_used(SeedInput *in)
+    {
+        drop(in, std::min(in->start_, in->pbytes_));
+        in->start_ = 0;
+        in->cur_ = 0;
+    }
+
+    /// Reports the read error that was held back until now.
+    static void report_read_error(SeedInput *in)
+    {
+        in->ending_ = Ending::told_failure;
+        errno = in->read_error_;
+        elog_set_reason(in->read_reason_);
+        elog_complain<MessageKind::input_read_error, "input read error\n">(1);
+    }
+
+    /// Bytes at buffer offset `from`; zeros stand for those beyond the end of the input. False (the
+    /// input has run out) for bytes beyond the capacity of the buffer, or beyond what was read of
+    /// an input that was given up.
+    static bool take_slowly(SeedInput *in, int from, char *dest, int n)
+    {
+        if (n > SeedInput::sZphysical - from)
+            return false;
+        while (in->pbytes_ < from + n && in->ending_ == Ending::open)
+            read_once(in);
+        if (in->ending_ == Ending::stop && in->pbytes_ < from + n)
+            return false;
+        const int present = std::clamp(in->pbytes_ - from, 0, n);
+        std::memcpy(dest, in->buffer_ + std::min(from, in->pbytes_), present);
+        std::memset(dest + present, 0, n - present);
+        return true;
+    }
+
+    /// The one place that turns offset and count into bytes of the buffer; nearly always they are
+    /// there.
+    static bool take(SeedInput *in, int from, char *dest, int n)
+    {
+        if (n > in->pbytes_ - from)
+            return take_slowly(in, from, dest, n);
+        std::memcpy(dest, in->buffer_ + from, n);
+        return true;
+    }
+
+    /// Tells the user, once per file, when the input ends inside the record at `start`.
+    static void tell_cut(SeedInput *in, int start)
+    {
+        const int present = in->pbytes_ - start;
+        if (present <= 0 || present >= in->recsiz_ || in->told_cut_ ||
+            in->ending_ == Ending::stop ||
+            is_fill({in->buffer_ + start, static_cast<std::size_t>(present)}))
+            return;
+        in->told_cut_ = true;
+        elog_complain<MessageKind::input_cut,
+                      "Input ends inside logical record #%d: %d of %d bytes\n">(
+            0, in->recno_, present, in->recsiz_);
+    }
+
+    /// Copies `n` unread bytes.
+    static bool copy_bytes(SeedInput *in, char *dest, int n)
+    {
+        if (!take(in, in->cur_, dest, n)) {
+            if (!has_ended(in->ending_))
+                in->ending_ = Ending::file;
+            if (in->ending_ != Ending::stop) // then it is still asked how far the items reach
+                drop(in, in->pbytes_);
+            errno = 0;
+            return false;
+        }
+        in->cur_ += n;
+        return true;
+    }
+
+    /// Reads the header of the logical record at `start`.
+    static bool enter_record(SeedInput *in)
+    {
+        RecordHeader header;
+        if (!take(in, in->start_, reinterpret_cast<char *>(&header), sizeof header))
+            return false;
+        in->seq_num_ = read_sequence_number(in, header.sequence_number);
+        std::memcpy(in->header_.data(), &header, sizeof header);
+        in->type_code_ = header.type_code;
+        in->cont_code_ = header.cont_code;
+        ++in->recno_;
+        in->cur_ += sizeof header;
+        if (in->recsiz_ == 0)
+            in->recsiz_ = Default_Record_Length;
+        if (in->on_entered)
+            in->on_entered();
+        return true;
+    }
+};
+
 std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
 {
     auto in = allocate_one<SeedInput>("handle", sizeof(SeedInput), Where());
-    allocate(in->store, Slides * (SeedInput::sZphysical + Page), "handle->buffer");
-    in->buffer = in->store.data() + (Page - place_in_page(in->store.data())) % Page;
+    allocate(in->store_, Slides * (SeedInput::sZphysical + Page), "handle->buffer");
+    in->buffer_ = in->store_.data() + (Page - place_in_page(in->store_.data())) % Page;
     in->stream = path.empty() || path == "-" ? gz_cat_stdin() : gz_cat(path.c_str());
     if (!in->stream)
         opening_failed(path);
@@ -259,56 +260,57 @@ std::unique_ptr<SeedInput> newSeedInput(const std::string &path)
 
 void clrSeedInput(SeedInput *in)
 {
-    ++in->fileno;
-    drop(in, in->pbytes);
-    in->totbytes = in->recno = 0;
-    in->start = in->cur = in->recsiz = in->seq_num = 0;
-    in->type_code = in->cont_code = '#';
-    in->told_cut = in->length_open = false;
-    in->ending = Ending::open;
+    ++in->fileno_;
+    SeedInput::Work::drop(in, in->pbytes_);
+    in->totbytes_ = in->recno_ = 0;
+    in->start_ = in->cur_ = in->recsiz_ = in->seq_num_ = 0;
+    in->type_code_ = in->cont_code_ = '#';
+    in->told_cut_ = in->length_open_ = false;
+    in->ending_ = Ending::open;
 }
 
 int moredata(SeedInput *in)
 {
-    if (in->start > 0)
-        drop_used(in);
-    while (in->ending == Ending::open && in->pbytes <= Largest_Whole_Record)
-        read_once(in);
-    if (in->pbytes > 0)
+    if (in->start_ > 0)
+        SeedInput::Work::drop_used(in);
+    while (in->ending_ == Ending::open && in->pbytes_ <= Largest_Whole_Record)
+        SeedInput::Work::read_once(in);
+    if (in->pbytes_ > 0)
         return 0;
     errno = 0;
-    if (in->ending == Ending::failure)
-        report_read_error(in);
+    if (in->ending_ == Ending::failure)
+        SeedInput::Work::report_read_error(in);
     return -1;
 }
 
 void tell_if_cut(SeedInput *in)
 {
-    if (in->cur > in->pbytes && !in->length_open)
-        tell_cut(in, in->start);
+    if (in->cur_ > in->pbytes_ && !in->length_open_)
+        SeedInput::Work::tell_cut(in, in->start_);
 }
 
 int advanceLogicalRecord(SeedInput *in, Entry entry)
 {
-    in->entry = in->recno == 0 ? Entry::begin : entry;
-    const int left = in->start;
-    in->start = saturated_sum(in->start, in->recsiz);
-    in->cur = in->start;
-    if (has_ended(in) && in->pbytes <= in->start) {
-        tell_cut(in, left); // what is missing may be fill that nobody asked for
+    in->entry_ = in->recno_ == 0 ? Entry::begin : entry;
+    const int left = in->start_;
+    in->start_ = saturated_sum(in->start_, in->recsiz_);
+    in->cur_ = in->start_;
+    if (has_ended(in->ending_) && in->pbytes_ <= in->start_) {
+        SeedInput::Work::tell_cut(in, left); // what is missing may be fill that nobody asked for
         errno = 0;
         return -1;
     }
-    if (!has_ended(in) && in->pbytes <= in->start + Largest_Whole_Record && moredata(in) != 0)
+    if (!has_ended(in->ending_) && in->pbytes_ - Largest_Whole_Record <= in->start_ &&
+        moredata(in) != 0)
         return -1;
-    return enter_record(in) ? 0 : -1;
+    return SeedInput::Work::enter_record(in) ? 0 : -1;
 }
 
 int read_fixed_header_slowly(SeedInput *in, char *dest, int n)
 {
-    if (!copy_bytes(in, dest, n))
+    if (!SeedInput::Work::copy_bytes(in, dest, n))
         return 0;
-    if (!is_ok_msd_quality(in->type_code)) // a data record's length is not known yet
+    if (!is_ok_msd_quality(in->type_code_)) // a data record's length is not known yet
         tell_if_cut(in);
     return 1;
 }
@@ -317,7 +319,7 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n)
 {
     while (n > 0) {
         const int part = std::min(n, bytes_left(in));
-        if (part > 0 && !copy_bytes(in, dest, part))
+        if (part > 0 && !SeedInput::Work::copy_bytes(in, dest, part))
             return 0;
         tell_if_cut(in);
         dest += part;
@@ -328,9 +330,14 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n)
     return 1;
 }
 
-void setReadRecLen(SeedInput *in, int exponent)
+int read_open_remainder(SeedInput *in, char *dest, int n)
 {
-    in->recsiz = 1 << std::clamp(exponent, 1, Max_Exponent);
+    in->length_open_ = true;
+    const int whole = read_remainder(in, dest, n);
+    in->length_open_ = false;
+    return whole;
 }
+
+void setReadRecLen(SeedInput *in, int exponent) { in->recsiz_ = record_length(exponent); }
 
 } // namespace quarl

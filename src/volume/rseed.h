@@ -31,42 +31,82 @@ enum class Ending {
     stop          ///< a read that waited was given up
 };
 
-/// One input stream: a read-ahead buffer and the current logical record in it. While inside a
-/// record, start <= cur; `recsiz` is a power of two or a data record's length.
-struct SeedInput {
+/// One input stream: a read-ahead buffer and the current logical record in it.
+class SeedInput
+{
+public:
     static constexpr int sZphysical = 131074; ///< capacity of the buffer in bytes
 
     std::unique_ptr<Stream> stream;
-    int fileno = -1;              ///< input files begun, less one; informational
-    std::vector<char> store;      ///< room in which the buffer slides
-    char *buffer = nullptr;       ///< read-ahead buffer of sZphysical bytes inside `store`
-    int pbytes = 0;               ///< bytes held in the buffer
-    int ahead = 0;                ///< bytes behind them that were read, too, and come next
-    Ending ending = Ending::open; ///< what follows the bytes held
-    Ending beyond = Ending::open; ///< what follows those behind them, once it is known
-    std::int64_t totbytes = 0;    ///< bytes read in this file
-    std::int64_t recno = 0;       ///< logical records entered in this file
-    int start = 0;                ///< buffer offset of the current logical record
-    int cur = 0;                  ///< buffer offset of the next unread byte
-    int recsiz = 0;               ///< current logical record length in bytes; 0 when not known yet
-    int seq_num = 0;              ///< sequence number of the current logical record
-    char type_code = '#';         ///< its type code; '#' before the first record
-    char cont_code = '#';         ///< its continuation code
-    std::array<char, 8> header{}; ///< its header as it stands
-    bool told_cut = false;        ///< the user knows that the input ends inside a record
-    bool length_open = false;     ///< the record's length is about to turn out, a cut is told then
-    int read_error = 0;           ///< errno of the read that failed, or 0 ...
-    std::string read_reason;      ///< ... and its words
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
-    Entry entry = Entry::begin;         ///< of the current record
     std::function<void()> on_entered;   ///< called when its header was read
-};
 
-/// Nothing is read any more.
-inline bool has_ended(const SeedInput *in)
-{
-    return in->ending != Ending::open && in->ending != Ending::failure;
-}
+    /// Input files begun, less one; informational.
+    [[nodiscard]] int fileno() const { return fileno_; }
+    /// Bytes read in this file.
+    [[nodiscard]] std::int64_t totbytes() const { return totbytes_; }
+    /// How the file ends; `open` while it goes on.
+    [[nodiscard]] Ending ending() const { return ending_; }
+    /// The user knows that it ends inside a record.
+    [[nodiscard]] bool told_cut() const { return told_cut_; }
+
+    /// Logical records entered in this file.
+    [[nodiscard]] std::int64_t recno() const { return recno_; }
+    /// Length of the current one in bytes; 0 when it is not known yet.
+    [[nodiscard]] int recsiz() const { return recsiz_; }
+    [[nodiscard]] int seq_num() const { return seq_num_; }
+    /// Its type code; '#' before the first record.
+    [[nodiscard]] char type_code() const { return type_code_; }
+    [[nodiscard]] char cont_code() const { return cont_code_; }
+    /// Its header as it stands.
+    [[nodiscard]] const std::array<char, 8> &header() const { return header_; }
+    [[nodiscard]] Entry entry() const { return entry_; }
+    /// The byte of the input file with which it begins.
+    [[nodiscard]] std::int64_t record_begin() const { return totbytes_ - pbytes_ + start_; }
+    /// Bytes of it that were read.
+    [[nodiscard]] int record_read() const { return cur_ - start_; }
+
+private:
+    struct Work;
+    friend std::unique_ptr<SeedInput> newSeedInput(const std::string &path);
+    friend void clrSeedInput(SeedInput *in);
+    friend int moredata(SeedInput *in);
+    friend int advanceLogicalRecord(SeedInput *in, Entry entry);
+    friend int bytes_left(const SeedInput *in);
+    friend std::int64_t position(const SeedInput *in);
+    friend void tell_if_cut(SeedInput *in);
+    friend int read_remainder(SeedInput *in, char *dest, int n);
+    friend int read_remainder_slowly(SeedInput *in, char *dest, int n);
+    friend int read_open_remainder(SeedInput *in, char *dest, int n);
+    friend int read_fixed_header(SeedInput *in, char *dest, int n);
+    friend int read_fixed_header_slowly(SeedInput *in, char *dest, int n);
+    friend char *record_in_place(SeedInput *in, int read, int n);
+    friend bool pass_held(SeedInput *in, int n);
+    friend void setReadRecLen(SeedInput *in, int exponent);
+    friend void set_record_length(SeedInput *in, int length);
+
+    int fileno_ = -1;
+    std::vector<char> store_;      ///< room in which the buffer slides
+    char *buffer_ = nullptr;       ///< read-ahead buffer of sZphysical bytes inside `store_`
+    int pbytes_ = 0;               ///< bytes held in the buffer
+    int ahead_ = 0;                ///< bytes behind them that were read, too, and come next
+    Ending ending_ = Ending::open; ///< what follows the bytes held
+    Ending beyond_ = Ending::open; ///< what follows those behind them, once it is known
+    int read_error_ = 0;           ///< errno of the read that failed, or 0 ...
+    std::string read_reason_;      ///< ... and its words
+    bool told_cut_ = false;
+    bool length_open_ = false; ///< the record's length is about to turn out, a cut is told then
+    std::int64_t totbytes_ = 0;
+    std::int64_t recno_ = 0;
+    int start_ = 0;  ///< buffer offset of the current logical record
+    int cur_ = 0;    ///< buffer offset of the next unread byte, from `start_` on
+    int recsiz_ = 0; ///< a power of two or a data record's length
+    int seq_num_ = 0;
+    char type_code_ = '#';
+    char cont_code_ = '#';
+    std::array<char, 8> header_{};
+    Entry entry_ = Entry::begin;
+};
 
 /// Opens `path` ("" or "-": standard input). A path that cannot be opened, or whose opening is
 /// given up, ends the run.
@@ -83,18 +123,19 @@ int moredata(SeedInput *in);
 /// Moves to the next logical record and reads its header. 0; -1 when there is none. The user is
 /// told when the input cuts the record that is left, unless there is nothing of it but blanks, NULs
 /// and line feeds.
-int advanceLogicalRecord(SeedInput *in, Entry entry = Entry::begin);
+int advanceLogicalRecord(SeedInput *in, Entry entry);
+inline int advanceLogicalRecord(SeedInput *in) { return advanceLogicalRecord(in, Entry::begin); }
 
 /// Bytes left in the current logical record.
 inline int bytes_left(const SeedInput *in)
 {
-    return std::max(in->recsiz - (in->cur - in->start), 0);
+    return std::max(in->recsiz_ - (in->cur_ - in->start_), 0);
 }
 
 /// The byte of the input file up to which it was read.
 inline std::int64_t position(const SeedInput *in)
 {
-    return in->totbytes - in->pbytes + std::clamp(in->cur, 0, in->pbytes);
+    return in->totbytes_ - in->pbytes_ + std::clamp(in->cur_, 0, in->pbytes_);
 }
 
 /// Tells the user, once per file, when bytes were read beyond an input that ends inside the current
@@ -108,10 +149,10 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n);
 /// input ended. A record that the input cuts short is read with zeros, and the user told once.
 inline int read_remainder(SeedInput *in, char *dest, int n)
 {
-    if (n < 0 || n > bytes_left(in) || n > in->pbytes - in->cur)
+    if (n < 0 || n > bytes_left(in) || n > in->pbytes_ - in->cur_)
         return read_remainder_slowly(in, dest, n);
-    std::memcpy(dest, in->buffer + in->cur, n);
-    in->cur += n;
+    std::memcpy(dest, in->buffer_ + in->cur_, n);
+    in->cur_ += n;
     return 1;
 }
 
@@ -124,12 +165,37 @@ inline int read_fixed_header(SeedInput *in, char *dest, int n)
 {
     if (bytes_left(in) < n && advanceLogicalRecord(in, Entry::full) != 0)
         return 0;
-    if (n > in->pbytes - in->cur)
+    if (n > in->pbytes_ - in->cur_)
         return read_fixed_header_slowly(in, dest, n);
-    std::memcpy(dest, in->buffer + in->cur, n);
-    in->cur += n;
+    std::memcpy(dest, in->buffer_ + in->cur_, n);
+    in->cur_ += n;
     return 1;
 }
+
+/// read_remainder for the header of a record whose length is about to turn out: a cut is told then.
+int read_open_remainder(SeedInput *in, char *dest, int n);
+
+/// The current record, of which `read` bytes were read, when the buffer holds its next `n` bytes,
+/// too: moves past them. Else null.
+inline char *record_in_place(SeedInput *in, int read, int n)
+{
+    if (in->cur_ != in->start_ + read || n > bytes_left(in) || n > in->pbytes_ - in->cur_)
+        return nullptr;
+    in->cur_ += n;
+    return in->buffer_ + in->start_;
+}
+
+/// Moves past the next `n` bytes when the buffer holds them.
+inline bool pass_held(SeedInput *in, int n)
+{
+    if (n > in->pbytes_ - in->cur_)
+        return false;
+    in->cur_ += std::max(n, 0);
+    return true;
+}
+
+/// The length of the current logical record has turned out.
+inline void set_record_length(SeedInput *in, int length) { in->recsiz_ = length; }
 
 /// Sets the logical record length to 2 to the power `exponent` (at least 2; exponents above 30
 /// count as 30).

@@ -36,15 +36,16 @@ void report_bad_item(read_handle_t *handle, std::string_view text)
 /// The input ended inside the item: true when that is a fault, and not what was asked for.
 bool is_cut(read_handle_t *handle)
 {
-    handle->cut = handle->logical->ending != Ending::stop;
+    handle->cut = handle->logical->ending() != Ending::stop;
     return handle->cut;
 }
 
-/// An item begins at the byte `at` of the input's buffer.
+/// An item begins at the byte `at` of the current record.
 void begin_item(read_handle_t *handle, int at)
 {
     handle->framing = true;
-    ItemAccess{handle->now}.begin(*handle->logical, run().Tapefile, at);
+    const SeedInput &in = *handle->logical;
+    ItemAccess{handle->now}.begin(in, run().Tapefile, in.record_begin() + at);
 }
 
 void number_record(read_handle_t *handle, blk_dh_t *header)
@@ -55,11 +56,11 @@ void number_record(read_handle_t *handle, blk_dh_t *header)
 
 void count_record(read_handle_t *handle)
 {
-    if (handle->seq_num == handle->logical->seq_num) {
+    if (handle->seq_num == handle->logical->seq_num()) {
         ++handle->sub_seq_num;
         return;
     }
-    handle->seq_num = handle->logical->seq_num;
+    handle->seq_num = handle->logical->seq_num();
     handle->sub_seq_num = 1;
 }
 
@@ -90,16 +91,11 @@ const char *read_data_header(read_handle_t *handle)
 {
     SeedInput *in = handle->logical.get();
     constexpr int Rest = Data_Header - Prefix;
-    if (in->cur == in->start + Record_Header + Prefix && Rest <= bytes_left(in) &&
-        Rest <= in->pbytes - in->cur) {
-        in->cur += Rest;
-        char *record = in->buffer + in->start;
+    if (char *record = record_in_place(in, Record_Header + Prefix, Rest)) {
         std::memcpy(record, handle->item.record(), Record_Header);
         return record;
     }
-    in->length_open = true;
-    const int whole = read_remainder(in, handle->item.write(Prefix, Rest), Rest);
-    in->length_open = false;
+    const int whole = read_open_remainder(in, handle->item.write(Prefix, Rest), Rest);
     if (whole)
         return handle->item.record();
     if (is_cut(handle))
@@ -117,13 +113,11 @@ const char *read_data(read_handle_t *handle, const char *record, int length)
     if (length > Area_Size)
         elog_die<MessageKind::item_too_large,
                  "Data blockette size = %d: too large for internal buffer.\n">(0, length);
-    in->recsiz = length;
+    set_record_length(in, length);
     const int rest = length - Record_Header - Data_Header;
     if (record != handle->item.record()) {
-        if (rest <= in->pbytes - in->cur) {
-            in->cur += std::max(rest, 0);
+        if (pass_held(in, rest))
             return record;
-        }
         std::memcpy(handle->item.write(0, Data_Header), record + Record_Header, Data_Header);
     }
     tell_if_cut(in);
@@ -151,7 +145,7 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
     blk_dh_t *header = made.get();
     parse_dh(header, {bytes + Record_Header, Data_Header});
     *record = Record(made.release(), FreeBlk{Data_Record});
-    header->quality_indicator = handle->logical->type_code;
+    header->quality_indicator = handle->logical->type_code();
     number_record(handle, header);
     fixup_dh(header, handle);
     apply_b1000(header, bytes);
@@ -161,7 +155,7 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
     header->raw = bytes;
     if (header->beg_data >= 0 && header->beg_data < header->length)
         header->data = bytes + header->beg_data;
-    item.data(header, bytes, handle->logical->header);
+    item.data(header, bytes, handle->logical->header());
     return 1;
 }
 
@@ -303,12 +297,12 @@ int read_blk(read_handle_t *handle, Record *record, int *type)
     SeedInput *in = handle->logical.get();
     handle->framing = false;
     while (read_fixed_header(in, handle->item.write(0, Prefix), Prefix)) {
-        if (is_ok_msd_quality(in->type_code)) {
-            begin_item(handle, in->start);
+        if (is_ok_msd_quality(in->type_code())) {
+            begin_item(handle, 0);
             return frame_data(handle, record, type);
         }
         if (!blank(up_to_nul({handle->item.area(), Prefix}))) {
-            begin_item(handle, in->cur - Prefix);
+            begin_item(handle, in->record_read() - Prefix);
             return frame_control(handle, record, type);
         }
         if (advanceLogicalRecord(in) != 0) // the rest of the record is padding

@@ -7,8 +7,8 @@ void State::hear(Message &message)
 {
     if (handle) {
         const SeedInput &in = *handle->logical;
-        message.place = {run.Tapefile, position(&in), in.recno,
-                         in.seq_num,   in.type_code,  in.cont_code};
+        message.place = {run.Tapefile, position(&in),  in.recno(),
+                         in.seq_num(), in.type_code(), in.cont_code()};
         message.item = handle->framing ? &handle->now : nullptr;
     }
     if (options.message)

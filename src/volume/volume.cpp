@@ -37,12 +37,12 @@ void open_database(State *state)
 void tell_record(const State &state)
 {
     const SeedInput &in = *state.handle->logical;
-    state.options.logical_record({{state.run.Tapefile, in.totbytes - in.pbytes + in.start, in.recno,
-                                   in.seq_num, in.type_code, in.cont_code},
-                                  in.header,
-                                  in.recsiz,
-                                  in.entry == Entry::continue_item,
-                                  in.entry == Entry::full});
+    state.options.logical_record({{state.run.Tapefile, in.record_begin(), in.recno(), in.seq_num(),
+                                   in.type_code(), in.cont_code()},
+                                  in.header(),
+                                  in.recsiz(),
+                                  in.entry() == Entry::continue_item,
+                                  in.entry() == Entry::full});
 }
 
 void open_input(State *state, const std::string &path)
@@ -85,7 +85,7 @@ std::int64_t items_end(const read_handle_t &handle)
     if (handle.framing)
         return handle.now.place().offset;
     const SeedInput *in = handle.logical.get();
-    const bool only_header = in->cur == in->start + Record_Header; // maybe of a data record
+    const bool only_header = in->record_read() == Record_Header; // maybe of a data record
     return position(in) - (only_header ? Record_Header : 0);
 }
 
@@ -98,19 +98,19 @@ std::int64_t items_end(const read_handle_t &handle)
     FileEnd &end = state->file_end;
     if (stopped)
         handle.framing = false;
-    end.stopped = stopped || in.ending == Ending::stop;
-    end.cut = handle.cut || in.told_cut;
-    end.failed = in.ending == Ending::told_failure;
-    const std::int64_t bytes = end.stopped ? items_end(handle) : in.totbytes;
+    end.stopped = stopped || in.ending() == Ending::stop;
+    end.cut = handle.cut || in.told_cut();
+    end.failed = in.ending() == Ending::told_failure;
+    const std::int64_t bytes = end.stopped ? items_end(handle) : in.totbytes();
     handle.framing = false;
     if (end.stopped)
         elog_complain<MessageKind::interrupted, "Interrupted at byte %d of input file #%d\n">(
             0, bytes, state->run.Tapefile);
-    end.statistics = statistics(bytes, in.recno);
+    end.statistics = statistics(bytes, in.recno());
     state->in_file = false;
     state->ended = end.statistics.items == 0 || end.stopped || state->run.File_Flag != 0;
     ItemAccess item{handle.now};
-    item.begin_at(in, state->run.Tapefile, bytes);
+    item.begin(in, state->run.Tapefile, bytes);
     item.type(End_Of_File, 0);
     item.parsed(&end, false, 0);
     if (!state->ended)
@@ -121,7 +121,7 @@ std::int64_t items_end(const read_handle_t &handle)
 bool is_to_stop(const State &state)
 {
     return state.options.stop && state.options.stop->load(std::memory_order_relaxed) &&
-           state.handle->logical->ending != Ending::stop;
+           state.handle->logical->ending() != Ending::stop;
 }
 
 const Item *next_item(State *state)
@@ -158,7 +158,7 @@ const FileEnd *file_given_up(State *state)
     const read_handle_t &handle = *state->handle;
     state->file_end = FileEnd();
     state->file_end.failed = true;
-    state->file_end.statistics = statistics(items_end(handle), handle.logical->recno);
+    state->file_end.statistics = statistics(items_end(handle), handle.logical->recno());
     return &state->file_end;
 }
 
@@ -204,7 +204,7 @@ Progress Volume::progress() const
 {
     const SeedInput &in = *state_->handle->logical;
     const Stored stored = in.stream->stored();
-    return {state_->run.Tapefile, in.totbytes, stored.read, stored.size};
+    return {state_->run.Tapefile, in.totbytes(), stored.read, stored.size};
 }
 
 const std::string *Volume::text(Dictionary dictionary, int code) const

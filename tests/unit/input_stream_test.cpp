@@ -90,19 +90,19 @@ TEST(Records, HeadersAreSkippedAndKept)
                         record("000012A*", std::string(504, 'b')) + record("000013Qx", "cde"),
                     chunk);
         SeedInput *in = handle->logical.get();
-        EXPECT_EQ(in->type_code, '#');
+        EXPECT_EQ(in->type_code(), '#');
         EXPECT_EQ(next(in, 500), std::string(500, 'a'));
-        EXPECT_EQ(std::tie(in->seq_num, in->recsiz), std::make_tuple(7, 512));
+        EXPECT_EQ(std::make_tuple(in->seq_num(), in->recsiz()), std::make_tuple(7, 512));
         EXPECT_EQ(next(in, 509), "aaaa" + std::string(504, 'b') + "c");
-        EXPECT_EQ(std::tie(in->seq_num, in->type_code, in->cont_code, in->recno),
+        EXPECT_EQ(std::make_tuple(in->seq_num(), in->type_code(), in->cont_code(), in->recno()),
                   std::make_tuple(13, 'Q', 'x', 3));
         EXPECT_EQ(next(in, 0) + next(in, 3), "de ");
         EXPECT_EQ(next(in, 501), "end"); // 500 are left
-        EXPECT_EQ(in->totbytes, 3 * 512);
-        const int files = in->fileno;
+        EXPECT_EQ(in->totbytes(), 3 * 512);
+        const int files = in->fileno();
         clrSeedInput(in);
-        EXPECT_EQ(in->fileno, files + 1);
-        EXPECT_EQ(std::tie(in->totbytes, in->recsiz, in->ending, in->cont_code),
+        EXPECT_EQ(in->fileno(), files + 1);
+        EXPECT_EQ(std::make_tuple(in->totbytes(), in->recsiz(), in->ending(), in->cont_code()),
                   std::make_tuple(0, 0, Ending::open, '#'));
         EXPECT_EQ(next(in, 1), "end");
     }
@@ -115,7 +115,7 @@ TEST(Records, LengthIsAPowerOfTwo)
                                {16, 65536},  {30, 1 << 30}, {31, 1 << 30}, {99, 1 << 30}};
     for (const auto &[exponent, length] : expected) {
         setReadRecLen(handle->logical.get(), exponent);
-        EXPECT_EQ(handle->logical->recsiz, length) << exponent;
+        EXPECT_EQ(handle->logical->recsiz(), length) << exponent;
     }
 }
 
@@ -143,7 +143,7 @@ TEST(Records, SequenceNumbers)
             if (verbose > 1)
                 handle->logical->on_record = [&](int n) { shown_numbers = std::to_string(n); };
             const Captured shown = capture([&] { advanceLogicalRecord(handle->logical.get()); });
-            EXPECT_EQ(handle->logical->seq_num, c.number) << c.field;
+            EXPECT_EQ(handle->logical->seq_num(), c.number) << c.field;
             EXPECT_EQ(shown.err, c.message);
             EXPECT_EQ(shown_numbers, verbose == 1 ? "" : std::to_string(c.number));
         }
@@ -164,7 +164,7 @@ TEST(Records, AboveSixtyFourKibibytesAreReadWhole)
         for (char c = 'b'; c < 'e'; ++c)
             EXPECT_EQ(next(in, Length - 8), std::string(Length - 9, c) + '$') << chunk;
         EXPECT_EQ(next(in, 1), "end");
-        EXPECT_EQ(in->totbytes, 4 * Length);
+        EXPECT_EQ(in->totbytes(), 4 * Length);
     }
     // What a record claims beyond the buffer ends the input.
     const auto handle = reading(std::string(300000, '0'));
@@ -176,7 +176,7 @@ TEST(Records, AboveSixtyFourKibibytesAreReadWhole)
     clrSeedInput(handle->logical.get());
     while (next(handle->logical.get(), 504) != "end")
         continue;
-    EXPECT_EQ(handle->logical->totbytes, 300000 - 131074);
+    EXPECT_EQ(handle->logical->totbytes(), 300000 - 131074);
 }
 
 TEST(Records, AreReadToWhereTheyStandInThePagesOfTheirFile)
@@ -215,7 +215,7 @@ TEST(Records, ShorterThanTheirHeaderStillEnd)
             reading(record("000001V ", std::string("0100020 2.3") + exponent + "12~~~"));
         const Captured shown = frame(handle.get());
         EXPECT_TRUE(shown.out.starts_with("10 ")) << shown.out;
-        EXPECT_GT(handle->logical->recno * length, 480) << length; // each of them was stepped to
+        EXPECT_GT(handle->logical->recno() * length, 480) << length; // each of them was stepped to
     }
 }
 
