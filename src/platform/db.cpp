@@ -5,10 +5,12 @@
 #include "platform/db_sqlite.h"
 #include "platform/db_url.h"
 #include "platform/elog.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <string>
@@ -29,6 +31,16 @@ constexpr std::array<std::string_view, 5> Columns = {"sta", "chan", "seedstart",
 constexpr std::string_view Select =
     "select t.sta, t.chan, t.seedstart, t.seedend, t.seedformat from seedformat t";
 
+/// What a server has for each answer, in seconds: a table may be large, and the way to it long.
+std::chrono::seconds patience()
+{
+    constexpr int Usual = 60;
+    const char *wish = std::getenv("QUARL_DBTIMEOUT");
+    std::size_t used = 0;
+    const int seconds = wish ? leading_int(wish, &used) : 0;
+    return std::chrono::seconds(seconds > 0 ? seconds : Usual);
+}
+
 Session open_postgresql(const std::string &name)
 {
     const DatabaseUrl url(name);
@@ -38,7 +50,7 @@ Session open_postgresql(const std::string &name)
         return {};
     }
     setenv("PGCONNECT_TIMEOUT", "10", 0);
-    Session session = open_session("postgresql", url.connection());
+    Session session = open_session("postgresql", url.connection(), patience());
     prepare_session(&session,
                     {"set session characteristics as transaction read only",
                      "set synchronize_seqscans = off", "set max_parallel_workers_per_gather = 0",
@@ -95,7 +107,7 @@ Database *opened(Dbptr db)
 }
 
 /// Reads all rows of the table; the answer is what went wrong, empty when nothing.
-std::string select_rows(const Backend &backend, const Session &session, TextRows *rows)
+std::string select_rows(const Backend &backend, Session *session, TextRows *rows)
 {
     const std::string select(Select);
     std::string error = run_query(session, select + std::string(backend.order), rows);
@@ -113,10 +125,10 @@ bool read_rows(Database *database)
         Session opened_now;
         if (!database->session)
             opened_now = database->backend.open(database->source);
-        const Session &session = database->session ? database->session : opened_now;
+        Session &session = database->session ? database->session : opened_now;
         if (!session)
             return false;
-        const std::string error = select_rows(database->backend, session, &database->rows);
+        const std::string error = select_rows(database->backend, &session, &database->rows);
         const auto &undisturbed = session.get_deleter().undisturbed;
         if (undisturbed && !undisturbed())
             continue;

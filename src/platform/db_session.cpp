@@ -3,13 +3,16 @@
 #include "platform/db_session.h"
 
 #include "platform/elog.h"
+#include "platform/patience.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <mutex>
 #include <soci/soci-simple.h>
+#include <utility>
 
 namespace quarl
 {
@@ -36,8 +39,9 @@ struct Soci {
 
 std::mutex Loading; ///< volumes of several threads may ask at once
 bool Loaded = false;
-bool Exiting = false; ///< libraries are gone or about to go: sessions end with the process
-Soci Api;             ///< valid once load_core has returned true
+/// Libraries are gone or about to go: sessions end with the process.
+std::atomic<bool> Exiting = false;
+Soci Api; ///< valid once load_core has returned true
 
 struct EndStatement {
     void operator()(void *statement) const { Api.destroy_statement(statement); }
@@ -111,6 +115,52 @@ void take_rows(void *statement, TextRows *rows)
             rows->append(Api.get_into_string(statement, i));
 }
 
+/// Opens a session, in whatever thread.
+Session opened(const std::string &backend, const std::string &connection)
+{
+    Session session(Api.create_session((backend + "://" + connection).c_str()));
+    if (session && Api.session_state(session.get()) == 0) {
+        elog_set_reason(own_words(Api.session_error_message(session.get())));
+        session.reset();
+    }
+    return session;
+}
+
+/// What came of a query in a session of its own.
+struct Answer {
+    Session session;
+    TextRows rows;
+    std::string error;
+};
+
+/// Runs a query, in whatever thread.
+Answer answer_of(Session session, const std::string &query, std::size_t columns)
+{
+    Answer answer{std::move(session), TextRows(columns), {}};
+    const Statement holder(Api.create_statement(answer.session.get()));
+    void *statement = holder.get();
+    if (statement == nullptr) {
+        answer.error = own_words(Api.session_error_message(answer.session.get()));
+        return answer;
+    }
+    for (std::size_t i = 0; i < columns; ++i)
+        Api.into_string(statement);
+    Api.prepare(statement, query.c_str());
+    if (Api.statement_state(statement) != 0)
+        take_rows(statement, &answer.rows);
+    if (Api.statement_state(statement) == 0)
+        answer.error = own_words(Api.statement_error_message(statement));
+    return answer;
+}
+
+/// Why a server was given up after `patience`.
+std::string no_answer(std::chrono::milliseconds patience)
+{
+    return gives_up() ? "interrupted"
+                      : formatted<"no answer within %d s">(static_cast<int>(
+                            std::chrono::duration_cast<std::chrono::seconds>(patience).count()));
+}
+
 } // namespace
 
 void *load_library(const std::string &name, const std::string &package)
@@ -135,43 +185,56 @@ void EndSession::operator()(void *session) const
         Api.destroy_session(session);
 }
 
-Session open_session(const std::string &backend, const std::string &connection)
+Session open_session(const std::string &backend, const std::string &connection,
+                     std::chrono::milliseconds patience)
 {
     if (!load_soci(backend))
         return {};
-    Session session(Api.create_session((backend + "://" + connection).c_str()));
-    if (session && Api.session_state(session.get()) == 0) {
-        elog_set_reason(own_words(Api.session_error_message(session.get())));
-        session.reset();
-    }
     // Registered behind what the client library registers, so called before it.
-    static const int Registered = std::atexit([] { Exiting = true; });
-    (void)Registered;
-    return session;
+    const auto at_exit = [] {
+        static const int Registered = std::atexit([] { Exiting = true; });
+        (void)Registered;
+    };
+    if (patience.count() == 0) {
+        Session session = opened(backend, connection);
+        at_exit();
+        return session;
+    }
+    auto made = within(patience, [=] {
+        Session session = opened(backend, connection);
+        return std::pair(std::move(session), elog_take_reason()); // that of the thread
+    });
+    at_exit();
+    elog_set_reason(made ? made->second : no_answer(patience));
+    if (!made)
+        return {};
+    made->first.get_deleter().patience = patience;
+    return std::move(made->first);
 }
 
-std::string run_query(const Session &session, const std::string &query, TextRows *rows)
+std::string run_query(Session *session, const std::string &query, TextRows *rows)
 {
+    const std::size_t columns = rows->columns();
+    const std::chrono::milliseconds patience = session->get_deleter().patience;
     rows->clear();
-    const Statement holder(Api.create_statement(session.get()));
-    void *statement = holder.get();
-    if (statement == nullptr)
-        return own_words(Api.session_error_message(session.get()));
-    for (std::size_t i = 0; i < rows->columns(); ++i)
-        Api.into_string(statement);
-    Api.prepare(statement, query.c_str());
-    if (Api.statement_state(statement) != 0)
-        take_rows(statement, rows);
-    if (Api.statement_state(statement) != 0)
-        return {};
-    return own_words(Api.statement_error_message(statement));
+    const auto take = [&](Answer answer) {
+        *session = std::move(answer.session);
+        *rows = std::move(answer.rows);
+        return std::move(answer.error);
+    };
+    if (patience.count() == 0)
+        return take(answer_of(std::move(*session), query, columns));
+    auto answer = within(patience, [given = std::move(*session), query, columns]() mutable {
+        return answer_of(std::move(given), query, columns);
+    });
+    return answer ? take(std::move(*answer)) : no_answer(patience);
 }
 
 void prepare_session(Session *session, std::initializer_list<const char *> queries)
 {
     TextRows none(0);
     for (const char *query : queries) {
-        const std::string error = *session ? run_query(*session, query, &none) : "";
+        const std::string error = *session ? run_query(session, query, &none) : "";
         if (error.empty())
             continue;
         elog_set_reason(error);

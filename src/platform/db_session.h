@@ -1,6 +1,7 @@
 // A session with a database through SOCI, and texts from it.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -15,6 +16,8 @@ struct EndSession {
     /// Whether what was read in this session is one state of the database; empty where the database
     /// sees to that. Holds what has to stay until the session has ended.
     std::function<bool()> undisturbed;
+    /// What each query has at most, in a thread of its own; 0: for ever, and here.
+    std::chrono::milliseconds patience{};
     void operator()(void *session) const;
 };
 using Session = std::unique_ptr<void, EndSession>;
@@ -69,12 +72,15 @@ template <class Function> bool find_symbol(void *library, const char *name, Func
     return found;
 }
 
-/// Opens a session with SOCI's backend `backend`; null with the reason left for elog.
-Session open_session(const std::string &backend, const std::string &connection);
+/// Opens a session with SOCI's backend `backend`; null with the reason left for elog. It, and then
+/// each query, is given up after `patience`, where it is not 0.
+Session open_session(const std::string &backend, const std::string &connection,
+                     std::chrono::milliseconds patience = {});
 
 /// Replaces `rows` by the rows that `query` yields; NULL is the empty text. The answer is what went
-/// wrong in the database's own words, empty when nothing.
-std::string run_query(const Session &session, const std::string &query, TextRows *rows);
+/// wrong in the database's own words, empty when nothing. A session whose query is given up is
+/// lost.
+std::string run_query(Session *session, const std::string &query, TextRows *rows);
 
 /// Runs queries in a new session for their effect; ends it with the reason left for elog when one
 /// fails.

@@ -238,6 +238,7 @@ public:
     }
 
     std::atomic<long> bytes_left = 1'000'000;
+    std::atomic<bool> silent = false; ///< nothing is passed on, and nothing closed
 
 private:
     static constexpr int Kind = SOCK_STREAM | SOCK_CLOEXEC;
@@ -258,8 +259,11 @@ private:
         const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
         const int upstream = socket(AF_UNIX, Kind, 0);
         if (connect(upstream, as_address(&server), sizeof server) == 0)
-            for (long got = 0; bytes_left > 0 && got >= 0 && pass(client, upstream) >= 0;)
+            for (long got = 0; bytes_left > 0 && got >= 0 && pass(client, upstream) >= 0;) {
+                while (silent && bytes_left > 0)
+                    usleep(1000);
                 bytes_left -= got = pass(upstream, client);
+            }
         close(upstream);
         close(client);
     }
@@ -301,6 +305,47 @@ TEST_F(PostgresTest, ServerThatGoesAway)
         EXPECT_EQ(shown, count != 0 ? "" : Unread + "server closed the connection unexpectedly\n");
         EXPECT_EQ(rows_of(db).empty(), count == 0); // and is not asked again
     }
+}
+
+TEST_F(PostgresTest, ServerThatFallsSilent)
+{
+    sql(Fresh + Create + Insert);
+    setenv("QUARL_DBTIMEOUT", "1", 1);
+    const std::string server = url_.substr(url_.find("host=") + 5) + "/.s.PGSQL.5432";
+    Relay relay(server, path(".s.PGSQL.5432"));
+    Dbptr db = dbinvalid();
+    ASSERT_EQ(VXdbopen(("postgresql://quarl@/postgres?host=" + directory_).c_str(), "r", &db), 0);
+    relay.silent = true;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(rows_of(db), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), Unread + "no answer within 1 s\n");
+    EXPECT_EQ(rows_of(db), "") << "asked again";
+}
+
+/// The same before there is a session: a server that lets in whoever comes, and then says nothing.
+TEST_F(DbTest, ServerThatNeverAnswers)
+{
+    setenv("QUARL_DBTIMEOUT", "1", 1);
+    sockaddr_un address = {AF_UNIX, ""};
+    path(".s.PGSQL.5432").copy(address.sun_path, sizeof address.sun_path - 1);
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener, 1), 0);
+    std::thread server([listener] {
+        constexpr std::string_view Welcome("R\0\0\0\x08\0\0\0\0Z\0\0\0\x05I", 15);
+        const int client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        std::array<char, 4096> question;
+        (void)!recv(client, question.data(), question.size(), 0);
+        (void)!send(client, Welcome.data(), Welcome.size(), MSG_NOSIGNAL);
+        while (recv(client, question.data(), question.size(), 0) > 0) {
+        }
+        close(client);
+    });
+    EXPECT_EQ(outcome("postgresql://quarl@/x?host=" + directory_),
+              Unopened + "no answer within 1 s\n");
+    shutdown(listener, SHUT_RDWR);
+    server.detach(); // the session that was given up still waits
+    close(listener);
 }
 
 TEST_F(DbTest, ServerThatIsNotThere)
