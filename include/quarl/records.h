@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <quarl/data_blockettes.h>
 #include <quarl/fields.h>
 #include <vector>
 
