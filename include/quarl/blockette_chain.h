@@ -5,9 +5,11 @@
 //             show(extension->timing_quality);
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <quarl/data_blockettes.h>
+#include <quarl/time.h>
 #include <string>
 #include <variant>
 #include <vector>
@@ -48,6 +50,13 @@ struct DataBlockettes {
     std::optional<int> microseconds;         ///< 1001: to be added to the start time
     std::optional<int> timing_quality;       ///< 1001: percent
     std::optional<int> frame_count;          ///< 1001
+
+    /// What makes the times of the record precise. A rate that is not above 0 is none.
+    [[nodiscard]] DataRefinement refinement() const
+    {
+        const double rate = actual_sample_rate.value_or(0.0F);
+        return {microseconds.value_or(0), std::isfinite(rate) && rate > 0.0 ? rate : 0.0};
+    }
 };
 
 } // namespace quarl

@@ -253,21 +253,23 @@ void Inventory::Work::add_data(const Item &item, const blk_dh_t &header)
     DataChannel &channel = data[data_channel];
     ++channel.records;
     channel.samples += header.nsamps;
-    const auto times = data_times(header);
+    const DataRefinement more = item.data_blockettes().refinement();
+    const double rate = more.sample_rate > 0.0 ? more.sample_rate : header.samp_rate;
+    const auto times = data_times(header, more);
     if (!times) {
         ++timeless;
         return;
     }
-    if (header.nsamps <= 0 || !(header.samp_rate > 0.0))
+    if (header.nsamps <= 0 || !(rate > 0.0))
         return;
     const double start = seconds(times->start);
     const double end = seconds(times->next);
     if (channel.last_end != 0.0 && start < channel.last_start && channel.steps_back.count++ == 0)
         channel.steps_back = {1, record, channel.last_start, start};
-    channel.rate = header.samp_rate;
+    channel.rate = rate;
     channel.last_start = start;
     channel.last_end = end;
-    joiners[data_channel].add({start, end, tolerance(header.samp_rate), record});
+    joiners[data_channel].add({start, end, tolerance(rate), record});
 }
 
 void Inventory::Work::add_control(const Item &item)

@@ -79,13 +79,40 @@ template <class T> void print_blockette(Pen &pen, const Item &item, const T &blk
     finish(pen, to, item.bad() || pen.bad);
 }
 
+/// The fraction of a second that the record holds is one, before any correction.
+bool has_fraction(const blk_dh_t &header)
+{
+    constexpr int Correction_Applied = 0x02;
+    constexpr int Last = 9999;
+    const std::int64_t stored = std::int64_t{header.sec_frac} -
+                                (header.activity & Correction_Applied ? 0 : header.time_cor);
+    return stored >= 0 && stored <= Last;
+}
+
+/// The header's fields. The rate is that of a Blockette 100, where there is one. A fraction above
+/// 9999 leaves no time: its text, which ends with the fourth digit, would look like one.
+char *put_header(Pen &pen, char *to, const blk_dh_t &header, const DataRefinement &more)
+{
+    const bool has_time = has_fraction(header);
+    if (has_time && !(more.sample_rate > 0.0))
+        return put_set<Own<blk_dh_t>>(pen, to, header);
+    blk_dh_t shown = header;
+    if (more.sample_rate > 0.0)
+        shown.samp_rate = more.sample_rate;
+    if (!has_time)
+        shown.start_time[0] = '\0';
+    return put_set<Own<blk_dh_t>>(pen, to, shown);
+}
+
 void print_data(Pen &pen, const Item &item, const blk_dh_t &header)
 {
+    const DataBlockettes &chain = item.data_blockettes();
+    const DataRefinement more = chain.refinement();
     char *to = put_text(pen.out.reserve(Frame_Room), "{\"item\":\"data\",\"name\":\"Data\"");
     to = put_place(to, item);
-    to = put_data_times(to, header, &pen.bad);
-    to = put_set<Own<blk_dh_t>>(pen, to, header);
-    to = put_data_blockettes(pen, to, item.data_blockettes());
+    to = put_data_times(to, header, more, &pen.bad);
+    to = put_header(pen, to, header, more);
+    to = put_data_blockettes(pen, to, chain);
     finish(pen, to, item.bad() || pen.bad);
 }
 

@@ -66,18 +66,16 @@ char *put_time(char *to, const BinaryTime &time)
     return put_text(to + 5, "Z\"");
 }
 
-char *put_data_times(char *to, const blk_dh_t &header, bool *bad)
+char *put_data_times(char *to, const blk_dh_t &header, const DataRefinement &more, bool *bad)
 {
     char *value = put_text(to, ",\"start\":");
-    const auto times = data_times(header);
+    const auto times = data_times(header, more);
     const Days day = times ? day_of(times->start) : Days();
     const Date date = date_on(day);
     char *end = times ? put_time(value, date, times->start - day) : nullptr;
     *bad = end == nullptr;
-    if (!end) {
-        end = put_string(value, header.start_time);
-        return put_text(end, ",\"end\":null");
-    }
+    if (!end)
+        return put_text(value, "null,\"end\":null");
     value = put_text(end, ",\"end\":");
     const Days last = day_of(times->end);
     if (char *behind = put_time(value, last == day ? date : date_on(last), times->end - last))

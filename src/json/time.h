@@ -21,7 +21,7 @@ char *put_time(char *to, const BinaryTime &time);
 
 /// Writes the members `start` and `end` with six decimals: the first and the last sample, a time
 /// correction applied that the record says is not. Without samples or a rate both are the same. A
-/// header whose time is none gives its text as it stands, and null; `*bad` becomes true then.
-char *put_data_times(char *to, const blk_dh_t &header, bool *bad);
+/// header whose time is none gives null, and `*bad` becomes true then.
+char *put_data_times(char *to, const blk_dh_t &header, const DataRefinement &more, bool *bad);
 
 } // namespace quarl::json

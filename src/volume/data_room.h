@@ -11,7 +11,8 @@ namespace quarl
 struct DataRoom {
     std::string bytes; ///< the record with its own header
     DataBlockettes chain;
-    bool has_chain = false; ///< the chain is that of the record at hand
+    bool has_record = false; ///< the item at hand is a data record
+    bool has_chain = false;  ///< the chain is that of this record
 };
 
 } // namespace quarl

@@ -31,7 +31,7 @@ const DataBlockettes &Item::data_blockettes() const
 {
     static const DataBlockettes None;
     const auto *header = get<blk_dh_t>();
-    if (!header)
+    if (!header || !room_->has_record) // or a control blockette that says it is one
         return None;
     if (!std::exchange(room_->has_chain, true))
         read_chain(*header, bytes_, &room_->chain);

@@ -30,6 +30,7 @@ struct ItemAccess {
         item.record_ = nullptr;
         item.fields_size_ = 0;
         item.bytes_ = {};
+        item.room_->has_record = false;
     }
     void type(int type, int length)
     {
@@ -44,6 +45,7 @@ struct ItemAccess {
         item.bytes_ = {bytes, static_cast<std::size_t>(header->length)};
         item.record_header_ = own_header;
         item.record_ = header;
+        item.room_->has_record = true;
         item.room_->has_chain = false;
     }
     void parsed(const record_t *record, bool bad, std::size_t fields_size)

@@ -293,6 +293,8 @@ def is_listed(item):
 
 def fault(item, listing, at):
     """Where the item's piece of the listing ends, or what is wrong with it."""
+    if (item.get("actual_sample_rate") or 0) > 0:  # the listing has the other
+        item = dict(item, sample_rate=float(stored_rate(item)))
     rows = statistics(item) if item["item"] == "file" else formats(item)
     if item["item"] == "file" and not item["types"]:
         return at, None
@@ -317,6 +319,14 @@ def microseconds(text):
         second) * 1000000
 
 
+def stored_rate(item):
+    """Samples per second of factor and multiplier."""
+    rate = fractions.Fraction(1)
+    for part in (item["sample_rate_factor"], item["sample_rate_multiplier"]):
+        rate *= abs(part) if part > 0 else fractions.Fraction(1, abs(part)) if part else 0
+    return rate
+
+
 def check_data(item):
     """First and last sample, and named flags, against the fields that the record holds."""
     if item.get("bad") or not item["record_start_time"]:  # or of what declares to be data
@@ -324,10 +334,11 @@ def check_data(item):
     start = microseconds(item["record_start_time"])
     if not item["time_correction_applied"]:
         start += item["time_correction"] * 100
+    start += item["microseconds"] or 0
     assert start == microseconds(item["start"]), item
-    rate = fractions.Fraction(1)
-    for part in (item["sample_rate_factor"], item["sample_rate_multiplier"]):
-        rate *= abs(part) if part > 0 else fractions.Fraction(1, abs(part)) if part else 0
+    rate = stored_rate(item)
+    if (item["actual_sample_rate"] or 0) > 0:
+        rate = fractions.Fraction(item["actual_sample_rate"])
     length = (item["samples"] - 1) * 1000000 / rate if rate and item["samples"] > 0 else 0
     end = start + math.floor(length + fractions.Fraction(1, 2))
     if not item["positive_leap_second"] and not item["negative_leap_second"]:
@@ -364,7 +375,8 @@ def leaves(item, path=()):
 def is_shown(item, path):
     """Whether the listing shows the value at this path."""
     kind, key = item.get("type", item["item"]), path[-1]
-    if path[0] == "blockettes":
+    if path[0] == "blockettes" or (key == "sample_rate" and kind == "data" and
+                                   (item["actual_sample_rate"] or 0) > 0):
         return False
     if kind == "data" and isinstance(item[key], bool):
         return False  # but the byte with the flag is, and check_data knows the bit

@@ -7,6 +7,7 @@
 #include "support/recipe.h"
 
 #include <gtest/gtest.h>
+#include <quarl/inventory.h>
 #include <quarl/volume.h>
 #include <random>
 
@@ -122,6 +123,25 @@ TEST(Chain, IsReadWhenAnItemIsAsked)
     }
     unlink(path.c_str());
     EXPECT_EQ(seen, "33:0/0 -1:2/3 -1:1/0 -1:2/5 -2:0/0 ");
+}
+
+TEST(Chain, MakesTheTimesOfSpansPrecise)
+{
+    const std::string path = testing::TempDir() + "chain_test." + std::to_string(getpid());
+    const std::string record = "data b1000=11,1,9 rate=10,1 samples=10 blk=100/f4:8/z4 ";
+    write_file(path, parse_recipe(record + "blk=1001/u1:1/i1:-25/z2\n" + record +
+                                  "time=2024,001,00:00:01.2500 blk=1001/u1:1/i1:-25/z2\n")
+                         .volume());
+    Inventory inventory;
+    Volume volume(path);
+    for (const Item &item : volume)
+        inventory.add(item);
+    unlink(path.c_str());
+    const DataChannel &channel = inventory.data_channels().at(0);
+    ASSERT_EQ(channel.spans.size(), 1); // a gap at 10 Hz
+    EXPECT_DOUBLE_EQ(channel.spans[0].start, 1704067199.999975);
+    EXPECT_DOUBLE_EQ(channel.spans[0].end, 1704067202.499975);
+    EXPECT_EQ(channel.rate, 8);
 }
 
 TEST(Base64, FillsTheLastGroup)

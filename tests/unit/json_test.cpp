@@ -179,6 +179,47 @@ raw 000004T\s
         << data;
 }
 
+TEST(JsonLines, TellWhenSamplesWereTaken)
+{
+    const struct {
+        std::string words, start, end, rate;
+    } cases[] = {
+        {"time=2024,366,23:59:59.5000 samples=9 rate=4,1 correction=5000",
+         "2025-01-01T00:00:00.000000Z", "2025-01-01T00:00:02.000000Z", "4"},
+        // Microseconds, back into the day before, too; the true rate.
+        {"samples=3 rate=20,1 blk=1001/u1:1/i1:-50/z2", "2023-12-31T23:59:59.999950Z",
+         "2024-01-01T00:00:00.099950Z", "20"},
+        {"samples=5 rate=20,1 blk=1001/u1:1/i1:99/z2 blk=100/f4:0.75/z4",
+         "2024-01-01T00:00:00.000099Z", "2024-01-01T00:00:05.333432Z", "0.75"},
+        {"samples=5 rate=4,1 blk=100/f4:0/z4", "2024-01-01T00:00:00.000000Z",
+         "2024-01-01T00:00:01.000000Z", "4"},
+        {"samples=2 rate=-3,-4", "2024-01-01T00:00:00.000000Z", "2024-01-01T00:00:12.000000Z",
+         "0.08333333333333333"},
+        {"samples=2 rate=3,1", "2024-01-01T00:00:00.000000Z", "2024-01-01T00:00:00.333333Z", "3"},
+        // Leap seconds between the samples.
+        {"time=2016,366,23:59:59.0000 samples=4 rate=1,1 activity=10",
+         "2016-12-31T23:59:59.000000Z", "2017-01-01T00:00:01.000000Z", "1"},
+        {"time=2016,366,23:59:57.0000 samples=4 rate=1,1 activity=20",
+         "2016-12-31T23:59:57.000000Z", "2017-01-01T00:00:01.000000Z", "1"},
+        // The fraction is none, whatever the correction.
+        {"time=2024,001,00:00:00.10000 correction=-1", "", "", "20"},
+        {"time=2024,001,00:00:00.10001 activity=2", "", "", "20"},
+    };
+    const auto member = [](const std::string &key, const std::string &time) {
+        return '"' + key + "\":" + (time.empty() ? "null" : '"' + time + '"');
+    };
+    for (const auto &one : cases) {
+        const std::string line = lines("data b1000=11,1,9 " + one.words, "data");
+        for (const std::string &part : {member("start", one.start), member("end", one.end),
+                                        "\"sample_rate\":" + one.rate + ","})
+            EXPECT_NE(line.find(part), std::string::npos) << part << '\n' << line;
+        if (one.start.empty()) {
+            EXPECT_NE(line.find(member("record_start_time", "")), std::string::npos) << line;
+            EXPECT_NE(line.find("\"bad\":true"), std::string::npos) << line;
+        }
+    }
+}
+
 TEST(JsonLines, HaveTheDataBlockettes)
 {
     const std::string head = "data time=2024,061,00:00:00.0000 b1000=11,1,9 ";
