@@ -58,8 +58,12 @@ def section(schema):
         if name in ("time", "data_blockette", "data_blockette_unknown"):
             continue
         yield f".Ss {title(name, definition)}"
+        lines = list(rows(definition))
+        if not lines:
+            yield "The standard leaves its fields open."
+            continue
         yield ".Bl -column \"number_of_blockettes_that_follow\" \"integer or null\" -compact"
-        yield from rows(definition)
+        yield from lines
         yield ".El"
     yield END
 

@@ -77,8 +77,8 @@ Listing listing_of(const std::string &path)
                            count_blk(record.get(), type);
                            summarise(out(), handle->now);
                            out().flush();
-                           const auto at = static_cast<std::size_t>(in.totbytes - in.pbytes);
-                           read = std::max(read, at + in.cur);
+                           const std::int64_t at = in.record_begin() + in.record_read();
+                           read = std::max(read, static_cast<std::size_t>(at));
                            listing.marks.push_back(
                                {read, static_cast<std::size_t>(lseek(STDOUT_FILENO, 0, SEEK_CUR))});
                        }
