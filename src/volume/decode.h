@@ -12,16 +12,12 @@
 namespace quarl
 {
 
-/// Decodes the samples of a data record; no row has one in this tool, which lists and does not
-/// decode.
-using SampleDecoder = int (*)(const unsigned char *data, std::size_t size, void *samples);
-
 /// A known data format.
 struct SeedFormat {
     std::string_view seed; ///< name as a data format dictionary spells it
     std::string_view css;  ///< CSS 3.0 waveform data type code
     int size;              ///< bytes per sample unit
-    SampleDecoder convert = nullptr;
+    int encoding = -1;     ///< that decodes it, by the codes of Blockette 1000; -1: none
 };
 
 /// What a run remembers of the formats that it met. A row of -1 has not been asked for.

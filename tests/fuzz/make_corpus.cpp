@@ -2,6 +2,7 @@
 #include "compose/blockette_text.h"
 #include "compose/files.h"
 #include "compose/sample.h"
+#include "compose/samples.h"
 #include "support/compressed.h"
 #include "support/recipe.h"
 
@@ -97,6 +98,29 @@ void data_records(const fs::path &folder)
         put(folder / std::to_string(i), data_record_bytes(records[i], i));
 }
 
+/// Frames of both compressions with differences of all widths, and words of every other encoding;
+/// in front of each its encoding, byte order and count.
+void samples(const fs::path &folder)
+{
+    std::vector<std::int32_t> values;
+    for (int i = 0; i < 280; ++i)
+        values.push_back((i % 2 == 0 ? 1 : -1) << i / 10);
+    for (const int encoding : {0, 1, 2, 3, 4, 5, 10, 11, 12, 13, 14, 15, 16, 30, 32, 255}) {
+        const bool little = encoding % 4 == 0;
+        std::string bytes = packed({values.begin(), values.begin() + 20}, 4, little);
+        std::size_t count = 20;
+        if (encoding == 10 || encoding == 11) {
+            const SteimFrames frames =
+                steim_frames(values, {.version = encoding - 9, .little = little, .frames = 20});
+            bytes = frames.bytes;
+            count = frames.samples;
+        }
+        const std::string head = {static_cast<char>(encoding), static_cast<char>(little ? 1 : 0),
+                                  static_cast<char>(count >> 8), static_cast<char>(count)};
+        put(folder / std::to_string(encoding), head + bytes);
+    }
+}
+
 void parameter_files(const fs::path &folder)
 {
     put(folder / "aliases", "[data_type_aliases]\n\"STEIM 2\" = 'Steim2'\na.b = \"\\u0041\\n\"\n");
@@ -125,6 +149,7 @@ int main(int argc, char *argv[])
     volumes(argv[1], corpus / "whole_run");
     blockettes(corpus / "blockette");
     data_records(corpus / "data_record");
+    samples(corpus / "samples");
     parameter_files(corpus / "parameter_file");
     compressed_files(corpus / "compressed");
     return 0;
