@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <quarl/response.h>
-#include <ranges>
 #include <vector>
 
 namespace quarl::html
@@ -21,12 +20,14 @@ const Filter *filter_of(const Part &part)
 }
 
 /// All of a stage but the generic responses.
-auto filters_of(const Stage &stage)
+std::vector<const Filter *> filters_of(const Stage &stage)
 {
-    return stage.parts | std::views::transform(filter_of) |
-           std::views::filter([](const Filter *filter) {
-               return filter && !std::holds_alternative<GenericResponse>(filter->shape());
-           });
+    std::vector<const Filter *> filters;
+    for (const Part &part : stage.parts)
+        if (const Filter *filter = filter_of(part);
+            filter && !std::holds_alternative<GenericResponse>(filter->shape()))
+            filters.push_back(filter);
+    return filters;
 }
 
 bool is_equal(const Filter *a, const Filter *b) { return a == b || *a == *b; }
