@@ -84,7 +84,7 @@ public:
         if (always ? steps.owner.size() > 1 : find_in(steps, start) != nullptr)
             return false;
         elements_.push_back(element);
-        answers_[Hash()(element.code()) % answers_.size()] = Answer();
+        answers_[place_of(element.code())] = Answer();
         cover(steps, start, end, &elements_.back());
         return true;
     }
@@ -94,8 +94,7 @@ public:
     /// The element under `code` that holds at `time`, or null. Lives as long as the set.
     [[nodiscard]] const Element *find(const Code &code, double time) const
     {
-        const std::size_t hash = Hash()(code);
-        Answer &answer = answers_[hash % answers_.size()];
+        Answer &answer = answers_[place_of(code)];
         if (answer.code == code && time >= answer.from && time < answer.until)
             return answer.element;
         const auto steps = by_code_.find(code);
@@ -152,6 +151,16 @@ private:
         double until = 0.0;
         const Element *element = nullptr;
     };
+
+    /// Codes that share a place take it from each other, which costs a look-up and no more: a hash
+    /// may offer a quicker way to it that can be foreseen.
+    static std::size_t place_of(const Code &code)
+    {
+        if constexpr (requires { Hash::place(code); })
+            return Hash::place(code) % std::tuple_size_v<decltype(answers_)>;
+        else
+            return Hash()(code) % std::tuple_size_v<decltype(answers_)>;
+    }
 
     std::deque<Element> elements_; ///< addresses stay
     mutable std::array<Answer, 1024> answers_{};

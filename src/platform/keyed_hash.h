@@ -29,13 +29,13 @@ inline const HashKeys &hash_keys()
 }
 
 /// Of 16 bytes, in 32 bits: two that differ have the same with a probability of 2^-32. The sum of
-/// products alone sees to that; what follows takes codes apart that differ by equal steps.
+/// products sees to that; what follows takes codes apart that differ by equal steps.
 inline std::size_t keyed_hash(const std::array<std::uint64_t, 2> &words)
 {
     constexpr std::uint64_t Low = 0xFFFFFFFF;
     const auto &key = hash_keys().of_parts;
-    std::uint64_t hash = (key[0] + key[1] * (words[0] & Low) + key[2] * (words[0] >> 32) +
-                          key[3] * (words[1] & Low) + key[4] * (words[1] >> 32)) >>
+    std::uint64_t hash = (key[0] + (key[1] + (words[0] & Low)) * (key[2] + (words[0] >> 32)) +
+                          (key[3] + (words[1] & Low)) * (key[4] + (words[1] >> 32))) >>
                          32;
     hash = (hash ^ hash >> 16) * 0x85EBCA6B & Low;
     return hash ^ hash >> 13;

@@ -27,6 +27,12 @@ struct Codes {
 
 struct CodesHash {
     std::size_t operator()(const Codes &codes) const { return keyed_hash(codes.words); }
+    static std::size_t place(const Codes &codes)
+    {
+        constexpr std::uint64_t Odd = 0x9E3779B97F4A7C15;
+        const std::uint64_t hash = (codes.words[0] * Odd ^ codes.words[1]) * Odd;
+        return hash ^ hash >> 47;
+    }
 };
 
 /// The key of a channel; an empty channel or location code leaves its part out. The texts are
