@@ -28,8 +28,10 @@ public:
 
     Packer &number(std::int64_t value, int size)
     {
+        constexpr int Sign = 63;
         for (int i = 0; i < size; i++)
-            bytes += static_cast<char>((value >> 8 * (little_ ? i : size - 1 - i)) & 0xff);
+            bytes += static_cast<char>((value >> std::min(8 * (little_ ? i : size - 1 - i), Sign)) &
+                                       0xff);
         return *this;
     }
     Packer &text(std::string_view value, std::size_t width)

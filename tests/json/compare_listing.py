@@ -293,7 +293,8 @@ def is_listed(item):
 
 def fault(item, listing, at):
     """Where the item's piece of the listing ends, or what is wrong with it."""
-    if (item.get("actual_sample_rate") or 0) > 0:  # the listing has the other
+    actual = item.get("actual_sample_rate")
+    if isinstance(actual, (int, float)) and actual > 0:  # the listing has the other
         item = dict(item, sample_rate=float(stored_rate(item)))
     rows = statistics(item) if item["item"] == "file" else formats(item)
     if item["item"] == "file" and not item["types"]:
