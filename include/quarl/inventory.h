@@ -3,10 +3,13 @@
 //
 //     quarl::Inventory inventory;
 //     quarl::Volume volume("archive.seed");
-//     for (const quarl::Item &item : volume)
+//     for (const quarl::Item &item : volume) {
 //         inventory.add(item);
-//     for (const quarl::ChannelEpoch &epoch : inventory.channel_epochs())
-//         std::puts(inventory.channel_of(epoch).code.text().c_str());
+//         if (!item.get<quarl::FileEnd>())
+//             continue; // on a tape, another file may follow
+//         for (const quarl::ChannelEpoch &epoch : inventory.channel_epochs())
+//             std::puts(inventory.channel_of(epoch).code.text().c_str());
+//     }
 //
 // Memory goes with what the headers say and with the number of spans, not with the number of data
 // records, which may come in any order. Times are seconds since 1970-01-01 00:00 UTC.
@@ -24,7 +27,8 @@ namespace quarl
 {
 
 /// One volume, or input file, as far as its items were added. Everything stands in volume order,
-/// and nothing moves in memory while more is added.
+/// and nothing moves in memory while more is added. While nothing is, threads may look at it at the
+/// same time. One that was moved from may be added to, assigned to and destroyed.
 class Inventory
 {
 public:
@@ -33,11 +37,11 @@ public:
     Inventory &operator=(Inventory &&) noexcept;
     ~Inventory();
 
-    /// Takes what is of use from an item, whatever its type. FileEnd finishes.
+    /// Takes what is of use from an item, whatever its type. FileEnd finishes. The first item
+    /// behind that starts anew: what was there of the file before is gone.
     void add(const Item &item);
-    /// Nothing may be added afterwards. Names the units of all responses as the dictionary has them
-    /// in the end, and joins the data spans. Of no use before: `ChannelEpoch::response` and
-    /// `DataChannel::spans`.
+    /// Names the units of all responses as the dictionary has them in the end, and joins the data
+    /// spans. Of no use before: `ChannelEpoch::response` and `DataChannel::spans`.
     void finish();
 
     [[nodiscard]] const VolumeIdentifier &volume() const;
@@ -71,6 +75,8 @@ public:
 
     /// The channel of the data record that was added last; null before the first.
     [[nodiscard]] const DataChannel *data_channel() const;
+    /// The epoch that describes the channel at the start of that record; null when there is none.
+    [[nodiscard]] const ChannelEpoch *data_epoch() const;
     /// The epoch that describes a channel at a time, of those that were added; null when there is
     /// none. Subchannels count as one; a missing network code fits any.
     [[nodiscard]] const ChannelEpoch *epoch_at(const DataChannel &channel, double time) const;

@@ -129,7 +129,7 @@ void Checker::add_data(const Item &item, const blk_dh_t &header)
     const DataChannel &channel = *inventory.data_channel();
     if (!series_.is_empty())
         series_.meet(item.place().sequence_number, channel.code, end_of(header));
-    look(DataSeen{header, item.place().record, channel, inventory.epoch_at(channel, header.epoch)});
+    look(DataSeen{header, item.place().record, channel, inventory.data_epoch()});
 }
 
 std::string Checker::subject(const Item &item) const
@@ -156,7 +156,7 @@ void Checker::add_control(const Item &item)
     refers_ |= item.type() == blk_060_t::Number;
     uses_.see(item, inventory, [&] { return subject(item); });
     look(item);
-    if (item.type() == End_Of_File)
+    if (item.get<FileEnd>())
         return;
     context_->has_headers = true;
     ++context_->control_items;

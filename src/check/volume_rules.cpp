@@ -166,8 +166,7 @@ void record_type(const Context & /*context*/, const Item &item, const Report &re
 {
     const char letter = item.place().type_code;
     const char expected = is_control(item) ? letter_of(item.type()) : letter;
-    if (item.type() == End_Of_File || expected == letter ||
-        (expected == ' ' && is_header_letter(letter)))
+    if (item.get<FileEnd>() || expected == letter || (expected == ' ' && is_header_letter(letter)))
         return;
     report(item.place().record, std::string{letter, expected}, [&] {
         return Told{blockette(item.type()), "stands in a record of type " + quoted({&letter, 1}) +

@@ -1,9 +1,9 @@
 #include "inventory/data_spans.h"
 #include "inventory/dictionaries.h"
+#include "inventory/epoch_table.h"
 #include "inventory/response_parts.h"
 
 #include "blockette/msd.h"
-#include "platform/containers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,17 +23,6 @@ constexpr std::size_t None = static_cast<std::size_t>(-1);
 struct CodeHash {
     std::size_t operator()(const ChannelCode &code) const { return code.hash(); }
 };
-
-/// An epoch by the code under which data look it up.
-struct EpochSpan {
-    ChannelCode key;
-    double start = 0.0;
-    double end = 0.0;
-    const ChannelEpoch *epoch = nullptr;
-
-    [[nodiscard]] const ChannelCode &code() const { return key; }
-};
-using EpochTable = Stbl<EpochSpan, ChannelCode, CodeHash>;
 
 /// A time of half a sample, and not below what a time can tell.
 double tolerance(double rate)
@@ -83,8 +72,7 @@ struct Inventory::Work {
     std::size_t epoch = None; ///< the channel epoch that is being described
     std::size_t ended = None; ///< the one that the last item ended
     ResponseParts parts{dictionaries};
-    mutable EpochTable epoch_table;        ///< made when data ask for it
-    mutable std::size_t epochs_listed = 0; ///< those that it holds
+    EpochTable epoch_table{channels, epochs};
 
     std::vector<StationIndexEntry> station_index;
     std::vector<SpanIndexEntry> span_index;
@@ -95,13 +83,13 @@ struct Inventory::Work {
     std::deque<SpanJoiner> joiners; ///< of each data channel
     std::unordered_map<ChannelCode, std::size_t, CodeHash> data_of_code;
     std::size_t data_channel = None;
+    const ChannelEpoch *data_epoch = nullptr;
     std::int64_t timeless = 0;
 
     void add_identifier(const Item &item, const blk_010_t &blk);
     void add_station(const Item &item, const blk_050_t &blk);
     void add_channel(const Item &item, const blk_052_t &blk);
     void close_channel();
-    void list_epochs() const;
     void add_reference(const blk_060_t &blk);
     void add_indexes(const Item &item);
     void add_data(const Item &item, const blk_dh_t &header);
@@ -188,22 +176,6 @@ void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
                       .comments = {}});
 }
 
-/// Puts the epochs that came since the last time into the table.
-void Inventory::Work::list_epochs() const
-{
-    for (; epochs_listed < epochs.size(); ++epochs_listed) {
-        const ChannelEpoch &listed = epochs[epochs_listed];
-        const ChannelCode &code = channels[listed.channel].code;
-        const auto add = [&](std::string_view network) {
-            epoch_table.add({ChannelCode(network, code.station(), code.location(), code.channel()),
-                             listed.start, listed.end, &listed});
-        };
-        add(code.network());
-        if (!code.network().empty())
-            add({}); // for data without a network code
-    }
-}
-
 void Inventory::Work::add_reference(const blk_060_t &blk)
 {
     for (const blk_060_t::Stage &stage : blk.stage)
@@ -251,6 +223,7 @@ void Inventory::Work::add_data(const Item &item, const blk_dh_t &header)
     const std::int64_t record = item.place().record;
     find_data_channel(CodeAccess::code(header), record);
     DataChannel &channel = data[data_channel];
+    data_epoch = epoch_table.find(channel.code, header.epoch);
     ++channel.records;
     channel.samples += header.nsamps;
     const DataRefinement more = item.data_blockettes().refinement();
@@ -304,10 +277,12 @@ Inventory::~Inventory() = default;
 
 void Inventory::add(const Item &item)
 {
+    if (!work_ || work_->finished)
+        work_ = std::make_unique<Work>();
     work_->ended = None;
     if (const auto *header = item.get<blk_dh_t>())
         work_->add_data(item, *header);
-    else if (item.type() == End_Of_File)
+    else if (item.get<FileEnd>()) // a control blockette may declare its type
         finish();
     else
         work_->add_control(item);
@@ -382,19 +357,11 @@ const DataChannel *Inventory::data_channel() const
     return work_->data_channel == None ? nullptr : &work_->data[work_->data_channel];
 }
 
+const ChannelEpoch *Inventory::data_epoch() const { return work_->data_epoch; }
+
 const ChannelEpoch *Inventory::epoch_at(const DataChannel &channel, double time) const
 {
-    if (work_->epochs.empty())
-        return nullptr;
-    work_->list_epochs();
-    if (const EpochSpan *found = work_->epoch_table.find(channel.code, time))
-        return found->epoch;
-    const ChannelCode &code = channel.code;
-    const EpochSpan *any = work_->epoch_table.find(
-        ChannelCode({}, code.station(), code.location(), code.channel()), time);
-    return any && (code.network().empty() || channel_of(*any->epoch).code.network().empty())
-               ? any->epoch
-               : nullptr;
+    return std::as_const(work_->epoch_table).find(channel.code, time);
 }
 
 std::int64_t Inventory::timeless_records() const { return work_->timeless; }

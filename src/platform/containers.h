@@ -91,8 +91,9 @@ public:
 
     [[nodiscard]] bool is_empty() const { return elements_.empty(); }
 
-    /// The element under `code` that holds at `time`, or null. Lives as long as the set.
-    [[nodiscard]] const Element *find(const Code &code, double time) const
+    /// The element under `code` that holds at `time`, or null. Lives as long as the set. A set that
+    /// is not const remembers the step for the next time.
+    [[nodiscard]] const Element *find(const Code &code, double time)
     {
         Answer &answer = answers_[place_of(code)];
         if (answer.code == code && time >= answer.from && time < answer.until)
@@ -105,6 +106,11 @@ public:
                   next == steps->second.owner.end() ? Infinity : next->first,
                   std::prev(next)->second};
         return answer.element;
+    }
+    [[nodiscard]] const Element *find(const Code &code, double time) const
+    {
+        const auto steps = by_code_.find(code);
+        return steps == by_code_.end() ? nullptr : find_in(steps->second, time);
     }
 
 private:
@@ -163,7 +169,7 @@ private:
     }
 
     std::deque<Element> elements_; ///< addresses stay
-    mutable std::array<Answer, 1024> answers_{};
+    std::array<Answer, 1024> answers_{};
     std::unordered_map<Code, Steps, Hash> by_code_;
 };
 
