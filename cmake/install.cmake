@@ -40,8 +40,8 @@ install(EXPORT quarl_targets NAMESPACE quarl:: FILE quarl-config.cmake DESTINATI
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/quarl-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/quarl-config-version.cmake DESTINATION ${config_dir})
-install(DIRECTORY include/quarl DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-        FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY include/quarl ${CMAKE_BINARY_DIR}/include/quarl
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 # The prefix is taken from where the file lies, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/quarl.pc.in ${CMAKE_BINARY_DIR}/quarl.pc @ONLY)

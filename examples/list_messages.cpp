@@ -1,11 +1,10 @@
-// Prints what is reported of SEED volumes as tab-separated values: volume, byte, kind, text. A
-// volume whose reading cannot go on does not end the program.
+// Prints what is reported of SEED volumes as tab-separated values: volume, byte, severity, kind,
+// text. A volume whose reading cannot go on does not end the program.
 #include <quarl/volume.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
-#include <string_view>
 
 namespace
 {
@@ -13,9 +12,10 @@ namespace
 void print(const char *path, const std::string &byte, quarl::MessageKind kind, std::string text)
 {
     std::replace(text.begin(), text.end(), '\n', ' ');
-    const std::string_view name = quarl::name_of(kind);
-    std::printf("%s\t%s\t%.*s\t%s\n", path, byte.c_str(), static_cast<int>(name.size()),
-                name.data(), text.c_str());
+    const std::string name(quarl::name_of(kind));
+    const std::string severity(quarl::name_of(quarl::severity_of(kind)));
+    std::printf("%s\t%s\t%s\t%s\t%s\n", path, byte.c_str(), severity.c_str(), name.c_str(),
+                text.c_str());
 }
 
 /// False when the volume could not be read to its end.

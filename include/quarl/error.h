@@ -52,6 +52,19 @@ enum class MessageKind {
     usage,
 };
 
+/// How much a message matters to who relies on what was read.
+enum class MessageSeverity {
+    remark,  ///< nothing is lost: unusual, not described, not known to the library, or asked for
+    damage,  ///< the volume contradicts the standard or itself; what the message is about may be
+             ///< missing or wrong, what follows is read
+    failure, ///< the reading, or what it needs besides the volume, did not begin or has ended
+};
+
+/// Each kind has one severity.
+MessageSeverity severity_of(MessageKind kind);
+/// "remark", "damage" or "failure"; lives for ever.
+std::string_view name_of(MessageSeverity severity);
+
 /// The kind as a word of small letters and "-", such as "input-cut"; lives for ever.
 std::string_view name_of(MessageKind kind);
 
@@ -73,6 +86,8 @@ struct Message {
     int error = 0;           ///< errno behind the reason; 0: none
     Place place;             ///< where the reading stands
     const Item *item;        ///< what it is about, as far as it is read; null: no item
+
+    [[nodiscard]] MessageSeverity severity() const { return severity_of(kind); }
 };
 
 /// "TEXT" or "TEXT: REASON".

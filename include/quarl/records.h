@@ -1057,7 +1057,7 @@ struct alignas(64) blk_dh_t : record_t {
     int hour = 0;
     int minutes = 0;
     int sec_int = 0;
-    int sec_frac = 0; ///< 0.0001 s; after fixup_dh with the time correction still to be applied
+    int sec_frac = 0; ///< 0.0001 s, a time correction that was still to be applied included
     int length = 0;   ///< record length in bytes
     int nsamps = 0;
     int rate_f = 0;   ///< sample rate factor
@@ -1070,8 +1070,8 @@ struct alignas(64) blk_dh_t : record_t {
     int beg_data = 0; ///< beginning of data, bytes from the record's start
     int beg_blks = 0; ///< first blockette, bytes from the record's start
     const char *data =
-        nullptr; ///< first data byte (null outside the record); until the next read_blk
-    const char *raw = nullptr;          ///< the record from its byte 0; until the next read_blk
+        nullptr; ///< first data byte (null outside the record); until the next item is asked for
+    const char *raw = nullptr;          ///< the record from its byte 0; until the next item
     double samp_rate = 0.0;             ///< samples per second
     int byteswap = 0;                   ///< -1: every multi-byte field was byte-swapped
     int encoding = -1;                  ///< encoding format code of Blockette 1000; -1 without one
@@ -1079,7 +1079,7 @@ struct alignas(64) blk_dh_t : record_t {
     char format[Format_Name_Size] = ""; ///< data format name, empty when unknown
     int seq_num = 0;
     int sub_seq_num = 0;          ///< position within the logical records of that sequence number
-    int type = 0;                 ///< row of seed_formats, 0 when the format is unknown
+    int type = 0;                 ///< number of the format among those known; 0: unknown
     char quality_indicator = ' '; ///< D, R, Q or M: the type code of its logical record
     int word_order = -1;          ///< word order of Blockette 1000; -1 without one
 

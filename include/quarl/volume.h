@@ -31,7 +31,8 @@ struct Progress {
 
 /// A volume: the input files behind one path, one after the other (a disk file is one, a tape may
 /// hold many). It owns all state of the reading, so volumes can be read in turns, and in several
-/// threads when each is used by one at a time.
+/// threads when each is used by one at a time. One that was moved from is at its end: next() gives
+/// null, progress() zeros, text() null.
 class Volume
 {
 public:

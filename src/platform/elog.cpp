@@ -11,44 +11,51 @@ namespace quarl
 namespace
 {
 
-using namespace std::string_view_literals;
+struct Kind {
+    std::string_view name;
+    MessageSeverity severity;
+};
+
+using enum MessageSeverity;
 
 /// In the order of MessageKind.
-constexpr std::array Names = {
-    "input-not-opened"sv,
-    "input-read-error"sv,
-    "input-cut"sv,
-    "item-cut"sv,
-    "bad-sequence-number"sv,
-    "item-too-large"sv,
-    "blockette-too-small"sv,
-    "blockette-unknown"sv,
-    "blockette-bad"sv,
-    "bad-integer"sv,
-    "bad-real"sv,
-    "text-too-long"sv,
-    "negative-count"sv,
-    "list-abandoned"sv,
-    "too-many-segments"sv,
-    "record-length-illegal"sv,
-    "record-length-unusual"sv,
-    "orientation-unknown"sv,
-    "format-code-repeated"sv,
-    "format-code-redefined"sv,
-    "format-code-undefined"sv,
-    "formats-differ"sv,
-    "record-lengths-differ"sv,
-    "format-not-in-database"sv,
-    "database-not-opened"sv,
-    "database-not-read"sv,
-    "parameter-file"sv,
-    "output-failed"sv,
-    "out-of-memory"sv,
-    "interrupted"sv,
-    "progress"sv,
-    "usage"sv,
+constexpr std::array Kinds = {
+    Kind{"input-not-opened", failure},
+    Kind{"input-read-error", failure},
+    Kind{"input-cut", damage},
+    Kind{"item-cut", damage},
+    Kind{"bad-sequence-number", damage},
+    Kind{"item-too-large", failure},
+    Kind{"blockette-too-small", damage},
+    Kind{"blockette-unknown", remark},
+    Kind{"blockette-bad", damage},
+    Kind{"bad-integer", damage},
+    Kind{"bad-real", damage},
+    Kind{"text-too-long", damage},
+    Kind{"negative-count", damage},
+    Kind{"list-abandoned", damage},
+    Kind{"too-many-segments", failure},
+    Kind{"record-length-illegal", damage},
+    Kind{"record-length-unusual", remark},
+    Kind{"orientation-unknown", remark},
+    Kind{"format-code-repeated", remark},
+    Kind{"format-code-redefined", damage},
+    Kind{"format-code-undefined", damage},
+    Kind{"formats-differ", damage},
+    Kind{"record-lengths-differ", damage},
+    Kind{"format-not-in-database", remark},
+    Kind{"database-not-opened", failure},
+    Kind{"database-not-read", failure},
+    Kind{"parameter-file", failure},
+    Kind{"output-failed", failure},
+    Kind{"out-of-memory", failure},
+    Kind{"interrupted", remark},
+    Kind{"progress", remark},
+    Kind{"usage", failure},
 };
-static_assert(Names.size() == static_cast<std::size_t>(MessageKind::usage) + 1);
+static_assert(Kinds.size() == static_cast<std::size_t>(MessageKind::usage) + 1);
+
+const Kind &row_of(MessageKind kind) { return Kinds[static_cast<std::size_t>(kind)]; }
 
 /// Hears messages where nobody else does.
 class StderrHost : public Host
@@ -79,7 +86,22 @@ Message message_of(MessageKind kind, std::string_view text, std::string_view wor
 
 } // namespace
 
-std::string_view name_of(MessageKind kind) { return Names[static_cast<std::size_t>(kind)]; }
+std::string_view name_of(MessageKind kind) { return row_of(kind).name; }
+
+MessageSeverity severity_of(MessageKind kind) { return row_of(kind).severity; }
+
+std::string_view name_of(MessageSeverity severity)
+{
+    switch (severity) {
+    case remark:
+        return "remark";
+    case damage:
+        return "damage";
+    case failure:
+        break;
+    }
+    return "failure";
+}
 
 std::string full_text(const Message &message)
 {

@@ -2,6 +2,8 @@
 
 #include "platform/text.h"
 
+#include <quarl/version.h>
+
 namespace quarl
 {
 
@@ -9,8 +11,7 @@ void banner(Console *console)
 {
     console->out().flush();
     print<"%s %s - lists what a SEED volume holds: every header blockette and data record, with "
-          "statistics\n">(console->err(), base_name(console->Program_Name),
-                          std::string_view(QUARL_VERSION));
+          "statistics\n">(console->err(), base_name(console->Program_Name), version());
     console->err().flush();
 }
 

@@ -2,6 +2,8 @@
 
 #include "platform/text.h"
 
+#include <quarl/version.h>
+
 namespace quarl
 {
 
@@ -32,7 +34,7 @@ Answer take_option(int option, int argc, char *argv[], const CommandLine &line)
     case 'h':
         return {std::string(line.help), {}};
     case 'V':
-        return {formatted<"%s %s\n">(line.program, std::string_view(QUARL_VERSION)), {}};
+        return {formatted<"%s %s\n">(line.program, version()), {}};
     case ':':
         return {{}, refused_option(argc, argv) + " needs a value"};
     case '?':

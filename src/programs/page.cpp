@@ -7,6 +7,7 @@
 #include "programs/progress.h"
 
 #include <memory>
+#include <quarl/version.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>

@@ -184,6 +184,8 @@ Volume::~Volume() = default;
 
 const Item *Volume::next()
 try {
+    if (!state_)
+        return nullptr;
     if (state_->failure)
         throw Error(*state_->failure);
     if (Current<Run>::find() == &state_->run)
@@ -202,6 +204,8 @@ try {
 
 Progress Volume::progress() const
 {
+    if (!state_)
+        return {};
     const SeedInput &in = *state_->handle->logical;
     const Stored stored = in.stream->stored();
     return {state_->run.Tapefile, in.totbytes(), stored.read, stored.size};
@@ -209,6 +213,8 @@ Progress Volume::progress() const
 
 const std::string *Volume::text(Dictionary dictionary, int code) const
 {
+    if (!state_)
+        return nullptr;
     switch (dictionary) {
     case Dictionary::data_formats:
         return gettbl(state_->handle->fmt_list, code);

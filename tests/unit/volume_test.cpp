@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <quarl/volume.h>
+#include <set>
 #include <sys/socket.h>
 #include <thread>
 
@@ -146,6 +147,55 @@ data sta=QRL2 loc= chan=BHZ net=XX time=2024,061,00:00:10.0000 b1000=11,1,8 leng
         return reader.seen;
     }
 };
+
+TEST_F(TwoVolumes, MovedFromIsAtItsEnd)
+{
+    Volume first(a_, quiet());
+    ASSERT_NE(first.next(), nullptr);
+    Volume second = std::move(first);
+    EXPECT_EQ(first.next(), nullptr); // NOLINT(bugprone-use-after-move): what it is about
+    EXPECT_EQ(first.progress().bytes, 0);
+    EXPECT_EQ(first.text(Dictionary::units, 1), nullptr);
+    for (const Item &item : first)
+        ADD_FAILURE() << item.type();
+    ASSERT_NE(second.next(), nullptr);
+    first = std::move(second);
+    EXPECT_NE(first.next(), nullptr);
+}
+
+/// The kinds and severities of all messages about a volume, each once.
+std::set<std::string> severities(const std::string &path)
+{
+    std::set<std::string> seen;
+    VolumeOptions options;
+    options.message = [&seen](const Message &message) {
+        seen.insert(std::string(name_of(message.kind)) + ' ' +
+                    std::string(name_of(message.severity())));
+    };
+    Volume volume(path, options);
+    for ([[maybe_unused]] const Item &item : volume) {
+    }
+    return seen;
+}
+
+TEST(Messages, HaveTheSeverityOfWhatIsLost)
+{
+    const auto channel = [](const char *length) {
+        return parse_recipe("records 512\nheader S\n"
+                            "050 QRL\\s\\s| 10.000000| +20.000000|  100.0|0001|000|B~001|3210|10|"
+                            "2020,001~~N|XX\n"
+                            "052 \\s\\s|BHZ|0000|002|~001|002| 10.000000| +20.000000|  100.0|"
+                            "000.0|000.0|-90.0|0001|" +
+                            std::string(length) + "|2.0000E+01|0.0000E+00|0000|CG~2020,001~~N\n")
+            .volume();
+    };
+    EXPECT_TRUE(severities(TempFile("v.", channel("09"))).contains("record-length-unusual remark"));
+    EXPECT_TRUE(severities(TempFile("v.", channel("99"))).contains("record-length-illegal damage"));
+    EXPECT_TRUE(severities(TempFile("v.", channel("x9"))).contains("bad-integer damage"));
+    EXPECT_TRUE(
+        severities(TempFile("v.", channel("12").substr(0, 300))).contains("input-cut damage"));
+    EXPECT_EQ(severity_of(MessageKind::input_not_opened), MessageSeverity::failure);
+}
 
 TEST_F(TwoVolumes, OneAfterTheOtherAndInTurns)
 {
