@@ -6,17 +6,16 @@ set(dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libquarl-dev)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
-install(TARGETS quarl quarl_json quarl_check quarl_html RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS ${QUARL_TARGETS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES etc/quarl.pf ${CMAKE_BINARY_DIR}/share/quarl/quarl.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
-install(FILES doc/quarl.1 doc/quarl-json.1 doc/quarl-check.1 doc/quarl-html.1
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
-foreach(program quarl quarl-json quarl-check quarl-html)
+foreach(program ${QUARL_PROGRAMS})
+  install(FILES doc/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES completion/${program}.bash RENAME ${program}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endforeach()
@@ -27,11 +26,10 @@ install(CODE "
   if(CMAKE_INSTALL_PREFIX MATCHES \"/usr/?$\")
     set(directory vendor-completions)
   endif()
-  file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_quarl\"
-               \"${CMAKE_SOURCE_DIR}/completion/_quarl-json\"
-       \"${CMAKE_SOURCE_DIR}/completion/_quarl-check\"
-       \"${CMAKE_SOURCE_DIR}/completion/_quarl-html\"
-       DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")")
+  foreach(program ${QUARL_PROGRAMS})
+    file(INSTALL \"${CMAKE_SOURCE_DIR}/completion/_\${program}\"
+         DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${zsh_dir}/\${directory}\")
+  endforeach()")
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(TARGETS quarl_lib EXPORT quarl_targets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})

@@ -27,6 +27,10 @@ has_files() {
     done
 }
 
+# All programs, quarl first, and the manual of each.
+read -ra programs <<<"$(sed -n 's/^set(QUARL_PROGRAMS \(.*\))$/\1/p' "$source_dir/cmake/programs.cmake")"
+pages=("${programs[@]/%/.1}")
+
 sample=$source_dir/examples/sample.seed
 expected=$("$build_dir/bin/quarl" "$sample" 2>&1)
 
