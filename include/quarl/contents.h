@@ -36,7 +36,7 @@ public:
     std::strong_ordering operator<=>(const ChannelCode &) const = default;
 
 private:
-    friend struct CodeAccess;
+    friend ChannelCode code_of(const blk_dh_t &header);
     template <std::size_t At, std::size_t Size> [[nodiscard]] std::string_view part() const
     {
         std::size_t size = 0;
@@ -48,6 +48,9 @@ private:
     std::array<char, 12> letters_{}; ///< NULs behind each code
     int subchannel_ = 0;
 };
+
+/// The codes of a data record.
+ChannelCode code_of(const blk_dh_t &header);
 
 /// An entry of a dictionary.
 struct DictionaryEntry {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <quarl/contents.h>
+#include <quarl/records.h>
 
 namespace quarl
 {
@@ -24,6 +25,17 @@ ChannelCode::ChannelCode(std::string_view network, std::string_view station,
     put(&letters_[2], station, 5);
     put(&letters_[7], location, 2);
     put(&letters_[9], channel, 3);
+}
+
+/// The texts of data records have no blanks behind them, and are zero there.
+ChannelCode code_of(const blk_dh_t &header)
+{
+    ChannelCode code;
+    std::memcpy(&code.letters_[0], header.network_code, 2);
+    std::memcpy(&code.letters_[2], header.stn_id, 5);
+    std::memcpy(&code.letters_[7], header.loc_id, 2);
+    std::memcpy(&code.letters_[9], header.chan_id, 3);
+    return code;
 }
 
 std::string ChannelCode::text() const

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <quarl/inventory.h>
 #include <unordered_map>
 #include <utility>
@@ -45,19 +44,6 @@ double end_of(std::string_view text)
 }
 
 } // namespace
-
-/// Codes of a data record, whose texts are zero behind their ends.
-struct CodeAccess {
-    static ChannelCode code(const blk_dh_t &header)
-    {
-        ChannelCode code;
-        std::memcpy(&code.letters_[0], header.network_code, 2);
-        std::memcpy(&code.letters_[2], header.stn_id, 5);
-        std::memcpy(&code.letters_[7], header.loc_id, 2);
-        std::memcpy(&code.letters_[9], header.chan_id, 3);
-        return code;
-    }
-};
 
 struct Inventory::Work {
     VolumeIdentifier volume;
@@ -221,7 +207,7 @@ void Inventory::Work::find_data_channel(const ChannelCode &code, std::int64_t re
 void Inventory::Work::add_data(const Item &item, const blk_dh_t &header)
 {
     const std::int64_t record = item.place().record;
-    find_data_channel(CodeAccess::code(header), record);
+    find_data_channel(code_of(header), record);
     DataChannel &channel = data[data_channel];
     data_epoch = epoch_table.find(channel.code, header.epoch);
     ++channel.records;

@@ -58,6 +58,21 @@ Date date_of(int year, int day_of_year)
     return {year, 3 + months, from_march - (153 * months + 2) / 5 + 1};
 }
 
+int day_of_year(const Date &date)
+{
+    if (date.month < 1 || date.month > 12 || date.day < 1 || date.day > 31)
+        return 0;
+    // The cycle of leap years is shorter than what std::chrono's years reach.
+    const std::chrono::year year(static_cast<int>(date.year % Cycle_Years));
+    const std::chrono::year_month_day day(year,
+                                          std::chrono::month(static_cast<unsigned>(date.month)),
+                                          std::chrono::day(static_cast<unsigned>(date.day)));
+    if (!day.ok())
+        return 0;
+    const std::chrono::sys_days first = year / std::chrono::January / 1;
+    return static_cast<int>((std::chrono::sys_days(day) - first).count()) + 1;
+}
+
 int days_in_year(int year)
 {
     return std::chrono::year(static_cast<int>(year % Cycle_Years)).is_leap() ? 366 : 365;

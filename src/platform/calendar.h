@@ -28,6 +28,9 @@ Date date_of(std::int64_t days);
 /// A day of a year, which has to exist: 1 to 366.
 Date date_of(int year, int day_of_year);
 
+/// The day of the year, from 1 on; 0 for a date that the calendar does not have.
+int day_of_year(const Date &date);
+
 int days_in_year(int year);
 
 /// Whether the calendar has it: a year that texts can tell, and maybe second 60, since a leap
