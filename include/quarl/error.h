@@ -1,6 +1,8 @@
 // What reading a volume has to say: messages, which it survives, and the error that ends it.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -99,17 +101,31 @@ std::string full_text(const Message &message);
 class Error : public std::runtime_error
 {
 public:
-    Error(MessageKind kind, const std::string &text, int error = 0)
-        : std::runtime_error(text), kind_(kind), error_(error)
+    Error(MessageKind kind, const std::string &text, int error = 0) : Error(kind, text, {}, error)
+    {
+    }
+    /// With `reason` behind the text, as in a message.
+    Error(MessageKind kind, const std::string &text, std::string_view reason, int error)
+        : std::runtime_error(reason.empty() ? text : text + ": " + std::string(reason)),
+          kind_(kind), text_size_(text.size()), error_(error)
     {
     }
 
     [[nodiscard]] MessageKind kind() const noexcept { return kind_; }
+    /// The two parts of `what()`; the reason is empty when there is none. They live as long as
+    /// this.
+    [[nodiscard]] std::string_view text() const noexcept { return {what(), text_size_}; }
+    [[nodiscard]] std::string_view reason() const noexcept
+    {
+        const std::string_view all = what();
+        return all.substr(std::min(text_size_ + 2, all.size()));
+    }
     /// errno behind it; 0: none.
     [[nodiscard]] int error() const noexcept { return error_; }
 
 private:
     MessageKind kind_;
+    std::size_t text_size_;
     int error_;
 };
 

@@ -1,6 +1,8 @@
 // How values are put in findings, and what several rules ask about channels.
 #include "check/rule.h"
 
+#include "platform/escaped.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -29,17 +31,7 @@ std::string shown_time(double time)
     return time >= Forever ? "no end" : "no start";
 }
 
-std::string quoted(std::string_view text)
-{
-    std::string all = "'";
-    for (const char c : text) {
-        if (c >= ' ' && c <= '~')
-            all += c;
-        else
-            all += formatted<"\\x%02x">(static_cast<int>(static_cast<unsigned char>(c)));
-    }
-    return all + "'";
-}
+std::string quoted(std::string_view text) { return "'" + escaped_in_ascii(text) + "'"; }
 
 std::string subject_of(const Inventory &inventory, const ChannelEpoch &epoch)
 {

@@ -152,7 +152,7 @@ void Elog::fail(MessageKind kind, bool flag, int error)
 {
     const std::string words = flag ? elog_take_reason() : std::string();
     const Message message = message_of(kind, host().text_.text(), words, flag ? error : 0);
-    throw Error(kind, full_text(message), message.error);
+    throw Error(kind, std::string(message.text), message.reason, message.error);
 }
 
 } // namespace quarl

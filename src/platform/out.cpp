@@ -63,7 +63,12 @@ void Out::flush()
 {
     const std::size_t size = used_;
     used_ = 0;
-    if (write_all(fd_, buffer_.get(), size) || (fd_ == STDERR_FILENO && errno != EPIPE))
+    deliver({buffer_.get(), size});
+}
+
+void Out::deliver(std::string_view bytes)
+{
+    if (write_all(fd_, bytes.data(), bytes.size()) || (fd_ == STDERR_FILENO && errno != EPIPE))
         return;
     const int error = errno;
     throw Error(MessageKind::output_failed,

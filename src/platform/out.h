@@ -19,6 +19,7 @@ public:
     explicit Out(int fd) : fd_(fd) {}
     Out(const Out &) = delete;
     Out &operator=(const Out &) = delete;
+    virtual ~Out() = default;
 
     /// Room for `size` bytes (at most Capacity) that the caller fills and then claims with
     /// `commit`.
@@ -47,6 +48,9 @@ public:
     [[nodiscard]] std::size_t size() const { return used_; }
 
 private:
+    /// Takes the bytes that leave.
+    virtual void deliver(std::string_view bytes);
+
     int fd_;
     std::size_t used_ = 0;
     std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(Capacity);

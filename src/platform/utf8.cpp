@@ -45,19 +45,27 @@ bool shows(std::uint32_t character, std::size_t size)
 
 } // namespace
 
+std::size_t plain_character(std::string_view bytes)
+{
+    if (bytes.empty())
+        return 0;
+    auto [size, character] = lead_of(static_cast<unsigned char>(bytes[0]));
+    if (size > bytes.size())
+        return 0;
+    for (std::size_t i = 1; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        if ((byte & 0xC0) != 0x80)
+            return 0;
+        character = character << 6 | (byte & 0x3FU);
+    }
+    return size > 0 && shows(character, size) ? size : 0;
+}
+
 bool is_plain_utf8(std::string_view bytes)
 {
     while (!bytes.empty()) {
-        auto [size, character] = lead_of(static_cast<unsigned char>(bytes[0]));
-        if (size == 0 || size > bytes.size())
-            return false;
-        for (std::size_t i = 1; i < size; ++i) {
-            const auto byte = static_cast<unsigned char>(bytes[i]);
-            if ((byte & 0xC0) != 0x80)
-                return false;
-            character = character << 6 | (byte & 0x3FU);
-        }
-        if (!shows(character, size))
+        const std::size_t size = plain_character(bytes);
+        if (size == 0)
             return false;
         bytes.remove_prefix(size);
     }

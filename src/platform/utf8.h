@@ -1,10 +1,15 @@
 // Names that users give: UTF-8, as far as they are.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace quarl
 {
+
+/// Bytes of the UTF-8 character that `bytes` begin with; 0 when there is none, or one that does not
+/// show.
+std::size_t plain_character(std::string_view bytes);
 
 /// Whether `bytes` are UTF-8 without control characters and others that do not show.
 bool is_plain_utf8(std::string_view bytes);

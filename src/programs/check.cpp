@@ -1,12 +1,11 @@
 #include "programs/check.h"
 
-#include "platform/format.h"
+#include "platform/escaped.h"
 #include "platform/json_text.h"
 #include "platform/utf8.h"
 #include "programs/checked.h"
 #include "programs/progress.h"
 
-#include <algorithm>
 #include <memory>
 #include <new>
 #include <quarl/volume.h>
@@ -18,28 +17,13 @@ namespace quarl
 namespace
 {
 
-/// A volume's texts may hold anything: a finding stays on its line, and in ASCII.
-std::string printable(std::string_view text)
-{
-    const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
-    std::string all;
-    if (std::all_of(text.begin(), text.end(), is_plain))
-        return all.append(text);
-    for (const char c : text) {
-        if (is_plain(c))
-            all += c;
-        else
-            all += formatted<"\\x%02x">(static_cast<int>(static_cast<unsigned char>(c)));
-    }
-    return all;
-}
-
+/// A volume's texts may hold anything: a finding stays on its line, and beside its path in ASCII.
 std::string line_of(const std::string &path, const Finding &finding)
 {
     const Rule &rule = all_rules()[finding.rule];
-    return path + ":" + std::to_string(finding.record) + ": " +
-           std::string(name_of(rule.severity)) + ": " + printable(finding.told.subject) + ": " +
-           printable(text_of(finding)) + " [" + std::string(rule.name) + "]\n";
+    return escaped(path) + ":" + std::to_string(finding.record) + ": " +
+           std::string(name_of(rule.severity)) + ": " + escaped_in_ascii(finding.told.subject) +
+           ": " + escaped_in_ascii(text_of(finding)) + " [" + std::string(rule.name) + "]\n";
 }
 
 std::string json_of(const std::string &path, const Finding &finding)

@@ -42,7 +42,8 @@ VolumeOptions checked_options(Console *console, Checker *checker, const std::str
 
 void say_unread(Console *console, const std::string &path, const Error &error)
 {
-    console->say({error.kind(), path + ": " + error.what(), {}, 0, {}, nullptr});
+    const std::string text = path + ": " + std::string(error.text());
+    console->say({error.kind(), text, error.reason(), error.error(), {}, nullptr});
 }
 
 } // namespace quarl

@@ -1,5 +1,6 @@
 #include "programs/console.h"
 
+#include "platform/escaped.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -41,12 +42,34 @@ std::size_t terminal_width()
     return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
+constexpr std::string_view Of_Lines = "\n\t";
+
+/// Messages of more than one line.
+bool has_lines(MessageKind kind)
+{
+    return kind == MessageKind::formats_differ || kind == MessageKind::out_of_memory;
+}
+
+/// Lines for another stream, with what they show escaped.
+class EscapedOut : public Out
+{
+public:
+    explicit EscapedOut(Out *to) : Out(STDERR_FILENO), to_(to) {}
+
+private:
+    void deliver(std::string_view bytes) override { to_->write(escaped(bytes, Of_Lines)); }
+
+    Out *to_;
+};
+
 } // namespace
 
-Console::Console(std::string program)
-    : Program_Name(std::move(program)), prefix_(std::string(base_name(Program_Name)) + ": "),
-      out_(STDOUT_FILENO), err_(STDERR_FILENO)
+Console::Console(std::string program, MessageTexts texts)
+    : Program_Name(std::move(program)), texts_(texts),
+      prefix_(std::string(base_name(Program_Name)) + ": "), out_(STDOUT_FILENO), err_(STDERR_FILENO)
 {
+    if (texts_ == MessageTexts::escaped)
+        prefix_ = escaped(prefix_);
     const bool one_file = same_file(STDOUT_FILENO, STDERR_FILENO);
     messages_ = one_file ? &out_ : &err_;
     const bool terminal = isatty(STDERR_FILENO) != 0;
@@ -60,17 +83,37 @@ void Console::say(const Message &message)
         elog_clear_register();
         wipe_status(); // there is none where messages are held
     }
-    if (message.reason.empty() && prefix_.size() + message.text.size() < Usual_Message) {
-        char *to = messages_->reserve(Usual_Message);
-        to = std::copy(prefix_.begin(), prefix_.end(), to);
-        to = std::copy(message.text.begin(), message.text.end(), to);
-        *to++ = '\n';
-        messages_->commit(to);
-    } else {
-        messages_->write(prefix_ + full_text(message) + "\n");
-    }
+    if (texts_ == MessageTexts::raw)
+        write_message(message.text, message.reason);
+    else
+        write_message(escaped(message.text, has_lines(message.kind) ? Of_Lines : ""),
+                      escaped(message.reason, Of_Lines)); // a server's may have some
     if (!holds_)
         messages_->flush();
+}
+
+void Console::write_message(std::string_view text, std::string_view reason)
+{
+    const std::string_view colon = reason.empty() ? "" : ": ";
+    const std::size_t size = prefix_.size() + text.size() + colon.size() + reason.size() + 1;
+    if (size > Usual_Message) {
+        messages_->write(std::string(prefix_).append(text).append(colon).append(reason) + "\n");
+        return;
+    }
+    char *to = messages_->reserve(Usual_Message);
+    for (const std::string_view part : {std::string_view(prefix_), text, colon, reason})
+        to = std::copy(part.begin(), part.end(), to);
+    *to++ = '\n';
+    messages_->commit(to);
+}
+
+void Console::say_lines(const std::function<void(Out &)> &write)
+{
+    if (texts_ == MessageTexts::raw)
+        return write(*messages_);
+    EscapedOut lines(messages_);
+    write(lines);
+    lines.flush();
 }
 
 void Console::show_status(std::string_view text)

@@ -9,18 +9,23 @@
 #include "platform/elog.h"
 #include "platform/out.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace quarl
 {
 
+/// How messages show texts of volumes and of users: as they are, or with what would command a
+/// terminal escaped.
+enum class MessageTexts { raw, escaped };
+
 /// Standard output and standard error of the program, and who hears its messages.
 class Console : public Host
 {
 public:
     /// `program` is argv[0]. Finds out where the two descriptors lead.
-    explicit Console(std::string program);
+    explicit Console(std::string program, MessageTexts texts = MessageTexts::escaped);
 
     /// argv[0]; messages show its base name.
     const std::string Program_Name;
@@ -34,6 +39,8 @@ public:
     void say(const Message &message);
     void hear(Message &message) override { say(message); }
     void before_wait() override { elog_clear_register(); }
+    /// Writes lines that belong to the message before them.
+    void say_lines(const std::function<void(Out &)> &write);
 
     /// Writes out whatever is held: the listing first, then the messages.
     void elog_clear_register();
@@ -46,10 +53,11 @@ public:
 
     /// From now on messages have a stream of their own: the listing's has failed.
     void message_goes_to_stderr() { messages_ = &err_; }
-    /// Where messages are held: for a listing that belongs to one.
-    Out &message_stream() { return *messages_; }
 
 private:
+    void write_message(std::string_view text, std::string_view reason);
+
+    MessageTexts texts_;
     std::string prefix_; ///< of every message
     Out out_;
     Out err_;

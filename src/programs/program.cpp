@@ -35,7 +35,7 @@ int fail(Console *console, const Error &error)
             return Reader_Gone;
         }
     }
-    console->say({error.kind(), error.what(), {}, 0, {}, nullptr});
+    console->say({error.kind(), error.text(), error.reason(), error.error(), {}, nullptr});
     console->elog_clear_register();
     return 1;
 }
@@ -59,12 +59,13 @@ try {
     return Reader_Gone;
 }
 
-int run_program(int argc, char *argv[], const std::function<int(Console *)> &work)
+int run_program(int argc, char *argv[], const std::function<int(Console *)> &work,
+                MessageTexts texts)
 {
     std::signal(SIGPIPE, SIG_IGN); // the write that fails ends the run
     keep_standard_descriptors();
     // Not on the stack, which cannot grow where memory is limited.
-    const auto console = std::make_unique<Console>(argc > 0 ? argv[0] : "quarl");
+    const auto console = std::make_unique<Console>(argc > 0 ? argv[0] : "quarl", texts);
     catch_reports();
     const int status = run_guarded(console.get(), [&] { return work(console.get()); });
     if (const int signal = ending_signal())

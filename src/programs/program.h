@@ -20,6 +20,7 @@ int run_guarded(Console *console, const std::function<int()> &work);
 /// Runs `work` with a console of its own and returns the status of the process: that of `work`, or
 /// 1 with a message when an Error or a lack of memory ended it. When the reader of the output has
 /// gone, or a signal ended the run, the process ends by that signal.
-int run_program(int argc, char *argv[], const std::function<int(Console *)> &work);
+int run_program(int argc, char *argv[], const std::function<int(Console *)> &work,
+                MessageTexts texts = MessageTexts::escaped);
 
 } // namespace quarl

@@ -77,5 +77,6 @@ int list_volume(Console *console, int argc, char *argv[])
 int main(int argc, char *argv[])
 {
     return quarl::run_program(
-        argc, argv, [&](quarl::Console *console) { return list_volume(console, argc, argv); });
+        argc, argv, [&](quarl::Console *console) { return list_volume(console, argc, argv); },
+        quarl::MessageTexts::raw);
 }

@@ -62,7 +62,7 @@ void summarise(Out &stream, const Item &item)
 
 void show_bad_item(Console *console, const Item &item)
 {
-    pbrief_blk(console->message_stream(), item.record(), item.type());
+    console->say_lines([&](Out &out) { pbrief_blk(out, item.record(), item.type()); });
     console->elog_clear_register();
 }
 

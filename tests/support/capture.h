@@ -76,7 +76,7 @@ template <class F> Captured capture(F &&f)
     {
         const Redirected out(STDOUT_FILENO);
         const Redirected err(STDERR_FILENO);
-        const auto shown = std::make_unique<Console>("quarl");
+        const auto shown = std::make_unique<Console>("quarl", MessageTexts::raw);
         Test_Console = shown.get();
         const int status = run_guarded(shown.get(), [&] {
             std::forward<F>(f)();

@@ -37,7 +37,7 @@ TEST(Elog, Messages)
     for (const char *program : {"../quarl", "quarl"})
         for (const auto &c : cases) {
             const Captured shown = capture([&] {
-                Console named(program);
+                Console named(program, MessageTexts::raw);
                 const Current<Host> host(named);
                 elog_set_reason(c.reason);
                 errno = c.error;
@@ -50,6 +50,15 @@ TEST(Elog, Messages)
         }
 }
 
+/// `text`, `times` times.
+std::string repeated(std::string_view text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
 TEST(Elog, KeepsTheOrderOfBothStreams)
 {
     const Captured shown = capture([] {
@@ -59,12 +68,42 @@ TEST(Elog, KeepsTheOrderOfBothStreams)
             print<"one ">(both.out());
             elog_log<MessageKind::usage, "two">(0);
             print<"three ">(both.out());
-            print<"<listing> ">(both.message_stream());
+            both.say_lines([](Out &out) { print<"<listing\x1b> ">(out); });
             elog_die<MessageKind::usage, "four">(0);
         });
         EXPECT_EQ(status, 1);
     });
-    EXPECT_EQ(shown.out, "one quarl: two\nthree <listing> quarl: four\n");
+    EXPECT_EQ(shown.out, "one quarl: two\nthree <listing\\x1b> quarl: four\n");
+}
+
+TEST(Console, ShowsWhatWouldCommandATerminalEscaped)
+{
+    using enum MessageKind;
+    const struct {
+        MessageKind kind;
+        std::string text;
+        std::string reason;
+        std::string shown;
+        std::string raw;
+    } cases[] = {
+        {usage, "\x1b[31m a\nb\t\x7f", "", R"(\x1b[31m a\x0ab\x09\x7f)", "\x1b[31m a\nb\t\x7f"},
+        {usage, "Zürich 北 \xc2\x9b \xfc\xe2\x80\xae", "", R"(Zürich 北 \xc2\x9b \xfc\xe2\x80\xae)",
+         "Zürich 北 \xc2\x9b \xfc\xe2\x80\xae"},
+        {database_not_read, "of a\nb", "no\n\tsuch\r", "of a\\x0ab: no\n\tsuch\\x0d",
+         "of a\nb: no\n\tsuch\r"},
+        {formats_differ, "\n*** \x1b", "", "\n*** \\x1b", "\n*** \x1b"},
+        {usage, std::string(600, '\a'), "", repeated(R"(\x07)", 600), std::string(600, '\a')},
+    };
+    for (const auto &c : cases)
+        for (const MessageTexts texts : {MessageTexts::escaped, MessageTexts::raw}) {
+            const Captured shown = capture([&] {
+                Console named("qu\x1b", texts);
+                named.say({c.kind, c.text, c.reason, 0, {}, nullptr});
+                named.elog_clear_register();
+            });
+            EXPECT_EQ(shown.err, texts == MessageTexts::raw ? "qu\x1b: " + c.raw + "\n"
+                                                            : R"(qu\x1b: )" + c.shown + "\n");
+        }
 }
 
 TEST(Out, EndsTheRunWhenItCannotBeWritten)
