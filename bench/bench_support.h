@@ -18,6 +18,7 @@ using namespace quarl; // NOLINT: every benchmark is about it
 // The pieces under measurement find their state here.
 inline State Bench_State{VolumeOptions()};
 inline const Reading Bench_Reading{Bench_State};
+inline const Current<Databases> Bench_Databases{*Bench_State.run.databases};
 
 /// A file that exists in memory only and has a path as long as this lives.
 class MemoryFile

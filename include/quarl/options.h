@@ -5,7 +5,9 @@
 #include <atomic>
 #include <functional>
 #include <map>
+#include <memory>
 #include <quarl/error.h>
+#include <quarl/format_sources.h>
 #include <quarl/item.h>
 #include <string>
 
@@ -24,7 +26,10 @@ struct LogicalRecord {
 /// All may be left out. The functions are called while an item is asked for, in the same thread,
 /// and may not ask the same volume for another. One that throws ends the volume.
 struct VolumeOptions {
-    /// Parameter file (TOML) with the table `data_type_aliases`; "": none.
+    /// Read the parameter file of the programs, as FormatSources::read_default_parameters does.
+    bool default_parameters = false;
+    /// Parameter file (TOML) with the table `data_type_aliases`, whose entries come before those of
+    /// the default one; "": none.
     std::string parameter_file = {};
     /// Further names of data formats, in terms of those that are known; they come before the
     /// parameter file's.
@@ -32,8 +37,12 @@ struct VolumeOptions {
     /// Database with data formats of channels that the volume does not describe: the path of an
     /// SQLite file, or a URL ("postgresql://..."); "": none.
     std::string database = {};
+    /// What was read and opened before, in place of the parameter files and the database above.
+    std::shared_ptr<FormatSources> format_sources = {};
     /// Stop behind the first input file, as on a tape that holds several.
     bool one_file = false;
+    /// Number of the first input file: of a tape that was wound on to it.
+    int first_file = 0;
     /// Read too what the listing does not know: responses by reference (041, 043 to 048, 060) and
     /// the generic response (056), whose items have records then, the history of calibrations (058)
     /// and the coefficients of a polynomial as they were written (062). What is wrong with them is

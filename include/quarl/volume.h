@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <quarl/error.h>
 #include <quarl/item.h>
 #include <quarl/options.h>
@@ -39,8 +40,6 @@ public:
     /// Opens `path` ("-": standard input; compressed files are inflated). Throws Error when it, the
     /// parameter file or the database cannot be opened.
     explicit Volume(const std::string &path, VolumeOptions options = {});
-    /// For a program that prepares the state of the reading itself.
-    Volume(const std::string &path, std::unique_ptr<State> prepared);
     Volume(Volume &&) noexcept;
     Volume &operator=(Volume &&) noexcept;
     ~Volume();
@@ -52,6 +51,10 @@ public:
 
     /// May be asked for at any time, also by the functions of VolumeOptions.
     [[nodiscard]] Progress progress() const;
+
+    /// What was read of the input file at hand when an Error has ended the reading inside it; none
+    /// else.
+    [[nodiscard]] std::optional<FileEnd> given_up() const;
 
     /// The text that `code` of a dictionary stands for, as far as the volume was read; null when it
     /// is not defined. Lives until the next item is asked for.

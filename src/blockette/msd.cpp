@@ -49,10 +49,4 @@ int msdhdr_unpack(MsdHeader *header)
     return -1;
 }
 
-const char *xlatnum(int code, const Xlat *table, int n)
-{
-    const Xlat *row = std::find_if(table, table + n, [&](const Xlat &x) { return x.num == code; });
-    return row == table + n ? nullptr : row->name;
-}
-
 } // namespace quarl

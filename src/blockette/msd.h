@@ -68,13 +68,4 @@ struct MsdHeader {
 /// whole and usable (record length exponent 7 to 30); otherwise -1 and the outputs are untouched.
 [[nodiscard]] int msdhdr_unpack(MsdHeader *header);
 
-/// A numbered name.
-struct Xlat {
-    const char *name;
-    int num;
-};
-
-/// The name of the first row of `table` whose `num` is `code`, or null.
-const char *xlatnum(int code, const Xlat *table, int n);
-
 } // namespace quarl

@@ -1,8 +1,8 @@
 #include "json/item.h"
 
 #include "blockette/blockette.h"
+#include "blockette/data_format.h"
 #include "blockette/sdblknam.h"
-#include "volume/decode.h"
 #include "json/data_blockettes.h"
 #include "json/object.h"
 #include "json/time.h"
@@ -13,9 +13,9 @@ namespace quarl::json
 std::string_view meaning_of(const Pen &pen, Dictionary dictionary, int code, bool *defined)
 {
     if (dictionary == Dictionary::encodings) {
-        const char *name = encoding_name(code);
-        *defined = name != nullptr;
-        return name ? std::string_view(name) : std::string_view();
+        const std::string_view name = encoding_name(code);
+        *defined = !name.empty();
+        return name;
     }
     const std::string *text = pen.volume.text(dictionary, code);
     *defined = text != nullptr;

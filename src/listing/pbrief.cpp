@@ -2,8 +2,8 @@
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
+#include "platform/elog.h"
 #include "platform/format.h"
-#include "volume/run.h"
 
 namespace quarl
 {
@@ -12,9 +12,9 @@ namespace
 {
 
 /// The text at `code`; empty when the volume did not define it.
-std::string_view text_of(const Tbl<std::string> &tbl, int code)
+std::string_view text_of(const Volume *volume, Dictionary dictionary, int code)
 {
-    const std::string *text = gettbl(tbl, code);
+    const std::string *text = volume ? volume->text(dictionary, code) : nullptr;
     return text ? std::string_view(*text) : std::string_view();
 }
 
@@ -33,22 +33,40 @@ std::string_view frequency_units(char code)
 }
 
 /// The channel line of -S: texts instead of codes, no length, no catalogue name.
-void pbrief_052_short(Out &stream, const blk_052_t &blk)
+void pbrief_052_short(Out &stream, const blk_052_t &blk, const Volume *volume)
 {
     print<"B%03d %3s %-2s %s %s %6.2fm  (%6.2f,%6.2f) %6.2fsps  %20s to %20s '%s'\n">(
-        stream, blk.type, blk.chan_id, blk.loc_id, text_of(run().Tbl_033, blk.instr_id),
-        text_of(run().Tbl_034, blk.units_signal), blk.depth, blk.azimuth, blk.dip, blk.sample_rate,
-        blk.start_date, blk.end_date, blk.comment);
+        stream, blk.type, blk.chan_id, blk.loc_id,
+        text_of(volume, Dictionary::abbreviations, blk.instr_id),
+        text_of(volume, Dictionary::units, blk.units_signal), blk.depth, blk.azimuth, blk.dip,
+        blk.sample_rate, blk.start_date, blk.end_date, blk.comment);
 }
 
 } // namespace
 
-void pbrief_blk(Out &stream, const record_t *blk, int blk_type)
+void pbrief_blk(Out &stream, const record_t *blk, int blk_type, const ListingStyle &style)
 {
     if (blk_type == Data_Record)
         return pbrief_dh(stream, *static_cast<const blk_dh_t *>(blk));
+    if (style.simplified && blk_type == blk_052_t::Number)
+        return pbrief_052_short(stream, *static_cast<const blk_052_t *>(blk), style.volume);
     if (!visit(blk, blk_type, [&](const auto &known) { pbrief(stream, known); }))
         print<"Unknown blockette: %5i\n">(stream, blk_type);
+}
+
+void complain_of_type(int type)
+{
+    elog_complain<MessageKind::blockette_unknown, "failed to parse blockette #%d">(0, type);
+}
+
+void complain_of_types(const Item &item)
+{
+    if (const auto *end = item.get<FileEnd>()) {
+        for (const Statistics::Type &type : end->statistics.types)
+            (void)sdblknam(type.type);
+    } else if (item.type() != Data_Record && !with_family(item.type(), [](auto /*family*/) {})) {
+        complain_of_type(item.type());
+    }
 }
 
 void pbrief_010(Out &stream, const blk_010_t &blk)
@@ -129,8 +147,6 @@ void pbrief_051(Out &stream, const blk_051_t &blk)
 
 void pbrief_052(Out &stream, const blk_052_t &blk)
 {
-    if (run().Simplify)
-        return pbrief_052_short(stream, blk);
     print<"B%03i %3i Loc:%2s Chan:%3s Sub#%4i Instr#%3i SigUnits#%3i CalUnits#%3i "
           "(%6.2f,%6.2f) %6.2fm  Depth:%6.2fm  Az:%6.2f Dip:%6.2f DataFmt#%4i RecLen:%2i "
           "Samprate:%6.2fhz  ClkDrift:%6.2fs Flags:'%s' Start:%20s End:%20s Update:%c '%s' "

@@ -2,7 +2,6 @@
 
 #include "blockette/sdblknam.h"
 #include "platform/format.h"
-#include "volume/run.h"
 
 namespace quarl
 {
@@ -31,10 +30,10 @@ void summary(Out &stream, int tapefile, const Statistics &statistics)
                                                        percent(statistics.waste));
 }
 
-void summary_010(Out &stream, const blk_010_t &blk)
+void summary_010(Out &stream, int tapefile, const blk_010_t &blk)
 {
     print<"File #%d: SEED Volume Version %.1f  Start:%20s End:%20s Written: %s by '%s': '%s'\n">(
-        stream, run().Tapefile, blk.version, blk.beg_time, blk.end_time, blk.volume_time,
+        stream, tapefile, blk.version, blk.beg_time, blk.end_time, blk.volume_time,
         blk.originating_org, blk.label);
 }
 

@@ -12,7 +12,7 @@ namespace quarl
 void summary(Out &stream, int tapefile, const Statistics &statistics);
 
 /// The volume summary lines, written when a volume identifier or a station header index is counted.
-void summary_010(Out &stream, const blk_010_t &blk);
+void summary_010(Out &stream, int tapefile, const blk_010_t &blk);
 void summary_011(Out &stream, const blk_011_t &blk);
 
 } // namespace quarl

@@ -1,8 +1,5 @@
 #include "programs/json_lines.h"
 
-#include "blockette/blockette.h"
-#include "blockette/sdblknam.h"
-#include "platform/elog.h"
 #include "platform/text.h"
 #include "programs/progress.h"
 #include "programs/sdd.h"
@@ -16,18 +13,6 @@ namespace quarl
 namespace
 {
 
-/// What a listing says of an item besides the messages of the reading: types that it does not know.
-void complain(const Item &item)
-{
-    if (const auto *end = item.get<FileEnd>()) {
-        for (const Statistics::Type &type : end->statistics.types)
-            (void)sdblknam(type.type);
-    } else if (item.type() != Data_Record && !with_family(item.type(), [](auto /*family*/) {})) {
-        elog_complain<MessageKind::blockette_unknown, "failed to parse blockette #%d">(0,
-                                                                                       item.type());
-    }
-}
-
 /// False when a read error ended an input file.
 bool print_items(Console *console, Volume *volume, const Selection &selection)
 {
@@ -35,7 +20,7 @@ bool print_items(Console *console, Volume *volume, const Selection &selection)
     while (const Item *item = volume->next()) {
         const auto *end = item->get<FileEnd>();
         whole &= !(end && end->failed);
-        complain(*item);
+        complain_of_types(*item);
         if (selection.has(*item))
             json::print_item(console->out(), *volume, *item);
     }
@@ -77,20 +62,18 @@ bool Selection::has(const Item &item) const
     return item.type() >= 0 && blockettes_.test(static_cast<std::size_t>(item.type()));
 }
 
-int print_lines(Console *console, std::unique_ptr<State> prepared, const std::string &path,
+int print_lines(Console *console, VolumeOptions options, const std::string &path,
                 const Selection &selection)
 {
-    State &state = *prepared;
-    state.options.bad_item = [console](const Item &item) { show_bad_item(console, item); };
-    Follower follower(console, &state.options);
-    Volume volume(path, std::move(prepared));
+    options.bad_item = [console](const Item &item) { show_bad_item(console, item); };
+    Follower follower(console, &options);
+    Volume volume(path, std::move(options));
     follower.follow(volume);
     bool whole = true;
     try {
         whole = print_items(console, &volume, selection);
     } catch (const Error &) { // a reader behind a pipe does not see the status
-        const FileEnd *end = selection.has_files() ? file_given_up(&state) : nullptr;
-        if (end)
+        if (const auto end = volume.given_up(); end && selection.has_files())
             json::print_file(console->out(), volume, volume.progress().file, *end);
         throw;
     }

@@ -2,10 +2,9 @@
 #pragma once
 
 #include "programs/console.h"
-#include "volume/state.h"
 
 #include <bitset>
-#include <memory>
+#include <quarl/volume.h>
 #include <string>
 #include <string_view>
 
@@ -31,7 +30,7 @@ private:
 /// Reads the volume at `path` ("-": standard input) to its end and prints a line for each item that
 /// `selection` has, with the messages of a listing. Returns the exit status: 1 when a read error
 /// ended an input file.
-int print_lines(Console *console, std::unique_ptr<State> prepared, const std::string &path,
+int print_lines(Console *console, VolumeOptions options, const std::string &path,
                 const Selection &selection);
 
 } // namespace quarl

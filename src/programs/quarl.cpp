@@ -5,71 +5,67 @@
 #include "programs/sdd.h"
 
 #include <cstdlib>
+#include <optional>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
 
 using namespace quarl;
 
-/// What the command line asks for beyond the run's flags.
-struct Wishes {
-    bool listing_off = false;
-    bool ends = false; ///< there is nothing left to do but to end with `status`
-    int status = 0;
-};
+/// There is nothing left to do but to end with this.
+using Status = std::optional<int>;
 
-Wishes usage(Console *console)
+Status usage(Console *console)
 {
     console->out().flush();
     print<"\nUsage: %s [-d database] [-f fileno] [-sv] [seed]\n">(console->err(),
                                                                   console->Program_Name);
     banner(console);
-    return {.ends = true, .status = 1};
+    return 1;
 }
 
 /// Reads the options in command-line order, each acted on at once.
-Wishes read_options(Console *console, int argc, char *argv[])
+Status read_options(Console *console, int argc, char *argv[], VolumeOptions *options,
+                    ListingWishes *wishes)
 {
-    Wishes wishes;
     // The "+" ends the options at the first operand.
     for (int option = 0; (option = getopt(argc, argv, "+f:sSd:vVH")) != -1;) {
         switch (option) {
         case 'f':
-            run().File_No = static_cast<int>(std::strtol(optarg, nullptr, 10));
-            run().File_Flag = 1;
+            options->first_file = static_cast<int>(std::strtol(optarg, nullptr, 10));
+            options->one_file = true;
             break;
         case 's':
-            wishes.listing_off = true;
+            wishes->items = false;
             break;
         case 'S':
-            ++run().Simplify;
+            wishes->simplified = true;
             break;
         case 'd':
-            open_database(optarg);
+            options->format_sources->open_database(optarg);
             break;
         case 'v':
-            ++run().Verbose_Flag;
+            wishes->record_numbers = true;
             break;
         case 'V':
             banner(console);
-            return {.ends = true};
+            return 0;
         default:
             return usage(console);
         }
     }
-    return argc - optind > 1 ? usage(console) : wishes;
+    return argc - optind > 1 ? usage(console) : std::nullopt;
 }
 
 int list_volume(Console *console, int argc, char *argv[])
 {
-    auto state = prepare_state(console);
-    const Reading reading(*state);
-    const Wishes wishes = read_options(console, argc, argv);
-    if (wishes.ends)
-        return wishes.status;
-    const std::string path = optind < argc ? argv[optind] : "-";
-    return sdd(console, std::move(state), path, wishes.listing_off);
+    VolumeOptions options = reading_options(console, read_format_sources(console));
+    ListingWishes wishes;
+    if (const Status status = read_options(console, argc, argv, &options, &wishes))
+        return *status;
+    return sdd(console, std::move(options), optind < argc ? argv[optind] : "-", wishes);
 }
 
 } // namespace

@@ -74,7 +74,10 @@ int print_volume(Console *console, int argc, char *argv[])
         console->out().write(json::schema());
         return 0;
     }
-    return print_lines(console, prepare_state(console, wishes.database), volumes.front(),
+    const auto sources = read_format_sources(console);
+    if (!wishes.database.empty())
+        sources->open_database(wishes.database);
+    return print_lines(console, reading_options(console, sources), volumes.front(),
                        wishes.selection);
 }
 

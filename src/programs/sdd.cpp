@@ -1,13 +1,10 @@
 #include "programs/sdd.h"
 
-#include "listing/pbrief.h"
 #include "listing/summary.h"
-#include "platform/elog.h"
 #include "programs/progress.h"
 
 #include <csignal>
 #include <cstdlib>
-#include <quarl/volume.h>
 #include <utility>
 
 namespace quarl
@@ -18,31 +15,30 @@ namespace
 
 /// Runs the tape positioning command. The shell is handed the literal text "cmd"; the mt line is
 /// made up but not used.
-void position_tape(Console *console, const std::string &path)
+void position_tape(Console *console, const std::string &path, int file)
 {
-    [[maybe_unused]] const std::string command = formatted<"mt -f %s asf %d">(path, run().File_No);
+    [[maybe_unused]] const std::string command = formatted<"mt -f %s asf %d">(path, file);
     console->elog_clear_register();
     const auto own = std::signal(SIGPIPE, SIG_DFL); // as any command expects it
     (void)!std::system("cmd");
     std::signal(SIGPIPE, own);
-    run().Tapefile = run().File_No;
 }
 
-void list_record(Out &stream, const Item &item)
+void list_record(Out &stream, const Item &item, const ListingStyle &style)
 {
     if (item.record())
-        pbrief_blk(stream, item.record(), item.type());
+        pbrief_blk(stream, item.record(), item.type(), style);
     else
-        elog_complain<MessageKind::blockette_unknown, "failed to parse blockette #%d">(0,
-                                                                                       item.type());
+        complain_of_type(item.type());
 }
 
-void set_hooks(VolumeOptions *options, Console *console)
+void set_hooks(VolumeOptions *options, Console *console, const ListingStyle &style,
+               bool record_numbers)
 {
-    options->message = [console](const Message &message) { console->say(message); };
-    options->before_wait = [console] { console->elog_clear_register(); };
-    options->bad_item = [console](const Item &item) { show_bad_item(console, item); };
-    if (run().Verbose_Flag > 1)
+    options->bad_item = [console, &style](const Item &item) {
+        show_bad_item(console, item, style);
+    };
+    if (record_numbers)
         options->record = [console](int sequence_number) {
             print<"\nSeed Block Sequence #%d\n">(console->out(), sequence_number);
         };
@@ -53,32 +49,35 @@ void set_hooks(VolumeOptions *options, Console *console)
 void summarise(Out &stream, const Item &item)
 {
     if (const auto *b010 = item.get<blk_010_t>())
-        summary_010(stream, *b010);
+        summary_010(stream, item.place().file, *b010);
     else if (const auto *b011 = item.get<blk_011_t>())
         summary_011(stream, *b011);
     else if (const auto *end = item.get<FileEnd>())
         summary(stream, item.place().file, end->statistics);
 }
 
-void show_bad_item(Console *console, const Item &item)
+void show_bad_item(Console *console, const Item &item, const ListingStyle &style)
 {
-    console->say_lines([&](Out &out) { pbrief_blk(out, item.record(), item.type()); });
+    console->say_lines([&](Out &out) { pbrief_blk(out, item.record(), item.type(), style); });
     console->elog_clear_register();
 }
 
-int sdd(Console *console, std::unique_ptr<State> state, const std::string &path, int listing_off)
+int sdd(Console *console, VolumeOptions options, const std::string &path,
+        const ListingWishes &wishes)
 {
-    const Reading reading(*state); // the listing looks up texts and asks for flags
-    set_hooks(&state->options, console);
-    state->options.unlisted = false;
-    Follower follower(console, &state->options);
-    Volume volume(path, std::move(state));
+    ListingStyle style{wishes.simplified};
+    set_hooks(&options, console, style, wishes.record_numbers);
+    options.unlisted = false;
+    Follower follower(console, &options);
+    const int tape_file = options.one_file ? options.first_file : 0;
+    Volume volume(path, std::move(options));
     follower.follow(volume);
-    if (run().File_Flag && run().File_No)
-        position_tape(console, path);
+    style.volume = &volume;
+    if (tape_file != 0)
+        position_tape(console, path, tape_file);
     for (const Item &item : volume) {
-        if (!listing_off && !item.get<FileEnd>())
-            list_record(console->out(), item);
+        if (wishes.items && !item.get<FileEnd>())
+            list_record(console->out(), item, style);
         summarise(console->out(), item);
     }
     console->elog_clear_register();

@@ -1,4 +1,4 @@
-#include "volume/decode.h"
+#include "blockette/data_format.h"
 #include "platform/format.h"
 #include "samples/encodings.h"
 

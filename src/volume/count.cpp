@@ -3,13 +3,14 @@
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
 #include "platform/elog.h"
+#include "volume/run.h"
 
 #include <cerrno>
 
 namespace quarl
 {
 
-void init_count() { Current<Count>::get() = Count(); }
+void init_count() { *run().count = Count(); }
 
 std::int64_t block_size(const record_t *blk, int blk_type)
 {
@@ -24,7 +25,7 @@ std::int64_t block_size(const record_t *blk, int blk_type)
 
 void count_blk(const record_t *blk, int blk_num)
 {
-    Count &count = Current<Count>::get();
+    Count &count = *run().count;
     ++count.nblks;
     const int index = blk_num + 1;
     if (index < 0 || index >= Count::Types) {
@@ -38,7 +39,7 @@ void count_blk(const record_t *blk, int blk_num)
 
 Statistics statistics(std::int64_t bytes, std::int64_t records)
 {
-    const Count &count = Current<Count>::get();
+    const Count &count = *run().count;
     Statistics all;
     all.items = count.nblks;
     all.records = records;

@@ -1,4 +1,4 @@
-// The flags and tables of one run.
+// The tables of one run.
 #pragma once
 
 #include "platform/containers.h"
@@ -11,15 +11,21 @@
 namespace quarl
 {
 
+class FormatTable;
+struct Count;
+struct FormatsMet;
+
 /// Set before the reading starts, or by it.
 struct Run {
-    int Verbose_Flag = 1;   ///< 1 (not 0) plus the number of -v; above 1 record numbers are shown
-    int Simplify = 0;       ///< number of -S; the short channel line
-    int File_No = 0;        ///< tape file to position to
-    int File_Flag = 0;      ///< read exactly one input file
     int Tapefile = 0;       ///< number of the input file being read, from 0
-    Dbptr Db = dbinvalid(); ///< the database of -d, or invalid
-    Pf Parameters;          ///< the parameter file
+    Dbptr Db = dbinvalid(); ///< the database, or invalid
+    Pf Parameters;          ///< of the parameter files
+
+    // What has a module of its own. One that reads makes all of it current at once.
+    Databases *databases = nullptr;
+    FormatsMet *formats_met = nullptr;
+    FormatTable *format_table = nullptr;
+    Count *count = nullptr;
 
     Tbl<std::string> Tbl_031 = newtbl<std::string>(10); ///< comments by comment code key
     Tbl<std::string> Tbl_032 = newtbl<std::string>(10); ///< authors by source code

@@ -1,6 +1,7 @@
 #include "volume/seed.h"
 
 #include "blockette/blockette.h"
+#include "blockette/data_format.h"
 #include "blockette/data_header.h"
 #include "blockette/msd.h"
 #include "blockette/sdblknam.h"
@@ -75,7 +76,7 @@ void apply_b1000(blk_dh_t *header, const char *record)
     const int dictionary = sd_data_type(header->format);
     header->type = b1000.index != 0 ? b1000.index : dictionary;
     if (b1000.index != 0 && dictionary != 0 && dictionary != b1000.index)
-        b030_problem(*header, header->format, std::string_view(encoding_name(b1000.encoding)));
+        b030_problem(*header, header->format, encoding_name(b1000.encoding));
     if (b1000.usable && b1000.record_length != header->length) {
         elog_complain<MessageKind::record_lengths_differ,
                       "different record sizes in 030 blockette (%d) and 1000 blockette (%d)">(

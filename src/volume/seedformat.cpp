@@ -134,6 +134,7 @@ void index_rows(FormatTable::Table *table)
 /// Reads the table; an empty one is asked again at the next record.
 void load(FormatTable::Table *table)
 {
+    const Current<Databases> databases(*run().databases);
     table->view = dblookup(run().Db, "seedformat");
     dbquery(table->view, dbRECORD_COUNT, &table->n);
     table->rows.reserve(table->n);
@@ -173,7 +174,7 @@ FormatTable::~FormatTable() = default;
 std::string_view lookup_seedformat(const char (&stn)[Station_Size],
                                    const char (&chan)[Channel_Id_Size], double epoch)
 {
-    FormatTable::Table &table = *Current<FormatTable>::get().table_;
+    FormatTable::Table &table = *run().format_table->table_;
     if (table.n == 0)
         load(&table);
     if (table.cached != No_Row && table.rows[table.cached].applies(stn, chan, epoch))

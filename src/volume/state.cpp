@@ -1,7 +1,19 @@
 #include "volume/state.h"
 
+#include <utility>
+
 namespace quarl
 {
+
+State::State(VolumeOptions chosen) : options(std::move(chosen)), formats(options.format_sources)
+{
+    if (!formats)
+        formats = std::make_shared<FormatSources>(options.message);
+    run.databases = &formats->parts().databases;
+    run.formats_met = &formats_met;
+    run.format_table = &format_table;
+    run.count = &count;
+}
 
 void State::hear(Message &message)
 {

@@ -3,10 +3,10 @@
 
 #include "blockette/parsing.h"
 #include "blockette/pfree.h"
-#include "platform/db.h"
 #include "platform/elog.h"
 #include "volume/count.h"
 #include "volume/decode.h"
+#include "volume/format_sources.h"
 #include "volume/handle.h"
 #include "volume/run.h"
 #include "volume/seedformat.h"
@@ -15,21 +15,20 @@
 #include <optional>
 #include <quarl/item.h>
 #include <quarl/options.h>
-#include <utility>
 
 namespace quarl
 {
 
 /// What a volume owns. Each module finds its part while a Reading of it lives.
 struct State : Host {
-    explicit State(VolumeOptions chosen) : options(std::move(chosen)) {}
+    explicit State(VolumeOptions chosen);
 
     void hear(Message &message) override;
     void before_wait() override;
     bool gives_up() override;
 
     VolumeOptions options;
-    Databases databases;
+    std::shared_ptr<FormatSources> formats; ///< the options' or one of its own
     Run run;
     Parsing parsing;
     FormatsMet formats_met;
@@ -50,24 +49,12 @@ struct State : Host {
 class Reading
 {
 public:
-    explicit Reading(State &state)
-        : host_(state), databases_(state.databases), run_(state.run), parsing_(state.parsing),
-          formats_met_(state.formats_met), format_table_(state.format_table), count_(state.count)
-    {
-    }
+    explicit Reading(State &state) : host_(state), run_(state.run), parsing_(state.parsing) {}
 
 private:
     Current<Host> host_;
-    Current<Databases> databases_;
     Current<Run> run_;
     Current<Parsing> parsing_;
-    Current<FormatsMet> formats_met_;
-    Current<FormatTable> format_table_;
-    Current<Count> count_;
 };
-
-/// What was read of the input file at hand, when an Error has ended the reading inside it; else
-/// null.
-const FileEnd *file_given_up(State *state);
 
 } // namespace quarl

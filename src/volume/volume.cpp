@@ -13,24 +13,24 @@ namespace quarl
 namespace
 {
 
-void read_parameters(State *state)
+/// Reads and opens what the options name, unless they have it.
+void prepare_formats(State *state)
 {
-    VolumeOptions &options = state->options;
-    if (!options.parameter_file.empty() &&
-        pfread_file(options.parameter_file, &state->run.Parameters) != 0)
-        elog_die<MessageKind::parameter_file, "Couldn't read parameter file %s.\n">(
-            0, options.parameter_file);
+    const VolumeOptions &options = state->options;
+    FormatSources &formats = *state->formats;
+    if (!options.format_sources) {
+        if (options.default_parameters)
+            formats.read_default_parameters();
+        if (!options.parameter_file.empty())
+            formats.read_parameters(options.parameter_file);
+        if (!options.database.empty())
+            formats.open_database(options.database);
+    }
+    state->run.Db = formats.parts().db;
+    state->run.Parameters = formats.parts().parameters;
     auto &aliases = state->run.Parameters.tables["data_type_aliases"];
     for (const auto &[name, known] : options.format_aliases)
         aliases.insert_or_assign(name, known);
-}
-
-void open_database(State *state)
-{
-    const std::string &name = state->options.database;
-    const std::string shown = shown_database(name.c_str());
-    if (!name.empty() && VXdbopen(name.c_str(), "r", &state->run.Db) != 0)
-        elog_die<MessageKind::database_not_opened, "Can't open database %s\n">(1, shown);
 }
 
 /// Tells of the logical record that was entered.
@@ -54,7 +54,7 @@ void open_input(State *state, const std::string &path)
     state->handle->logical->on_record = state->options.record;
     if (state->options.logical_record)
         state->handle->logical->on_entered = [state] { tell_record(*state); };
-    state->run.File_Flag |= state->options.one_file ? 1 : 0;
+    state->run.Tapefile = state->options.first_file;
 }
 
 /// The turn of the item that is out is over.
@@ -108,7 +108,7 @@ std::int64_t items_end(const read_handle_t &handle)
             0, bytes, state->run.Tapefile);
     end.statistics = statistics(bytes, in.recno());
     state->in_file = false;
-    state->ended = end.statistics.items == 0 || end.stopped || state->run.File_Flag != 0;
+    state->ended = end.statistics.items == 0 || end.stopped || state->options.one_file;
     ItemAccess item{handle.now};
     item.begin(in, state->run.Tapefile, bytes);
     item.type(End_Of_File, 0);
@@ -141,40 +141,13 @@ const Item *next_item(State *state)
     return nullptr;
 }
 
-/// The same for a volume whose turn comes now.
-[[gnu::noinline]] const Item *next_item_in_turn(State *state)
-{
-    const Reading reading(*state);
-    return next_item(state);
-}
-
 } // namespace
-
-const FileEnd *file_given_up(State *state)
-{
-    if (!state->failure || !state->in_file)
-        return nullptr;
-    const Reading reading(*state);
-    const read_handle_t &handle = *state->handle;
-    state->file_end = FileEnd();
-    state->file_end.failed = true;
-    state->file_end.statistics = statistics(items_end(handle), handle.logical->recno());
-    return &state->file_end;
-}
 
 Volume::Volume(const std::string &path, VolumeOptions options)
     : state_(std::make_unique<State>(std::move(options)))
 {
     const Reading reading(*state_);
-    read_parameters(state_.get());
-    open_database(state_.get());
-    open_input(state_.get(), path);
-}
-
-Volume::Volume(const std::string &path, std::unique_ptr<State> prepared)
-    : state_(std::move(prepared))
-{
-    const Reading reading(*state_);
+    prepare_formats(state_.get());
     open_input(state_.get(), path);
 }
 
@@ -188,9 +161,8 @@ try {
         return nullptr;
     if (state_->failure)
         throw Error(*state_->failure);
-    if (Current<Run>::find() == &state_->run)
-        return next_item(state_.get());
-    return next_item_in_turn(state_.get());
+    const Reading reading(*state_);
+    return next_item(state_.get());
 } catch (const Error &error) {
     state_->failure = error;
     throw;
@@ -209,6 +181,18 @@ Progress Volume::progress() const
     const SeedInput &in = *state_->handle->logical;
     const Stored stored = in.stream->stored();
     return {state_->run.Tapefile, in.totbytes(), stored.read, stored.size};
+}
+
+std::optional<FileEnd> Volume::given_up() const
+{
+    if (!state_ || !state_->failure || !state_->in_file)
+        return std::nullopt;
+    const Reading reading(*state_);
+    const read_handle_t &handle = *state_->handle;
+    FileEnd end;
+    end.failed = true;
+    end.statistics = statistics(items_end(handle), handle.logical->recno());
+    return end;
 }
 
 const std::string *Volume::text(Dictionary dictionary, int code) const

@@ -1,5 +1,6 @@
 // The header of a data record, completed from a dictionary and from its own chain of blockettes.
 #include "blockette/chain.h"
+#include "blockette/data_format.h"
 #include "blockette/data_header.h"
 #include "fuzz/harness.h"
 #include "listing/pbrief.h"

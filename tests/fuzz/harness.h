@@ -4,6 +4,7 @@
 
 #include "programs/program.h"
 #include "programs/sdd.h"
+#include "volume/state.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,6 +3,7 @@
 #include "fuzz/harness.h"
 #include "platform/inflate.h"
 #include "programs/json_lines.h"
+#include "programs/reading.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
@@ -13,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0; // the target "compressed" reads these
     const MemoryFile volume(bytes);
     run_one([&](Console *console) {
-        print_lines(console, std::make_unique<State>(VolumeOptions()), volume.path(), Selection());
+        print_lines(console, reading_options(console, nullptr), volume.path(), Selection());
     });
     return 0;
 }

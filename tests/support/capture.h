@@ -2,7 +2,9 @@
 #pragma once
 
 #include "programs/program.h"
+#include "programs/reading.h"
 #include "programs/sdd.h"
+#include "volume/state.h"
 
 #include <stdexcept>
 #include <string>
@@ -56,6 +58,7 @@ private:
 // Modules under test find their state here; each test is a process of its own.
 inline State Test_State{VolumeOptions()};
 inline const Reading Test_Reading{Test_State};
+inline const Current<Databases> Test_Databases{*Test_State.run.databases};
 
 /// What is captured at the moment.
 inline Console *Test_Console = nullptr;
@@ -65,7 +68,7 @@ inline Out &out() { return console().out(); }
 /// Lists the volume at `path` as the program does.
 inline void list_volume(const std::string &path)
 {
-    sdd(Test_Console, std::make_unique<State>(VolumeOptions()), path, 0);
+    sdd(Test_Console, reading_options(Test_Console, nullptr), path);
 }
 
 /// Runs `f` with both streams captured. An Error comes back as the message and the status

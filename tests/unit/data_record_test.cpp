@@ -1,4 +1,5 @@
 // Data records: the fixed header, its completion, Blockette 1000 and format identification.
+#include "blockette/data_format.h"
 #include "blockette/data_header.h"
 #include "blockette/msd.h"
 #include "compose/files.h"
@@ -183,7 +184,7 @@ TEST(DataFormat, NamesAliasesAndEncodings)
         const std::string record = parse_recipe(formatted<"data b1000=%d,1,9">(encoding)).volume();
         const B1000 found = parse_b1000(record.data(), 136);
         EXPECT_TRUE(found.usable);
-        EXPECT_EQ(encoding_name(found.encoding) != nullptr, indices.contains(encoding));
+        EXPECT_EQ(!encoding_name(found.encoding).empty(), indices.contains(encoding));
         EXPECT_EQ(found.index, indices[encoding]) << encoding;
     }
 }

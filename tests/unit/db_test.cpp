@@ -141,7 +141,10 @@ TEST_F(DbTest, PointersToNothing)
 class PostgresTest : public DbTest
 {
 protected:
-    ~PostgresTest() override { Test_State.databases.close(); } // while the libraries are there
+    ~PostgresTest() override
+    {
+        Test_State.formats->parts().databases.close();
+    } // while the libraries are there
 
     void SetUp() override
     {

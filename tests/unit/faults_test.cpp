@@ -291,13 +291,10 @@ TEST_F(Faults, DatabaseThatGoesAway)
                      nullptr, nullptr, nullptr);
         sqlite3_close(made);
         const Captured seen = capture([&] {
-            auto state = std::make_unique<State>(VolumeOptions());
-            {
-                const Reading reading(*state);
-                ASSERT_EQ(VXdbopen(file.c_str(), "r+", &run().Db), 0);
-            }
+            VolumeOptions options = reading_options(&console(), std::make_shared<FormatSources>());
+            options.format_sources->open_database(file);
             each.happen();
-            sdd(&console(), std::move(state), two, 0);
+            sdd(&console(), std::move(options), two);
         });
         EXPECT_NE(seen.out.find("    2             8192 Data blockettes"), std::string::npos);
         std::string expected = "quarl: Can't read database table 'seedformat': ";

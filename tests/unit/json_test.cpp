@@ -121,7 +121,7 @@ std::string lines(const std::string &recipe, const char *types)
     const Captured captured = capture([&] {
         Selection selection;
         EXPECT_TRUE(selection.read(types));
-        print_lines(&console(), std::make_unique<State>(VolumeOptions()), path, selection);
+        print_lines(&console(), reading_options(&console(), nullptr), path, selection);
     });
     unlink(path.c_str());
     return captured.out;

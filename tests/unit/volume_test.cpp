@@ -220,8 +220,6 @@ TEST_F(TwoVolumes, InThreads)
     const std::string a = all_of_a();
     const std::string b = all_of_b();
     const auto read_both = [&] {
-        const auto state = std::make_unique<State>(VolumeOptions()); // of the listing
-        const Reading reading(*state);
         for (int i = 0; i < 5; ++i) {
             EXPECT_EQ(all_of_a(), a);
             EXPECT_EQ(all_of_b(), b);
@@ -230,6 +228,38 @@ TEST_F(TwoVolumes, InThreads)
     std::thread other(read_both);
     read_both();
     other.join();
+}
+
+TEST_F(TwoVolumes, KnowFormatsFromWhatWasReadBefore)
+{
+    const TempFile file("quarl_pf.", "[data_type_aliases]\n"
+                                     "\"Site format\" = \"Steim Integer Compression Format\"\n");
+    VolumeOptions shared;
+    shared.format_sources = std::make_shared<FormatSources>();
+    shared.format_sources->read_parameters(file);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(all_of(b_, shared), all_of_b());
+    const std::string folder = testing::TempDir() + "volume_test." + std::to_string(getpid());
+    fs::create_directory(folder);
+    fs::copy_file(std::string(file), folder + "/quarl.pf");
+    setenv("QUARL_PFPATH", folder.c_str(), 1); // NOLINT: no other thread is there
+    VolumeOptions own;
+    own.default_parameters = true;
+    EXPECT_EQ(all_of(b_, own), all_of_b());
+    fs::remove_all(folder);
+    EXPECT_NE(all_of(b_, {}), all_of_b());
+}
+
+TEST(VolumeOptions, CountInputFilesFromTheFirstOne)
+{
+    const TempFile path("files.", parse_recipe("033 001|A~\n033 002|B~").volume());
+    VolumeOptions options = quiet();
+    options.first_file = 3;
+    Volume volume(path, options);
+    std::vector<int> files;
+    for (const Item &item : volume)
+        files.push_back(item.place().file);
+    EXPECT_EQ(files, (std::vector{3, 3, 3}));
 }
 
 /// The bytes of an item of the sample volume as they stand in its file: record by record, without
@@ -318,9 +348,20 @@ TEST(VolumeErrors, EndItAndAreThrownAgain)
         const TempFile path("bad.", parse_recipe(c.recipe).volume());
         Volume volume(path, options);
         EXPECT_EQ(volume.next()->type(), 33);
+        EXPECT_FALSE(volume.given_up());
         for (int i = 0; i < 2; ++i)
             EXPECT_EQ(error_of([&] { (void)volume.next(); }), c.expected);
+        const std::optional<FileEnd> end = volume.given_up();
+        ASSERT_TRUE(end);
+        EXPECT_TRUE(end->failed);
+        EXPECT_EQ(end->statistics.items, 1);
     }
+    std::string heard;
+    FormatSources sources([&](const Message &message) { heard += message.text; });
+    const TempFile bad("bad.", "a = [");
+    EXPECT_EQ(error_of([&] { sources.read_parameters(bad); }),
+              "parameter-file 0 Couldn't read parameter file " + std::string(bad) + ".");
+    EXPECT_EQ(heard.rfind(std::string(bad) + ":1:6: ", 0), 0) << heard;
 }
 
 TEST(VolumeErrors, OfACallbackEndItToo)
