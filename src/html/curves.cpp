@@ -1,9 +1,6 @@
 #include "html/curves.h"
 
-#include "platform/number.h"
-
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <span>
 
@@ -15,19 +12,10 @@ namespace
 
 constexpr int Amplitude_Digits = 8;
 constexpr int Phase_Decimals = 5;
-constexpr int Frequency_Digits = 8;
+constexpr int Place_Digits = 8;
 // Of curves that are only drawn.
 constexpr int Drawn_Digits = 4;
 constexpr int Drawn_Decimals = 1;
-
-double highest_rate(const Inventory &inventory)
-{
-    double highest = 0.0;
-    for (const ChannelEpoch &epoch : inventory.channel_epochs())
-        if (std::isfinite(epoch.sample_rate))
-            highest = std::max(highest, epoch.sample_rate);
-    return highest;
-}
 
 const Gain *gain_of(const Stage &stage)
 {
@@ -63,8 +51,13 @@ void write_roots(Json *json, const std::vector<std::complex<double>> &roots)
     json->close(']');
 }
 
-void write_curve(Json *json, std::span<const std::complex<double>> values)
+void write_curve(Json *json, const Sampled &sampled)
 {
+    const std::span<const std::complex<double>> values = sampled.evaluation.values;
+    json->key("frequency").open('[');
+    for (const double frequency : sampled.frequencies)
+        json->real(frequency, Frequency_Digits);
+    json->close(']');
     json->key("amplitude").open('[');
     for (const std::complex<double> &value : values)
         json->real(amplitude_of(value), Amplitude_Digits);
@@ -79,7 +72,7 @@ void write_drawn(Json *json, std::span<const DrawnPoint> points)
 {
     json->key("at").open('[');
     for (const DrawnPoint &point : points)
-        json->whole(point.at);
+        json->real(point.at, Place_Digits);
     json->close(']');
     json->key("amplitude").open('[');
     for (const DrawnPoint &point : points)
@@ -91,29 +84,61 @@ void write_drawn(Json *json, std::span<const DrawnPoint> points)
     json->close(']');
 }
 
+const Filter *filter_of(const Stage &stage)
+{
+    for (const Part &part : stage.parts)
+        if (const auto *filter = std::get_if<FilterPtr>(&part))
+            return filter->get();
+    return nullptr;
+}
+
+/// What goes into a response, and what comes out: "COUNTS per M/S".
+std::string unit_of(const Response &response)
+{
+    const Filter *first = nullptr;
+    const Filter *last = nullptr;
+    for (const StagePtr &stage : response.stages)
+        if (const Filter *filter = stage->number == 0 ? nullptr : filter_of(*stage)) {
+            first = first ? first : filter;
+            last = filter;
+        }
+    if (!first || first->input().name.empty() || last->output().name.empty())
+        return {};
+    return last->output().name + " per " + first->input().name;
+}
+
+Figures figures(const Evaluation &evaluation, const Response &response)
+{
+    Figures figures;
+    for (const StagePtr &stage : response.stages)
+        if (const Gain *gain = stage->number == 0 ? gain_of(*stage) : nullptr) {
+            figures.sensitivity = gain->value;
+            figures.frequency = gain->frequency;
+        }
+    if (evaluation.frequency == figures.frequency)
+        figures.amplitude = evaluation.amplitude;
+    figures.unit = unit_of(response);
+    return figures;
+}
+
 } // namespace
 
-GridText::GridText(std::span<const double> frequencies)
-{
-    for (const double frequency : frequencies) {
-        if (!text_.empty())
-            text_ += ',';
-        std::array<char, Real_Room> number{};
-        text_.append(number.data(), put_general(number.data(), frequency, Frequency_Digits));
-        ends_.push_back(text_.size());
-    }
-}
-
-std::string_view GridText::first(std::size_t count) const
-{
-    return std::string_view(text_).substr(0, count == 0 ? 0 : ends_[count - 1]);
-}
-
 Curves::Curves(const VolumeRead &volume)
-    : volume_(volume), evaluator_(frequency_grid(highest_rate(volume.inventory))),
-      grid_(evaluator_.frequencies()), first_of_(volume.inventory.channel_epochs().size()),
+    : volume_(volume), first_of_(volume.inventory.channel_epochs().size()),
       stages_of_(volume.inventory.channel_epochs().size())
 {
+    const auto &epochs = volume.inventory.channel_epochs();
+    const auto hash = [](const Response *response) { return response->hash(); };
+    const auto same = [](const Response *a, const Response *b) { return *a == *b; };
+    std::unordered_map<const Response *, std::size_t, decltype(hash), decltype(same)> first;
+    Evaluator evaluator({});
+    for (std::size_t i = 0; i < epochs.size(); ++i) {
+        const auto [known, is_new] = first.try_emplace(&epochs[i].response, i);
+        first_of_[i] = known->second;
+        if (is_new)
+            figures_.try_emplace(
+                i, figures(evaluator.evaluate(epochs[i].response, 0), epochs[i].response));
+    }
 }
 
 void Curves::write_responses(Json *json)
@@ -134,13 +159,11 @@ void Curves::write_response(Json *json, std::size_t at)
     json->key("location").text(code.location());
     json->key("channel").text(code.channel());
     json->key("start").text(volume_.records.channels[at].start_date);
-    const auto [first, is_new] = first_.try_emplace(&epoch.response, at);
-    first_of_[at] = first->second;
-    if (is_new)
+    if (first_of_[at] == at)
         write_new(json, at);
     else
-        json->key("same").index(first->second);
-    if (const auto error = errors_.find(first->second); error != errors_.end())
+        json->key("same").index(first_of_[at]);
+    if (const auto error = errors_.find(first_of_[at]); error != errors_.end())
         json->key("error").text(error->second);
     json->close('}');
 }
@@ -149,54 +172,76 @@ void Curves::write_response(Json *json, std::size_t at)
 void Curves::write_new(Json *json, std::size_t at)
 {
     const ChannelEpoch &epoch = volume_.inventory.channel_epochs()[at];
-    const std::size_t count = frequency_grid_size(epoch.sample_rate);
-    const Evaluation evaluation = evaluator_.evaluate_stages(epoch.response, count);
-    meet_filters(at, evaluation);
-    if (evaluation.refused()) {
-        errors_[at] = evaluation.error;
-    } else if (evaluation.values.empty()) {
+    Sampled sampled = sampler_.sample(epoch.response, epoch.sample_rate);
+    const std::vector<Met> met = meet_stages(at, sampled);
+    if (sampled.evaluation.refused()) {
+        errors_[at] = sampled.evaluation.error;
+    } else if (sampled.frequencies.empty()) {
         errors_[at] = "no frequency lies below half the sample rate";
     } else {
-        json->key("frequency").numbers(grid_.first(evaluation.values.size()));
-        write_curve(json, evaluation.values);
+        std::vector<std::size_t> curves;
+        for (const Met &stage : met)
+            if (stage.curve)
+                curves.push_back(*stage.curve);
+        sampler_.refine(epoch.response, &sampled, curves);
+        write_curve(json, sampled);
+        keep_curves(met, sampled);
     }
+    for (const Met &stage : met)
+        stages_of_[at].push_back(meet_stage({stage.stage, stage.filter}));
 }
 
-std::size_t Curves::meet_filter(const Key &key, const StageCurve *curve, double gain)
+/// Finds or remembers a stage's filter; its curve is to be kept when it goes beyond what is there.
+void Curves::meet_filter(Met *met, const StageFilter &filter, const StageCurve *curve,
+                         const Sampled &sampled)
 {
+    Key key{.filter = filter};
+    if (curve)
+        key = {filter, curve->interval, curve->delay, curve->gain / met->gain,
+               curve->norm_frequency};
     const auto [known, is_new] = filter_by_key_.try_emplace(key, filters_.size());
     if (is_new)
-        filters_.push_back({known->first.filter});
-    Shown &shown = filters_[known->second];
-    if (curve && curve->values.size() > shown.size) {
-        shown.size = curve->values.size();
-        shown.first = points_.size();
-        add_drawn(curve->values, gain, &points_);
-        shown.count = points_.size() - shown.first;
-    }
-    return known->second;
+        filters_.push_back({filter});
+    met->filter = known->second;
+    const Shown &shown = filters_[known->second];
+    if (curve && !curve->values.empty() &&
+        (shown.to < sampled.frequencies.back() ||
+         (shown.to == sampled.frequencies.back() && shown.from > sampled.frequencies.front())))
+        met->curve = curve - sampled.evaluation.stages.data();
 }
 
-void Curves::meet_filters(std::size_t at, const Evaluation &evaluation)
+std::vector<Curves::Met> Curves::meet_stages(std::size_t at, const Sampled &sampled)
 {
     const Response &response = volume_.inventory.channel_epochs()[at].response;
-    auto curve = evaluation.stages.begin();
+    const std::vector<StageCurve> &curves = sampled.evaluation.stages;
+    std::vector<Met> all;
+    auto curve = curves.begin();
     for (const StagePtr &stage : response.stages) {
-        const bool is_evaluated = curve != evaluation.stages.end() && curve->stage == stage->number;
+        const bool is_evaluated = curve != curves.end() && curve->stage == stage->number;
         const StageCurve *values = is_evaluated ? &*curve++ : nullptr;
         if (stage->number == 0)
             continue;
-        ShownStage shown(stage.get(), std::nullopt);
-        if (const auto filter = stage_filter(*stage, values ? values->filter : nullptr)) {
-            const Gain *stated = gain_of(*stage);
-            const double gain = stated ? stated->value : 1.0;
-            Key key{.filter = *filter};
-            if (values)
-                key = {*filter, values->interval, values->delay, values->gain / gain,
-                       values->norm_frequency};
-            shown.second = meet_filter(key, values, gain);
-        }
-        stages_of_[at].push_back(meet_stage(shown));
+        const Gain *stated = gain_of(*stage);
+        Met &met = all.emplace_back(Met{stage.get(), {}, {}, stated ? stated->value : 1.0});
+        if (const auto filter = stage_filter(*stage, values ? values->filter : nullptr))
+            meet_filter(&met, *filter, values, sampled);
+    }
+    return all;
+}
+
+void Curves::keep_curves(const std::vector<Met> &met, const Sampled &sampled)
+{
+    std::vector<double> places(sampled.frequencies.size());
+    std::ranges::transform(sampled.frequencies, places.begin(), grid_place);
+    for (const Met &stage : met) {
+        if (!stage.curve)
+            continue;
+        Shown &shown = filters_[*stage.filter];
+        shown.from = sampled.frequencies.front();
+        shown.to = sampled.frequencies.back();
+        shown.first = points_.size();
+        add_drawn(places, sampled.evaluation.stages[*stage.curve].values, stage.gain, &points_);
+        shown.count = points_.size() - shown.first;
     }
 }
 

@@ -2,17 +2,17 @@
 #pragma once
 
 #include "html/drawn.h"
+#include "html/sampling.h"
 #include "html/stage_filter.h"
 #include "html/volume_read.h"
 #include "platform/json_writer.h"
 
 #include <cstddef>
+#include <limits>
 #include <map>
 #include <optional>
 #include <quarl/response.h>
-#include <span>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -20,17 +20,12 @@
 namespace quarl::html
 {
 
-/// The numbers of a grid as they stand in an array of JSON: made once, and written for each
-/// response.
-class GridText
-{
-public:
-    explicit GridText(std::span<const double> frequencies);
-    [[nodiscard]] std::string_view first(std::size_t count) const;
-
-private:
-    std::string text_;
-    std::vector<std::size_t> ends_; ///< of each number
+/// What is stated of a response at one frequency, and what comes out there.
+struct Figures {
+    double sensitivity = std::numeric_limits<double>::quiet_NaN(); ///< gain of stage 0
+    double frequency = std::numeric_limits<double>::quiet_NaN();   ///< its, Hz
+    double amplitude = std::numeric_limits<double>::quiet_NaN();   ///< as evaluated there
+    std::string unit; ///< "COUNTS per M/S"; empty when the units are not known
 };
 
 /// Writes responses one after the other, and remembers what they consist of.
@@ -38,6 +33,11 @@ class Curves
 {
 public:
     explicit Curves(const VolumeRead &volume);
+
+    [[nodiscard]] const Figures &figures_of(std::size_t epoch) const
+    {
+        return figures_.at(first_of_[epoch]);
+    }
 
     /// The array "responses".
     void write_responses(Json *json);
@@ -69,30 +69,31 @@ private:
     /// A filter and its curve, as far as the longest response needs it.
     struct Shown {
         StageFilter filter;
-        std::size_t size = 0;  ///< of the grid that the curve covers
+        double from = 0.0; ///< Hz; the curve covers what lies between
+        double to = 0.0;
         std::size_t first = 0; ///< of the points
         std::size_t count = 0;
     };
+    /// A stage of the response at hand.
+    struct Met {
+        const Stage *stage;
+        std::optional<std::size_t> filter;
+        std::optional<std::size_t> curve; ///< of the evaluation, when it is to be kept
+        double gain = 1.0;
+    };
     /// A stage and the index of its filter.
     using ShownStage = std::pair<const Stage *, std::optional<std::size_t>>;
-    struct ResponseHash {
-        std::size_t operator()(const Response *response) const { return response->hash(); }
-    };
-    struct SameResponse {
-        bool operator()(const Response *a, const Response *b) const { return *a == *b; }
-    };
-
     void write_response(Json *json, std::size_t epoch);
     void write_new(Json *json, std::size_t epoch);
-    void meet_filters(std::size_t epoch, const Evaluation &evaluation);
-    std::size_t meet_filter(const Key &key, const StageCurve *curve, double gain);
+    std::vector<Met> meet_stages(std::size_t epoch, const Sampled &sampled);
+    void meet_filter(Met *met, const StageFilter &filter, const StageCurve *curve,
+                     const Sampled &sampled);
+    void keep_curves(const std::vector<Met> &met, const Sampled &sampled);
     std::size_t meet_stage(const ShownStage &stage);
     void write_stage(Json *json, const ShownStage &shown) const;
 
     const VolumeRead &volume_;
-    Evaluator evaluator_;
-    GridText grid_; ///< of its frequencies
-    std::unordered_map<const Response *, std::size_t, ResponseHash, SameResponse> first_;
+    Sampler sampler_;
     std::unordered_map<Key, std::size_t, KeyHash> filter_by_key_;
     std::vector<Shown> filters_;
     std::vector<DrawnPoint> points_; ///< of all filters
@@ -101,6 +102,7 @@ private:
     std::vector<std::size_t> first_of_; ///< by epoch: the one that has the same response
     std::vector<std::vector<std::size_t>> stages_of_;     ///< by epoch, of the first ones
     std::unordered_map<std::size_t, std::string> errors_; ///< by epoch
+    std::unordered_map<std::size_t, Figures> figures_;    ///< by epoch, of the first ones
 };
 
 } // namespace quarl::html

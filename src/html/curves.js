@@ -19,25 +19,28 @@ const Curves = (() => {
             ? {name: "overall", style: "overall", frequency, amplitude, phase} : null;
     }
 
-    // A filter's curve is given at some points of the grid, with straight lines between them: of the amplitude's
-    // logarithm and of the phase.
-    function onGrid(filter, size) {
-        const amplitude = new Array(size).fill(NaN);
-        const phase = new Array(size).fill(NaN);
-        filter.at.forEach((end, n) => {
-            const begin = n > 0 ? filter.at[n - 1] : end;
-            const [a, b] = [filter.amplitude[Math.max(n - 1, 0)], filter.amplitude[n]];
-            const [p, q] = [filter.phase[Math.max(n - 1, 0)], filter.phase[n]];
-            for (let i = n > 0 ? begin + 1 : end; i <= end && i < size; ++i) {
-                const part = end > begin ? (i - begin) / (end - begin) : 1;
-                amplitude[i] = i === end ? orNone(b) : a === null || b === null ? NaN : a ** (1 - part) * b ** part;
-                phase[i] = i === end ? orNone(q) : p === null || q === null ? NaN : p + (q - p) * part;
-            }
-        });
+    const place = frequency => 20 * Math.log10(frequency) + 60;
+
+    // A filter's curve is given at some places, with straight lines between them: of the amplitude's logarithm and
+    // of the phase, which goes on beyond 180 degrees where the curve does.
+    function atFrequencies(filter, frequencies) {
+        const {at} = filter;
+        const amplitude = [];
+        const phase = [];
+        let n = 0;
+        for (const frequency of frequencies) {
+            const x = place(frequency);
+            while (n + 1 < at.length && at[n + 1] <= x + 1e-4)
+                ++n;
+            const isOn = Math.abs(at[n] - x) < 1e-3 || n + 1 === at.length;
+            const part = isOn ? 0 : (x - at[n]) / (at[n + 1] - at[n]);
+            const [a, b] = isOn ? [filter.amplitude[n], filter.amplitude[n]] : filter.amplitude.slice(n, n + 2);
+            const [p, q] = isOn ? [filter.phase[n], filter.phase[n]] : filter.phase.slice(n, n + 2);
+            amplitude.push(a === null || b === null ? NaN : a > 0 && b > 0 ? a ** (1 - part) * b ** part : a + (b - a) * part);
+            phase.push(p === null || q === null ? NaN : p + (q - p) * part);
+        }
         return {amplitude, phase};
     }
-
-    const orNone = value => value === null ? NaN : value;
 
     // A stage's gain times its filter's curve; a gain alone is a flat line.
     function ofStage(stage, position, frequency) {
@@ -46,7 +49,7 @@ const Curves = (() => {
             return null;
         const gain = stage.gain === undefined ? 1 : stage.gain;
         const turned = gain < 0 ? 180 : 0;
-        const curve = filter ? onGrid(filter, frequency.length)
+        const curve = filter ? atFrequencies(filter, frequency)
             : {amplitude: frequency.map(() => 1), phase: frequency.map(() => 0)};
         return {
             name: `stage ${stage.stage}`, style: `s${position % 7} d${Math.floor(position / 7) % 3}`, frequency,
@@ -55,7 +58,7 @@ const Curves = (() => {
         };
     }
 
-    const wrap = degrees => degrees > 180 ? degrees - 360 : degrees;
+    const wrap = degrees => degrees - 360 * Math.ceil((degrees - 180) / 360);
 
     function byStage(index) {
         const whole = overall(index);

@@ -2,7 +2,6 @@
 
 #include "blockette/sdblknam.h"
 #include "check/rule.h"
-#include "html/curves.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +13,7 @@ namespace quarl::html
 namespace
 {
 
+constexpr int Computed_Digits = 8;
 constexpr double Not_A_Number = std::numeric_limits<double>::quiet_NaN();
 
 void write_epoch_times(Json *json, double start, double end)
@@ -39,6 +39,15 @@ void write_types(Json *json, const Statistics &statistics)
     json->close(']');
 }
 
+void write_shares(Json *json, const Shares &shares)
+{
+    json->open('{');
+    json->key("parameters").whole(shares.parameters);
+    json->key("data").whole(shares.data);
+    json->key("waste").whole(shares.waste);
+    json->close('}');
+}
+
 void write_head(Json *json, const VolumeRead &volume)
 {
     const Statistics &statistics = volume.statistics;
@@ -54,11 +63,8 @@ void write_head(Json *json, const VolumeRead &volume)
     json->key("version").real(volume.records.identifier ? identifier.version : Not_A_Number);
     write_epoch_times(json, start_seconds(identifier.beg_time), end_seconds(identifier.end_time));
     write_time(&json->key("written"), start_seconds(identifier.volume_time));
-    json->key("shares").open('{');
-    json->key("parameters").whole(statistics.parameters);
-    json->key("data").whole(statistics.data);
-    json->key("waste").whole(statistics.waste);
-    json->close('}');
+    write_shares(&json->key("shares"), shares_of(statistics));
+    write_shares(&json->key("counted"), {statistics.parameters, statistics.data, statistics.waste});
     write_types(json, statistics);
 }
 
@@ -93,17 +99,24 @@ void write_findings(Json *json, const VolumeRead &volume, const Targets &targets
         json->open('{');
         json->key("rule").index(rules[finding.rule]);
         json->key("record").whole(finding.record);
-        json->key("subject").text(finding.told.subject);
-        json->key("text").text(text_of(finding));
-        json->key("station").index(target.station);
-        json->key("channel").index(target.channel);
-        json->key("epoch").index(target.epoch);
+        if (target.station)
+            json->key("station").index(target.station);
+        if (target.channel)
+            json->key("channel").index(target.channel);
+        if (target.epoch)
+            json->key("epoch").index(target.epoch);
         json->close('}');
     }
     json->close(']');
 }
 
-void write_stations(Json *json, const Inventory &inventory)
+void write_position(Json *json, bool is_placed, double latitude, double longitude)
+{
+    json->key("latitude").real(is_placed ? latitude : Not_A_Number);
+    json->key("longitude").real(is_placed ? longitude : Not_A_Number);
+}
+
+void write_stations(Json *json, const Inventory &inventory, const Records &records)
 {
     json->key("stations").open('[');
     for (const Station &station : inventory.stations()) {
@@ -116,8 +129,7 @@ void write_stations(Json *json, const Inventory &inventory)
             const StationEpoch &epoch = inventory.station_epochs()[at];
             json->open('{');
             write_epoch_times(json, epoch.start, epoch.end);
-            json->key("latitude").real(epoch.latitude);
-            json->key("longitude").real(epoch.longitude);
+            write_position(json, records.station_placed[at], epoch.latitude, epoch.longitude);
             json->key("elevation").real(epoch.elevation);
             json->key("name").text(epoch.name);
             json->close('}');
@@ -137,6 +149,19 @@ template <class Spans> void write_spans(Json *json, const Spans &spans)
         write_time(json, span.end);
     }
     json->close(']');
+}
+
+void write_look(Json *json, const Records::Look &look)
+{
+    json->key("rates").open('[');
+    for (const double rate : look.rates)
+        json->real(rate);
+    json->close(']');
+    json->key("formats").open('[');
+    for (const std::string &format : look.formats)
+        json->text(format);
+    json->close(']');
+    json->key("qualities").text(look.qualities);
 }
 
 void write_channels(Json *json, const std::vector<PageChannel> &channels)
@@ -159,6 +184,7 @@ void write_channels(Json *json, const std::vector<PageChannel> &channels)
         json->close(']');
         json->key("records").whole(channel.data.records);
         json->key("samples").whole(channel.data.samples);
+        write_look(json, channel.data.look);
         write_spans(&json->key("spans"), channel.data.spans);
         write_spans(&json->key("overlaps"), channel.data.overlaps);
         json->close('}');
@@ -166,37 +192,27 @@ void write_channels(Json *json, const std::vector<PageChannel> &channels)
     json->close(']');
 }
 
-/// The gain of stage 0, the last one; null when there is none.
-const Gain *sensitivity_of(const Response &response)
+void write_epoch(Json *json, const VolumeRead &volume, const Curves &curves, std::size_t at)
 {
-    const Gain *last = nullptr;
-    for (const StagePtr &stage : response.stages)
-        for (const Part &part : stage->parts)
-            if (const auto *gain = std::get_if<Gain>(&part); gain && stage->number == 0)
-                last = gain;
-    return last;
-}
-
-void write_epoch(Json *json, const Inventory &inventory, const Curves &curves, std::size_t at)
-{
+    const Inventory &inventory = volume.inventory;
     const ChannelEpoch &epoch = inventory.channel_epochs()[at];
     const DictionaryEntry *instrument =
         inventory.entry(Dictionary::abbreviations, epoch.instrument);
-    const Gain *sensitivity = sensitivity_of(epoch.response);
+    const Figures &figures = curves.figures_of(at);
     json->open('{');
     json->key("channel").index(epoch.channel);
     write_epoch_times(json, epoch.start, epoch.end);
     json->key("sample_rate").real(epoch.sample_rate);
     json->key("instrument").text(instrument ? instrument->text : "");
     json->key("signal_units").text(inventory.unit(epoch.signal_units));
-    json->key("latitude").real(epoch.latitude);
-    json->key("longitude").real(epoch.longitude);
+    write_position(json, volume.records.channel_placed[at], epoch.latitude, epoch.longitude);
     json->key("elevation").real(epoch.elevation);
     json->key("depth").real(epoch.depth);
     json->key("azimuth").real(epoch.azimuth);
     json->key("dip").real(epoch.dip);
-    json->key("sensitivity").real(sensitivity ? sensitivity->value : Not_A_Number);
-    json->key("sensitivity_frequency").real(sensitivity ? sensitivity->frequency : Not_A_Number);
+    json->key("sensitivity").real(figures.sensitivity);
+    json->key("sensitivity_frequency").real(figures.frequency);
+    json->key("computed").real(figures.amplitude, Computed_Digits);
     json->key("stages").indexes(curves.stages_of(at));
     json->close('}');
 }
@@ -213,22 +229,21 @@ void write_time(Json *json, double seconds)
 }
 
 void write_data(Out &out, const VolumeRead &volume, const std::vector<PageChannel> &channels,
-                const Targets &targets)
+                const Targets &targets, Curves *curves)
 {
     Json json(out);
-    Curves curves(volume);
     json.open('{');
     write_head(&json, volume);
     write_findings(&json, volume, targets);
-    write_stations(&json, volume.inventory);
+    write_stations(&json, volume.inventory, volume.records);
     write_channels(&json, channels);
-    curves.write_responses(&json.key("responses"));
+    curves->write_responses(&json.key("responses"));
     json.key("epochs").open('[');
     for (std::size_t i = 0; i < volume.inventory.channel_epochs().size(); ++i)
-        write_epoch(&json, volume.inventory, curves, i);
+        write_epoch(&json, volume, *curves, i);
     json.close(']');
-    curves.write_stages(&json.key("stages"));
-    curves.write_filters(&json.key("filters"));
+    curves->write_stages(&json.key("stages"));
+    curves->write_filters(&json.key("filters"));
     json.close('}');
 }
 

@@ -11,8 +11,6 @@ namespace quarl::html
 namespace
 {
 
-constexpr std::size_t Step = 2; ///< of the grid: ten points a decade are enough to the eye
-
 /// Follows a curve from a point on, and knows which straight lines pass all later ones closely.
 class Fan
 {
@@ -43,19 +41,22 @@ private:
 struct Sample {
     DrawnPoint point;
     double height;
+    double phase;
 };
 
-Sample sample(std::complex<double> value, std::size_t at, double gain)
+/// `before` is the phase of the point in front of it, from which it turns by half a circle at most.
+Sample sample(std::complex<double> value, double at, double gain, double before)
 {
     value /= gain;
     const double amplitude = amplitude_of(value);
     // Most filters are symmetric and turn nothing.
-    const double phase = value.imag() != 0.0 || std::isnan(value.real()) ? phase_degrees(value)
-                         : value.real() < 0.0                            ? 180.0
-                                                                         : 0.0;
+    double phase = value.imag() != 0.0 || std::isnan(value.real()) ? phase_degrees(value)
+                   : value.real() < 0.0                            ? 180.0
+                                                                   : 0.0;
+    if (std::isfinite(before) && std::isfinite(phase))
+        phase = before + std::remainder(phase - before, 360.0);
     return {
-        {static_cast<std::int32_t>(at), static_cast<float>(amplitude), static_cast<float>(phase)},
-        std::log(amplitude)};
+        {at, static_cast<float>(amplitude), static_cast<float>(phase)}, std::log(amplitude), phase};
 }
 
 /// The two lines that are drawn from a point on.
@@ -63,37 +64,36 @@ class Lines
 {
 public:
     explicit Lines(const Sample &from)
-        : at_(from.point.at), height_(from.height, Height), phase_(from.point.phase, Degrees)
+        : at_(from.point.at), height_(from.height, Height), phase_(from.phase, Degrees)
     {
     }
     bool reach(const Sample &sample)
     {
         const double steps = sample.point.at - at_;
         const bool rises = height_.reaches(sample.height, steps);
-        return phase_.reaches(sample.point.phase, steps) && rises;
+        return phase_.reaches(sample.phase, steps) && rises;
     }
 
 private:
-    static constexpr double Height = 0.005; // of the natural logarithm
-    static constexpr double Degrees = 0.5;
-    std::int32_t at_;
+    static constexpr double Height = 0.003; // of the natural logarithm
+    static constexpr double Degrees = 0.25;
+    double at_;
     Fan height_;
     Fan phase_;
 };
 
 } // namespace
 
-void add_drawn(std::span<const std::complex<double>> values, double gain,
-               std::vector<DrawnPoint> *points)
+void add_drawn(std::span<const double> places, std::span<const std::complex<double>> values,
+               double gain, std::vector<DrawnPoint> *points)
 {
     if (values.empty())
         return;
-    Sample before = sample(values[0], 0, gain);
+    Sample before = sample(values[0], places[0], gain, 0.0);
     points->push_back(before.point);
     Lines lines(before);
-    for (std::size_t at = 0; at + 1 < values.size();) {
-        at = std::min(at + Step, values.size() - 1);
-        const Sample next = sample(values[at], at, gain);
+    for (std::size_t i = 1; i < values.size(); ++i) {
+        const Sample next = sample(values[i], places[i], gain, before.phase);
         if (!lines.reach(next)) {
             if (points->back().at != before.point.at)
                 points->push_back(before.point);

@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <complex>
-#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -19,15 +18,15 @@ inline double amplitude_of(std::complex<double> value)
 
 /// A point of a curve, and where on the grid of frequencies it lies.
 struct DrawnPoint {
-    std::int32_t at;
+    double at;
     float amplitude;
-    float phase; ///< degrees
+    float phase; ///< degrees; goes on beyond 180 where the curve does
 };
 
-/// Adds the points of a curve, given by its values times `gain` along the grid, between which
-/// straight lines (of the amplitude's logarithm and the phase) are close to it: of every second
-/// point of the grid, and the last. A point without a value is one of them.
-void add_drawn(std::span<const std::complex<double>> values, double gain,
-               std::vector<DrawnPoint> *points);
+/// Adds the points of a curve, given by its values times `gain` at these places, between which
+/// straight lines (of the amplitude's logarithm and the phase) are close to it. A point without a
+/// value is one of them.
+void add_drawn(std::span<const double> places, std::span<const std::complex<double>> values,
+               double gain, std::vector<DrawnPoint> *points);
 
 } // namespace quarl::html

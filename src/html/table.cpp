@@ -1,5 +1,7 @@
 #include "html/table.h"
 
+#include "html/notation.h"
+
 namespace quarl::html
 {
 
@@ -18,6 +20,37 @@ void Table::column(std::string_view name, std::string_view unit)
     }
 }
 
+void Table::cell()
+{
+    if (is_row_head_)
+        page_.put("<th scope=row>");
+    else
+        page_.put("<td>");
+    is_row_head_ = false;
+}
+
+void Table::number_cell()
+{
+    if (is_row_head_)
+        page_.put("<th scope=row class=n>");
+    else
+        page_.put("<td class=n>");
+    is_row_head_ = false;
+}
+
+void Table::time(std::string_view seed)
+{
+    const std::string iso = page_time(trimmed(seed));
+    if (iso.empty()) {
+        cell(seed);
+        return;
+    }
+    page_.put("<td title=\"");
+    page_.text(trimmed(seed));
+    page_.put("\">");
+    page_.text(iso);
+}
+
 void Table::cell(std::string_view text)
 {
     cell();
@@ -26,13 +59,13 @@ void Table::cell(std::string_view text)
 
 void Table::number(std::int64_t value)
 {
-    page_.put("<td class=n>");
+    number_cell();
     page_.number(value);
 }
 
 void Table::number(double value)
 {
-    page_.put("<td class=n>");
+    number_cell();
     page_.real(value);
 }
 

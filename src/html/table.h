@@ -24,8 +24,14 @@ public:
     /// The head of a column: "Local depth (m)" of "local_depth" and "m".
     void column(std::string_view name, std::string_view unit = {});
 
-    void cell() { page_.put("<td>"); }
+    /// The next cell is what its row is about.
+    void begin_row() { is_row_head_ = true; }
+
+    void cell();
     void cell(std::string_view text);
+    /// A time of a volume in the page's notation, with the volume's as a title.
+    void time(std::string_view seed);
+    void number_cell();
     void number(std::int64_t value);
     void number(double value);
     /// A code with the text that it stands for.
@@ -34,6 +40,7 @@ public:
 private:
     Markup &page_;
     const Inventory &inventory_;
+    bool is_row_head_ = false;
 };
 
 inline std::int64_t power_of_two(int exponent)
@@ -55,7 +62,10 @@ void write_field(Table *table, const Field &field, const Record &record)
     } else if constexpr (std::is_same_v<Value, char>) {
         table->cell(std::string_view(&value, value == '\0' ? 0 : 1));
     } else if constexpr (std::is_convertible_v<Value, std::string_view>) {
-        table->cell(value);
+        if (field.meaning == Meaning::time || field.meaning == Meaning::end_time)
+            table->time(value);
+        else
+            table->cell(value);
     } else {
         table->number(value);
     }
@@ -77,21 +87,35 @@ void write_list(Table *table, const List &list, const Record &record)
     }
 }
 
-/// A column for each field of T that is read.
-template <class T> void write_columns(Table *table)
+/// What becomes of a field in a table.
+enum class Shown { yes, empty, no };
+
+struct AllShown {
+    Shown operator()(std::string_view /*name*/) const { return Shown::yes; }
+};
+
+/// A column for each field of T that is read, as far as `shown` says of its name.
+template <class T, class Choice = AllShown>
+void write_columns(Table *table, const Choice &shown = AllShown())
 {
     for_each_field<T>([&](const auto &field) {
-        if (field.meaning != Meaning::absent)
+        if (field.meaning != Meaning::absent && shown(field.name) != Shown::no)
             table->column(field.name, field.unit);
     });
 }
 
 /// The cells of these columns.
-template <class T> void write_fields(Table *table, const T &record)
+template <class T, class Choice = AllShown>
+void write_fields(Table *table, const T &record, const Choice &shown = AllShown())
 {
     for_each_field<T>([&](const auto &field) {
-        if (field.meaning == Meaning::absent)
+        const Shown choice = shown(field.name);
+        if (field.meaning == Meaning::absent || choice == Shown::no)
             return;
+        if (choice == Shown::empty) {
+            table->cell();
+            return;
+        }
         if constexpr (std::decay_t<decltype(field)>::Is_List)
             write_list(table, field, record);
         else

@@ -1,7 +1,11 @@
 #include "html/tables.h"
 
+#include "html/notation.h"
 #include "html/table.h"
+#include "platform/format.h"
 
+#include <cmath>
+#include <initializer_list>
 #include <map>
 
 namespace quarl::html
@@ -10,12 +14,28 @@ namespace quarl::html
 namespace
 {
 
+/// Fields of a channel that stand in front, in the page's own way.
+bool is_shown_first(std::string_view name)
+{
+    for (const std::string_view first : {"location", "channel", "instrument", "local_depth",
+                                         "azimuth", "dip", "sample_rate", "start_date", "end_date"})
+        if (name == first)
+            return true;
+    return false;
+}
+
+Shown shown_of_position(std::string_view name, bool is_placed)
+{
+    return is_placed || (name != "latitude" && name != "longitude") ? Shown::yes : Shown::empty;
+}
+
 class Tables
 {
 public:
-    Tables(Markup &page, const VolumeRead &volume, const std::vector<PageChannel> &channels)
+    Tables(Markup &page, const VolumeRead &volume, const std::vector<PageChannel> &channels,
+           const Curves &curves)
         : page_(page), volume_(volume), inventory_(volume.inventory), channels_(channels),
-          table_(page, volume.inventory)
+          curves_(curves), table_(page, volume.inventory)
     {
         for (const blk_031_t &record :
              std::get<Records::Kept<blk_031_t>>(volume.records.dictionaries))
@@ -30,18 +50,24 @@ public:
 private:
     void begin(std::string_view title);
     void caption(std::string_view title, std::size_t rows);
+    void columns(std::initializer_list<const char *> names);
     void end() { page_.put("</table></div>\n"); }
     void links(std::size_t channel, const std::size_t *epoch);
     void station_row(std::size_t at);
     void epoch_row(std::size_t at);
     void data_cells(const ChannelData &data);
-    void undescribed_row(std::size_t channel);
+    void undescribed_row(std::size_t channel, bool has_headers);
+    void sensitivity(const Figures &figures);
+    void channel_head(std::size_t channel, const std::size_t *epoch, bool is_first);
+    void join(const std::vector<std::string> &texts);
+    void rates(const std::vector<double> &rates);
     void comment_row(const ChannelCode &code, const Comment &comment);
 
     Markup &page_;
     const VolumeRead &volume_;
     const Inventory &inventory_;
     const std::vector<PageChannel> &channels_;
+    const Curves &curves_;
     Table table_;
     std::map<int, const blk_031_t *> comments_; ///< by key, the first of each
 };
@@ -64,6 +90,12 @@ void Tables::caption(std::string_view title, std::size_t rows)
     page_.put("</span></caption><thead><tr>");
 }
 
+void Tables::columns(std::initializer_list<const char *> names)
+{
+    for (const char *name : names)
+        table_.column(name);
+}
+
 void Tables::station_row(std::size_t at)
 {
     const std::size_t station = inventory_.station_epochs()[at].station;
@@ -72,17 +104,27 @@ void Tables::station_row(std::size_t at)
         page_.put(" id=station-");
         page_.number(static_cast<std::int64_t>(station));
     }
-    page_.put(">");
-    write_fields(&table_, volume_.records.stations[at]);
+    page_.put("><td class=go><a href=#site-");
+    page_.number(static_cast<std::int64_t>(station));
+    page_.put(">station</a>");
+    table_.begin_row();
+    table_.cell(page_name(inventory_.stations()[station].code));
+    const bool is_placed = volume_.records.station_placed[at];
+    write_fields(&table_, volume_.records.stations[at],
+                 [=](std::string_view name) { return shown_of_position(name, is_placed); });
     page_.put("</tr>\n");
 }
 
 void Tables::stations()
 {
     const std::size_t rows = inventory_.station_epochs().size();
+    if (rows == 0)
+        return;
     begin("Stations");
     page_.put("<table id=\"stations-table\" class=\"sortable\">");
     caption("Stations", rows);
+    page_.put("<th scope=\"col\" class=go>Show");
+    table_.column("name");
     write_columns<blk_050_t>(&table_);
     page_.put("</thead><tbody>\n");
     for (std::size_t i = 0; i < rows; ++i)
@@ -103,54 +145,116 @@ void Tables::links(std::size_t channel, const std::size_t *epoch)
     page_.put(">response</a>");
 }
 
+void Tables::join(const std::vector<std::string> &texts)
+{
+    std::string joined;
+    for (const std::string &text : texts)
+        joined += (joined.empty() ? "" : ", ") + text;
+    table_.cell(joined);
+}
+
+/// Several only where data records do not agree.
+void Tables::rates(const std::vector<double> &rates)
+{
+    table_.number_cell();
+    for (std::size_t i = 0; i < rates.size(); ++i) {
+        if (i > 0)
+            page_.put(", ");
+        page_.real(rates[i]);
+    }
+}
+
 void Tables::data_cells(const ChannelData &data)
 {
     table_.number(data.records);
     table_.number(data.samples);
     table_.number(static_cast<std::int64_t>(data.spans.empty() ? 0 : data.spans.size() - 1));
+    join(data.look.formats);
+    table_.cell(data.look.qualities);
 }
 
-void Tables::epoch_row(std::size_t at)
+/// The sensitivity at its frequency with its unit, and how far the response is from it there.
+void Tables::sensitivity(const Figures &figures)
 {
-    const std::size_t channel = inventory_.channel_epochs()[at].channel;
-    const bool is_first = inventory_.channels()[channel].epochs.front() == at;
-    page_.put("<tr id=epoch-");
-    page_.number(static_cast<std::int64_t>(at));
-    page_.put("><td class=go");
+    table_.number_cell();
+    if (!std::isfinite(figures.sensitivity)) {
+        table_.cell();
+        return;
+    }
+    page_.text(formatted<"%.6g">(figures.sensitivity));
+    if (!figures.unit.empty()) {
+        page_.put(" ");
+        page_.text(figures.unit);
+    }
+    page_.put(" at ");
+    page_.text(formatted<"%.6g">(figures.frequency));
+    page_.put(" Hz");
+    table_.number_cell();
+    const double off = 100 * (figures.amplitude / std::abs(figures.sensitivity) - 1);
+    if (std::isfinite(off))
+        page_.text(formatted<"%+.2f">(std::abs(off) < 0.005 ? 0.0 : off));
+}
+
+/// Links and name, which the columns of a row begin with.
+void Tables::channel_head(std::size_t channel, const std::size_t *epoch, bool is_first)
+{
+    page_.put("<td class=go");
     if (is_first) {
         page_.put(" id=channel-");
         page_.number(static_cast<std::int64_t>(channel));
     }
     page_.put(">");
-    links(channel, &at);
-    table_.cell(channels_[channel].code.network());
-    table_.cell(channels_[channel].code.station());
-    write_fields(&table_, volume_.records.channels[at]);
+    links(channel, epoch);
+    table_.begin_row();
+    table_.cell(page_name(channels_[channel].code));
+}
+
+void Tables::epoch_row(std::size_t at)
+{
+    const ChannelEpoch &epoch = inventory_.channel_epochs()[at];
+    const blk_052_t &record = volume_.records.channels[at];
+    const bool is_first = inventory_.channels()[epoch.channel].epochs.front() == at;
+    page_.put("<tr id=epoch-");
+    page_.number(static_cast<std::int64_t>(at));
+    page_.put(">");
+    channel_head(epoch.channel, &at, is_first);
+    table_.time(record.start_date);
+    table_.time(record.end_date);
+    table_.number(epoch.sample_rate);
+    sensitivity(curves_.figures_of(at));
+    table_.number(epoch.azimuth);
+    table_.number(epoch.dip);
+    table_.number(epoch.depth);
+    const DictionaryEntry *sensor = inventory_.entry(Dictionary::abbreviations, epoch.instrument);
+    table_.cell(sensor ? std::string_view(sensor->text) : std::string_view());
+    const bool is_placed = volume_.records.channel_placed[at];
+    write_fields(&table_, record, [=](std::string_view name) {
+        return is_shown_first(name) ? Shown::no : shown_of_position(name, is_placed);
+    });
     if (is_first)
-        data_cells(channels_[channel].data);
+        data_cells(channels_[epoch.channel].data);
     else
-        page_.put("<td><td><td>");
+        page_.put("<td><td><td><td><td>");
     page_.put("</tr>\n");
 }
 
 /// A channel that has data alone: what these tell.
-void Tables::undescribed_row(std::size_t channel)
+void Tables::undescribed_row(std::size_t channel, bool has_headers)
 {
-    const ChannelCode &code = channels_[channel].code;
-    page_.put("<tr><td class=go id=channel-");
-    page_.number(static_cast<std::int64_t>(channel));
-    page_.put(">");
-    links(channel, nullptr);
-    table_.cell(code.network());
-    table_.cell(code.station());
-    for_each_field<blk_052_t>([&](const auto &field) {
-        if (field.meaning == Meaning::absent)
-            return;
-        table_.cell(field.name == "location"  ? code.location()
-                    : field.name == "channel" ? code.channel()
-                                              : std::string_view());
-    });
-    data_cells(channels_[channel].data);
+    const ChannelData &data = channels_[channel].data;
+    page_.put("<tr>");
+    channel_head(channel, nullptr, true);
+    table_.cell(data.spans.empty() ? "" : page_time(data.spans.front().start));
+    table_.cell(data.spans.empty() ? "" : page_time(data.spans.back().end));
+    rates(data.look.rates);
+    if (has_headers) {
+        page_.put("<td><td><td><td><td><td>");
+        for_each_field<blk_052_t>([&](const auto &field) {
+            if (field.meaning != Meaning::absent && !is_shown_first(field.name))
+                table_.cell();
+        });
+    }
+    data_cells(data);
     page_.put("</tr>\n");
 }
 
@@ -158,30 +262,37 @@ void Tables::channels()
 {
     const std::size_t epochs = inventory_.channel_epochs().size();
     const std::size_t described = inventory_.channels().size();
+    const std::size_t rows = epochs + channels_.size() - described;
+    if (rows == 0)
+        return;
     begin("Channels");
     page_.put("<table id=\"channels-table\" class=\"sortable\">");
-    caption("Channels", epochs + channels_.size() - described);
+    caption("Channels", rows);
     page_.put("<th scope=\"col\" class=go>Show");
-    table_.column("network");
-    table_.column("station");
-    write_columns<blk_052_t>(&table_);
-    table_.column("data_records");
-    table_.column("samples");
-    table_.column("gaps");
+    columns({"channel", "start", "end", "sample rate (Hz)"});
+    if (epochs > 0) {
+        columns({"sensitivity", "response against it (%)", "azimuth (°)", "dip (°)", "depth (m)",
+                 "sensor"});
+        write_columns<blk_052_t>(&table_, [](std::string_view name) {
+            return is_shown_first(name) ? Shown::no : Shown::yes;
+        });
+    }
+    columns({"data records", "samples", "gaps", "encoding", "quality"});
     page_.put("</thead><tbody>\n");
     for (std::size_t i = 0; i < epochs; ++i)
         epoch_row(i);
     for (std::size_t i = described; i < channels_.size(); ++i)
-        undescribed_row(i);
+        undescribed_row(i, epochs > 0);
     end();
 }
 
 void Tables::comment_row(const ChannelCode &code, const Comment &comment)
 {
     page_.put("<tr>");
-    table_.cell(code.text());
-    table_.cell(time_text(comment.start));
-    table_.cell(time_text(comment.end));
+    table_.begin_row();
+    table_.cell(page_name(code));
+    table_.time(time_text(comment.start));
+    table_.time(time_text(comment.end));
     const auto found = comments_.find(comment.key);
     const blk_031_t *record = found == comments_.end() ? nullptr : found->second;
     table_.number(std::int64_t{comment.key});
@@ -199,6 +310,8 @@ void Tables::comments()
         rows += epoch.comments.size();
     for (const ChannelEpoch &epoch : inventory_.channel_epochs())
         rows += epoch.comments.size();
+    if (rows == 0)
+        return;
     begin("Comments");
     page_.put("<table id=\"comments-table\" class=\"sortable\">");
     caption("Comments", rows);
@@ -229,6 +342,7 @@ template <class T> void Tables::dictionary(std::string_view title)
     page_.put("</thead><tbody>\n");
     for (const T &record : records) {
         page_.put("<tr>");
+        table_.begin_row();
         write_fields(&table_, record);
         page_.put("</tr>\n");
     }
@@ -237,9 +351,10 @@ template <class T> void Tables::dictionary(std::string_view title)
 
 } // namespace
 
-void write_tables(Markup &page, const VolumeRead &volume, const std::vector<PageChannel> &channels)
+void write_tables(Markup &page, const VolumeRead &volume, const std::vector<PageChannel> &channels,
+                  const Curves &curves)
 {
-    Tables tables(page, volume, channels);
+    Tables tables(page, volume, channels, curves);
     page.put("<section id=\"tables\"><h2>Tables</h2>\n");
     tables.stations();
     tables.channels();

@@ -1,6 +1,7 @@
 // The tables of a page: stations, channels, comments, dictionaries.
 #pragma once
 
+#include "html/curves.h"
 #include "html/markup.h"
 #include "html/volume_read.h"
 
@@ -10,6 +11,7 @@ namespace quarl::html
 {
 
 /// The section "tables".
-void write_tables(Markup &page, const VolumeRead &volume, const std::vector<PageChannel> &channels);
+void write_tables(Markup &page, const VolumeRead &volume, const std::vector<PageChannel> &channels,
+                  const Curves &curves);
 
 } // namespace quarl::html

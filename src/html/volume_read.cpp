@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <quarl/samples.h>
 
 namespace quarl::html
 {
@@ -53,10 +54,70 @@ ChannelByCode channels_by_code(const std::vector<PageChannel> &channels)
     return found;
 }
 
+bool is_blank(std::string_view bytes, std::size_t at, std::size_t size)
+{
+    return at >= bytes.size() ||
+           bytes.substr(at, size).find_first_not_of(' ') == std::string_view::npos;
+}
+
+/// Whether a blockette of a station or channel gives latitude and longitude.
+bool is_placed(const Item &item)
+{
+    constexpr std::size_t Station_Position = 12;
+    constexpr std::size_t Comment = 19; // of a channel, in front of two units
+    constexpr std::size_t Latitude = 10;
+    constexpr std::size_t Longitude = 11;
+    const std::string_view bytes = item.bytes();
+    std::size_t at = Station_Position;
+    if (item.type() == blk_052_t::Number) {
+        at = bytes.find('~', std::min(Comment, bytes.size()));
+        if (at == std::string_view::npos)
+            return false;
+        at += 7;
+    }
+    return !is_blank(bytes, at, Latitude) && !is_blank(bytes, at + Latitude, Longitude);
+}
+
+template <class List, class Value> void note(List *list, const Value &value)
+{
+    constexpr std::size_t Most = 8;
+    if (list->size() < Most && std::find(list->begin(), list->end(), value) == list->end())
+        list->push_back(value);
+}
+
+std::string format_of(const blk_dh_t &header)
+{
+    if (header.encoding < 0)
+        return std::string(trimmed(header.format));
+    const std::string_view name = name_of(Encoding{header.encoding});
+    return name.empty() ? "encoding " + std::to_string(header.encoding) : std::string(name);
+}
+
 } // namespace
+
+void Records::look(const Item &item, const blk_dh_t &header)
+{
+    const ChannelCode code(header.network_code, header.stn_id, header.loc_id, header.chan_id);
+    if (!last_look_ || last_look_->first != code)
+        last_look_ = &*looks.try_emplace(code).first;
+    Look &look = last_look_->second;
+    if (std::string format = format_of(header); !format.empty())
+        note(&look.formats, format);
+    note(&look.qualities, header.quality_indicator);
+    const double exact = item.data_blockettes().refinement().sample_rate;
+    note(&look.rates, exact > 0.0 ? exact : header.samp_rate);
+}
 
 void Records::add(const Item &item)
 {
+    if (const auto *header = item.get<blk_dh_t>()) {
+        look(item, *header);
+        return;
+    }
+    if (item.get<blk_050_t>())
+        station_placed.push_back(is_placed(item));
+    if (item.get<blk_052_t>() && !stations.empty())
+        channel_placed.push_back(is_placed(item));
     if (const auto *volume = item.get<blk_010_t>(); volume && !identifier)
         identifier = *volume;
     keep(item, &stations);
@@ -66,8 +127,16 @@ void Records::add(const Item &item)
         std::apply([&](auto &...kept) { (keep(item, &kept), ...); }, dictionaries);
 }
 
-void ChannelData::add(const DataChannel &channel)
+void ChannelData::add(const DataChannel &channel, const Records &kept)
 {
+    if (const auto found = kept.looks.find(channel.code); found != kept.looks.end()) {
+        for (const std::string &format : found->second.formats)
+            note(&look.formats, format);
+        for (const char quality : found->second.qualities)
+            note(&look.qualities, quality);
+        for (const double rate : found->second.rates)
+            note(&look.rates, rate);
+    }
     records += channel.records;
     samples += channel.samples;
     spans.insert(spans.end(), channel.spans.begin(), channel.spans.end());
@@ -109,8 +178,28 @@ std::string_view name_of(const Statistics::Type &type)
     return row ? trimmed(row->name) : std::string_view();
 }
 
-std::vector<PageChannel> page_channels(const Inventory &inventory)
+Shares shares_of(const Statistics &statistics)
 {
+    // What is counted goes by stated lengths, which may be beyond what there is.
+    Shares shares;
+    shares.data = std::clamp<std::int64_t>(statistics.data, 0, statistics.bytes);
+    shares.parameters =
+        std::clamp<std::int64_t>(statistics.parameters, 0, statistics.bytes - shares.data);
+    shares.waste = statistics.bytes - shares.data - shares.parameters;
+    return shares;
+}
+
+bool holds_nothing(const VolumeRead &volume)
+{
+    const Inventory &inventory = volume.inventory;
+    return !volume.records.identifier && inventory.stations().empty() &&
+           inventory.data_channels().empty() && volume.statistics.parameters <= 0 &&
+           volume.statistics.data <= 0;
+}
+
+std::vector<PageChannel> page_channels(const VolumeRead &volume)
+{
+    const Inventory &inventory = volume.inventory;
     std::vector<PageChannel> channels;
     for (const Channel &channel : inventory.channels())
         channels.push_back({channel.code, &channel, {}});
@@ -125,7 +214,8 @@ std::vector<PageChannel> page_channels(const Inventory &inventory)
         }
         if (found == described.end())
             channels.push_back({data.code, nullptr, {}});
-        channels[found == described.end() ? channels.size() - 1 : found->second].data.add(data);
+        channels[found == described.end() ? channels.size() - 1 : found->second].data.add(
+            data, volume.records);
     }
     for (PageChannel &channel : channels)
         channel.data.put_in_order();

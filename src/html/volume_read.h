@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <quarl/inventory.h>
 #include <quarl/item.h>
@@ -13,6 +14,7 @@
 #include <string_view>
 #include <tuple>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace quarl::html
@@ -30,7 +32,23 @@ struct Records {
                Kept<blk_047_t>, Kept<blk_048_t>>
         dictionaries;
 
+    /// What data records say of a channel besides their times: each once, the first few.
+    struct Look {
+        std::vector<std::string> formats; ///< "Steim-2"
+        std::string qualities;            ///< "D"
+        std::vector<double> rates;        ///< Hz
+    };
+    std::map<ChannelCode, Look> looks; ///< by the code that the records have
+    // Whether the blockettes give a position; blanks are none.
+    std::vector<bool> station_placed;
+    std::vector<bool> channel_placed;
+
     void add(const Item &item);
+
+private:
+    void look(const Item &item, const blk_dh_t &header);
+
+    std::pair<const ChannelCode, Look> *last_look_ = nullptr;
 };
 
 /// The data of a channel, with those whose headers lack the network code.
@@ -39,8 +57,9 @@ struct ChannelData {
     std::int64_t samples = 0;
     std::vector<DataSpan> spans;
     std::vector<DataOverlap> overlaps;
+    Records::Look look;
 
-    void add(const DataChannel &channel);
+    void add(const DataChannel &channel, const Records &kept);
     /// Spans and overlaps in order of time, when all were added.
     void put_in_order();
 };
@@ -79,6 +98,7 @@ struct VolumeRead {
     Records records;
     Statistics statistics;
     bool complete = false; ///< read to its end, which is where it should be
+    bool cut = false;      ///< in the middle of something
     std::string program;   ///< "quarl-html 1.0.0"
 };
 
@@ -90,6 +110,17 @@ std::vector<Statistics::Type> types_by_size(const Statistics &statistics);
 std::string_view name_of(const Statistics::Type &type);
 
 /// The channels of a volume with their data.
-std::vector<PageChannel> page_channels(const Inventory &inventory);
+std::vector<PageChannel> page_channels(const VolumeRead &volume);
+
+/// Bytes of the input by what they were read as: their sum is that of the input.
+struct Shares {
+    std::int64_t parameters = 0;
+    std::int64_t data = 0;
+    std::int64_t waste = 0;
+};
+Shares shares_of(const Statistics &statistics);
+
+/// Nothing of a volume was found in the input.
+bool holds_nothing(const VolumeRead &volume);
 
 } // namespace quarl::html

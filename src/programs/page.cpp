@@ -54,6 +54,7 @@ void PageReading::take(const Item &item)
     }
     statistics = end->statistics;
     into_->complete = end->complete();
+    into_->cut = end->cut;
     failed_ |= end->failed;
 }
 

@@ -213,19 +213,19 @@ def column(browser, table, number):
 
 def check_tables(browser, data):
     """Sorts by name and by number, by mouse and by key; finds; links lead to drawings."""
-    button = "#stations-table th:nth-child(2) button"
+    button = "#stations-table th:nth-child(4) button"
     browser.click(button)
-    latitudes = [float(v) for v in column(browser, "stations-table", 1)]
+    latitudes = [float(v) for v in column(browser, "stations-table", 3)]
     assert latitudes == sorted(latitudes), "not sorted"
     browser.evaluate(f"document.querySelector('{button}').focus()")
     browser.press("Enter")
-    equal("sorted again", [float(v) for v in column(browser, "stations-table", 1)], latitudes[::-1])
+    equal("sorted again", [float(v) for v in column(browser, "stations-table", 3)], latitudes[::-1])
     equal("what it tells", browser.evaluate(f"document.querySelector('{button}').parentNode.ariaSort"), "descending")
     browser.click("#search")
     for letter in "s042":
         browser.press(letter)
     browser.evaluate("new Promise(done => setTimeout(done, 300))")
-    equal("found", column(browser, "stations-table", 0), ["S042"])
+    equal("found", column(browser, "stations-table", 1), ["XX.S042"])
     equal("found rows of the timeline", count(browser, "g.row.channel"), 10)
     equal("said", text(browser, "#nav output"), "10 channels")
     equal("found epochs", count(browser, "#responses-view option"), 10)

@@ -22,7 +22,7 @@ sys.path.insert(0, str(HERE.parent / "json"))
 from volumes import run, volumes  # noqa: E402
 
 TAGS = set("html head meta title style body header h1 h2 dl div dt dd svg rect ul li table caption span thead "
-           "tbody tr th td nav a main section p details summary b noscript script".split())
+           "tbody tr th td nav a main section small p details summary b noscript script".split())
 
 
 class Page(html.parser.HTMLParser):
@@ -32,7 +32,7 @@ class Page(html.parser.HTMLParser):
         super().__init__()
         self.scripts, self.styles, self.texts, self.ids, self.links = [], [], [], [], []
         self.rows, self.findings, self.policy, self.data = {}, 0, None, None
-        self.inside, self.table = "", None
+        self.inside, self.table, self.section = "", None, None
         self.text = bytes_.decode("utf-8")
         self.feed(self.text)
         self.visible = "\n".join(self.texts)
@@ -52,7 +52,8 @@ class Page(html.parser.HTMLParser):
             self.table = attrs.get("id")
         if tag == "tr":
             self.rows[self.table] = self.rows.get(self.table, -1) + 1  # without the head
-        self.findings += tag == "li" and self.table is None
+        self.section = attrs.get("id") if tag == "section" else self.section
+        self.findings += tag == "li" and self.section == "findings"
 
     def handle_endtag(self, tag):
         self.inside = ""
@@ -84,27 +85,43 @@ def check_structure(page):
     assert len(page.ids) == len(set(page.ids)), "an id twice"
     drawn = {f"timeline-{i}" for i in range(len(data["channels"]))}
     drawn |= {f"response-{i}" for i in range(len(data["epochs"]))}
+    drawn |= {f"site-{i}" for i in range(len(data["stations"]))}
+    drawn |= {link[1:] for link in page.links if re.fullmatch(r"#stage-\d+-\d+", link)
+              and int(link.split("-")[1]) < len(data["epochs"])}
     for link in page.links:
         assert link[0] == "#" and (link[1:] in page.ids or link[1:] in drawn), link
     alone = sum(1 for c in data["channels"] if not c["epochs"])
-    assert page.rows["channels-table"] == len(data["epochs"]) + alone
-    assert page.rows["stations-table"] == sum(len(s["epochs"]) for s in data["stations"])
-    assert page.rows["types-table"] == len(data["types"])
-    shares = data["shares"]
-    assert not data["complete"] or sum(shares.values()) == data["bytes"], shares
+    rows = {"channels-table": len(data["epochs"]) + alone,
+            "stations-table": sum(len(s["epochs"]) for s in data["stations"]), "types-table": len(data["types"])}
+    for table, count in rows.items():
+        assert page.rows.get(table, 0) == count, table
+    assert all(rows for table, rows in page.rows.items() if table != "types-table"), "an empty table"
+    assert page.findings == len(data["findings"])
+    check_shares(data, page)
     assert len(data["responses"]) == len(data["epochs"])
     for channel in data["channels"]:
         for times in (channel["spans"], channel["overlaps"]):
             assert times == sorted(times), times
 
 
-def interpolated(curve, at):
-    """Amplitude and phase of a filter at a point of the grid."""
-    i = max(1, bisect.bisect_left(curve["at"], at))
-    a, b = curve["at"][i - 1], curve["at"][i] if i < len(curve["at"]) else curve["at"][i - 1]
-    low, high = (curve["amplitude"][curve["at"].index(x)] for x in (a, b))
-    share = (at - a) / (b - a) if b > a else 0
-    return low * (high / low) ** share
+def check_shares(data, page):
+    """Shares are of the bytes that were read; what a listing counts beyond them is told."""
+    assert sum(data["shares"].values()) == data["bytes"] and min(data["shares"].values()) >= 0, data["shares"]
+    is_told = "statistics of a listing" in page.visible
+    assert is_told == (any(data["shares"][kind] != data["counted"][kind] for kind in ("parameters", "data"))
+                       and bool(page.rows.get("types-table"))), data["counted"]
+    nothing = not data["stations"] and not data["channels"] and data["version"] is None
+    assert ("all rules hold" in page.visible) <= (not data["findings"] and not nothing), "nothing is no sound volume"
+
+
+def interpolated(curve, frequency):
+    """Amplitude of a filter at a frequency."""
+    at = 20 * math.log10(frequency) + 60
+    i = min(max(1, bisect.bisect_left(curve["at"], at)), len(curve["at"]) - 1)
+    a, b = curve["at"][i - 1:i + 1]
+    low, high = curve["amplitude"][i - 1:i + 1]
+    share = min(max((at - a) / (b - a), 0), 1)
+    return low * (high / low) ** share if low and high else 0
 
 
 def check_curves(page):
@@ -120,14 +137,15 @@ def check_curves(page):
         if "error" in response or not epoch["stages"]:
             continue
         assert len(response["frequency"]) == len(response["amplitude"]) == len(response["phase"])
-        for at, amplitude in enumerate(response["amplitude"]):
-            if at % 2 or not amplitude:  # curves have every second point
+        top = max(filter(None, response["amplitude"]), default=0)
+        for frequency, amplitude in zip(response["frequency"], response["amplitude"]):
+            if not amplitude or amplitude < 1e-4 * top:
                 continue
             whole = 1
             for stage in (data["stages"][i] for i in epoch["stages"]):
                 curve = data["filters"][stage["filter"]] if stage["filter"] is not None else {}
-                whole *= stage.get("gain", 1) * (interpolated(curve, at) if "at" in curve else 1)
-            assert abs(math.log(whole / amplitude)) < 0.01 * len(epoch["stages"]), (i, at, whole, amplitude)
+                whole *= stage.get("gain", 1) * (interpolated(curve, frequency) if "at" in curve else 1)
+            assert abs(math.log(whole / amplitude)) < 0.01 * len(epoch["stages"]), (i, frequency, whole, amplitude)
         checked += 1
     return checked
 

@@ -205,35 +205,82 @@ def evaluate(stages, grid):
     return [product(h(f) for h in factors) for f in grid]
 
 
-def page_responses(program, path):
-    """Name and response of each epoch in the page of a volume."""
+def page_data(program, path):
+    """The data of a volume's page; name and response of each epoch in it."""
     page = subprocess.run([program, path], capture_output=True, check=True).stdout.decode()
     data = json.loads(re.search(r'id="volume">(.*?)</script>', page, re.DOTALL).group(1))
-    for r in data["responses"]:
-        name = f"{r['station']}.{r['location']}.{r['channel']},{r['start']}"
-        yield name, data["responses"][r.get("same", -1)] if "same" in r else r
+    named = [(f"{r['station']}.{r['location']}.{r['channel']},{r['start']}",
+              data["responses"][r["same"]] if "same" in r else r) for r in data["responses"]]
+    return data, named
 
 
-def difference(expected, amplitude, phase):
-    """Of amplitudes, relative, and of phases in degrees."""
+def difference(expected, amplitude, phase, top):
+    """Of amplitudes, relative, and of phases in degrees. Sums of a filter's many terms that cancel each other are
+    compared with the curve's top."""
+    if abs(expected) < 1e-9 * top:
+        return abs(abs(expected) - amplitude) / top, 0
     turn = abs(math.degrees(cmath.phase(expected)) - phase)
     return abs(amplitude / abs(expected) - 1), min(turn, 360 - turn)
+
+
+def check_frequencies(found, rate):
+    """A grid up to half the rate, and more."""
+    end = rate / 2
+    assert found == sorted(set(found)) and abs(found[-1] / end - 1) < 1e-7, "does not end at half the rate"
+    for f in (10 ** (k / 20) for k in range(-60, 140)):
+        assert f >= end * (1 - 1e-6) or any(abs(g / f - 1) < 1e-7 for g in found), f"not at {f} Hz"
+
+
+def check_lines(stages, response):
+    """Lines between points are within 0.5 % and half a degree of what is in their middle."""
+    frequency, amplitude, phase = (response[key] for key in ("frequency", "amplitude", "phase"))
+    middles = [math.sqrt(a * b) for a, b in zip(frequency, frequency[1:])]
+    top = max(amplitude)
+    for i, value in enumerate(evaluate(stages, middles)):
+        if abs(value) < 1e-4 * top:
+            continue
+        line = math.sqrt(amplitude[i] * amplitude[i + 1])
+        half = phase[i] + math.remainder(phase[i + 1] - phase[i], 360) / 2
+        turn = math.remainder(half - math.degrees(cmath.phase(value)), 360)
+        assert abs(math.log(line / abs(value))) < 0.005 and abs(turn) < 0.5, f"lines at {middles[i]} Hz"
+
+
+def check_stage_lines(stages, epoch, data):
+    """Those of the filters' curves too, at any point."""
+    sensitivity = [c for n, parts in stages if n == 0 for _, c in parts if c[0] == 58]
+    parts_of = dict(stages)
+    for stage in (data["stages"][i] for i in epoch["stages"]):
+        curve = data["filters"][stage["filter"]] if stage["filter"] is not None else {}
+        if "at" not in curve or not sensitivity:
+            continue
+        value = stage_of(stage["stage"], parts_of[stage["stage"]], sensitivity[-1][2])
+        top = max(curve["amplitude"])
+        points = list(zip(curve["at"], curve["amplitude"], curve["phase"]))
+        for (at, a, p), (to, b, q) in zip(points, points[1:]):
+            for share in (0.3, 0.5, 0.8):
+                exact = value(10 ** ((at + share * (to - at) - 60) / 20)) / stage.get("gain", 1)
+                if abs(exact) < 1e-4 * top:
+                    continue
+                turn = math.remainder(p + share * (q - p) - math.degrees(cmath.phase(exact)), 360)
+                assert abs(math.log(a ** (1 - share) * b ** share / abs(exact))) < 0.005 and abs(turn) < 0.5, \
+                    f"stage {stage['stage']}, place {at} to {to}"
 
 
 def check_epoch(rate, stages, response):
     """The largest differences; None for an epoch that neither side evaluates."""
     if any(number == -1 for number, _ in stages):
         return None
-    grid = [f for f in (10 ** (k / 20) for k in range(-60, 140)) if f < rate / 2]
+    grid = response.get("frequency", [rate / 4])
     try:
         values = evaluate(stages, grid)
     except Refused as reason:
         assert "error" in response, f"not refused: {reason}"
         return None
     assert "error" not in response, response["error"]
-    assert len(response["frequency"]) == len(grid), "another grid"
-    assert all(abs(f / g - 1) < 1e-7 for f, g in zip(response["frequency"], grid)), "another grid"
-    curve = map(difference, values, response["amplitude"], response["phase"])
+    check_frequencies(grid, rate)
+    check_lines(stages, response)
+    top = max(response["amplitude"])
+    curve = [difference(*at, top) for at in zip(values, response["amplitude"], response["phase"])]
     return [max(d) for d in zip((0, 0), *curve)]
 
 
@@ -241,13 +288,15 @@ def main(program, folder):
     compared, worst = 0, [0, 0]
     for path in sorted(pathlib.Path(folder).glob("*.seed*")):
         data = (gzip.open if path.suffix == ".gz" else open)(path, "rb").read()
-        theirs = list(page_responses(program, path))
+        page, theirs = page_data(program, path)
         ours = epochs(data)
         assert [n for n, _ in theirs] == [n for n, _, _ in ours], f"{path}: other epochs"
-        for (name, rate, stages), (_, response) in zip(ours, theirs):
+        for (name, rate, stages), (_, response), epoch in zip(ours, theirs, page["epochs"]):
             try:
                 found = check_epoch(rate, stages, response)
                 assert not found or (found[0] < 1e-6 and found[1] < 1e-4), found
+                if found:
+                    check_stage_lines(stages, epoch, page)
             except AssertionError as reason:
                 sys.exit(f"{path} {name}: {reason}")
             if found:

@@ -9,6 +9,8 @@
 #include "html/data.h"
 #include "html/drawn.h"
 #include "html/markup.h"
+#include "html/notation.h"
+#include "html/sampling.h"
 #include "platform/utf8.h"
 #include "programs/output_file.h"
 #include "support/capture.h"
@@ -19,6 +21,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
+#include <numbers>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -86,40 +89,92 @@ TEST(Page, JsonNumbersAndTexts)
                     "\"\\u003c/script>\\\"\\\\\\u001b\u00e9\\u0085\"]");
 }
 
-/// The value of a drawn curve at a point of the grid.
-double on_line(const std::vector<html::DrawnPoint> &points, std::size_t at)
+/// Amplitude and phase of a drawn curve at a place.
+std::pair<double, double> on_line(const std::vector<html::DrawnPoint> &points, double at)
 {
     auto above = points.begin() + 1;
-    while (static_cast<std::size_t>(above->at) < at)
+    while (above->at < at)
         ++above;
     const html::DrawnPoint &a = above[-1];
-    const double share = (static_cast<double>(at) - a.at) / (above->at - a.at);
-    return std::exp(std::lerp(std::log(a.amplitude), std::log(above->amplitude), share));
+    const double share = (at - a.at) / (above->at - a.at);
+    return {std::exp(std::lerp(std::log(a.amplitude), std::log(above->amplitude), share)),
+            std::lerp(double{a.phase}, double{above->phase}, share)};
 }
 
 TEST(Page, LinesFollowCurves)
 {
     std::vector<std::complex<double>> curve; // a resonance, and a phase that winds
-    for (int i = 0; i < 100; ++i) {
-        const double f = std::pow(10, (i - 60) / 20.0);
-        curve.push_back(-3.0 / std::complex<double>(1 - f * f, 0.1 * f) * std::polar(1.0, -f));
+    std::vector<double> places;
+    std::vector<double> phases;
+    for (int i = 0; i < 400; ++i) {
+        const double f = std::pow(10, (i - 240) / 80.0);
+        const auto value = 3.0 / std::complex<double>(1 - f * f, 0.1 * f) * std::polar(1.0, -f);
+        curve.push_back(-value);
+        places.push_back(i / 4.0);
+        phases.push_back((std::arg(1.0 / std::complex<double>(1 - f * f, 0.1 * f)) - f) * 180 /
+                         std::numbers::pi);
     }
     std::vector<html::DrawnPoint> points;
-    html::add_drawn(curve, -3.0, &points);
-    EXPECT_LT(points.size(), 40);
-    for (std::size_t i = 0; i < curve.size(); i += 2)
-        EXPECT_NEAR(on_line(points, i) * 3 / std::abs(curve[i]), 1.0, 0.0052) << i;
-    EXPECT_NEAR(points.front().phase, 0.0, 0.2);
+    html::add_drawn(places, curve, -3.0, &points);
+    EXPECT_LT(points.size(), 150);
+    for (std::size_t i = 0; i < curve.size(); ++i) {
+        const auto [amplitude, phase] = on_line(points, places[i]);
+        EXPECT_NEAR(amplitude * 3 / std::abs(curve[i]), 1.0, 0.0032) << i;
+        EXPECT_NEAR(phase, phases[i], 0.26) << i; // over all its turns
+    }
+    EXPECT_LT(points.back().phase, -3600);
 
     const std::vector<std::complex<double>> broken = {1, 1, 1, 1, No_Number, 1, 0, 1, 1, 1, 1, 1};
     points.clear();
-    html::add_drawn({}, 1, &points);
-    html::add_drawn(broken, 1, &points);
-    std::vector<int> at;
+    html::add_drawn({}, {}, 1, &points);
+    html::add_drawn(std::span(places).first(broken.size()), broken, 1, &points);
+    std::vector<double> at;
     at.reserve(points.size());
     for (const html::DrawnPoint &point : points)
-        at.push_back(point.at);
-    EXPECT_EQ(at, std::vector({0, 2, 4, 6, 8, 11}));
+        at.push_back(4 * point.at);
+    EXPECT_EQ(at, std::vector<double>({0, 3, 4, 5, 6, 7, 11}));
+}
+
+TEST(Page, NamesAndTimes)
+{
+    EXPECT_EQ(html::page_name({"XX", "ABC", "", "BHZ"}), "XX.ABC..BHZ");
+    EXPECT_EQ(html::page_name({"", "ABC", "00", "BHZ", 2}), ".ABC.00.BHZ (2)");
+    EXPECT_EQ(html::page_name({"XX", "ABC"}), "XX.ABC");
+    EXPECT_EQ(html::page_time("2018,191,12:30:10.5"), "2018-07-10 12:30:10.5");
+    EXPECT_EQ(html::page_time("2018,366"), "");
+
+    html::Notation notation;
+    notation.know({"XX", "ABC", "00", "BHZ"});
+    notation.know({"XX", "ABC"});
+    for (const auto &[text, put] : std::initializer_list<std::pair<const char *, const char *>>{
+             {"XX_ABC_00_BHZ 2018,191", "XX.ABC.00.BHZ 2018-07-10"},
+             {"XX_ABC: from 2018,191,12:30:00.0000 to 2019,001.",
+              "XX.ABC: from 2018-07-10 12:30:00 to 2019-01-01."},
+             {"XX_ABCD_ 4096,512 2018,1911 'a_b'", "XX_ABCD_ 4096,512 2018,1911 'a_b'"}})
+        EXPECT_EQ(notation.put(text), put);
+}
+
+TEST(Page, FrequenciesSuitSensorAndRate)
+{
+    const auto range = [](double pole, double rate) {
+        Response response;
+        auto stage = std::make_shared<Stage>();
+        PolesZeros roots;
+        roots.type = 'A';
+        roots.poles = {{-pole * 2 * std::numbers::pi, 0}, {0, 0}};
+        stage->number = 1;
+        stage->parts.emplace_back(std::make_shared<const Filter>(roots));
+        response.stages.push_back(stage);
+        const std::vector<double> all = html::base_frequencies(response, rate);
+        EXPECT_TRUE(std::ranges::is_sorted(all));
+        return all.empty() ? std::pair(0.0, 0.0) : std::pair(all.front(), all.back());
+    };
+    EXPECT_EQ(range(1 / 360.0, 100), std::pair(0.0001, 50.0));
+    EXPECT_EQ(range(1 / 30.0, 20.1), std::pair(0.001, 10.05));
+    EXPECT_EQ(range(10, 0.001), std::pair(1e-5, 0.0005));
+    EXPECT_EQ(range(1e-300, 1e300), std::pair(1e-6, 1e7));
+    for (const double none : {0.0, -1.0, No_Number})
+        EXPECT_EQ(range(1, none), std::pair(0.0, 0.0));
 }
 
 class PageRun : public testing::Test
