@@ -199,7 +199,7 @@ void Planner::add_filter(const Filter &filter, const Rest &rest, bool has_gain, 
         term->as_stated = true;
     if (const auto *roots = std::get_if<PolesZeros>(&filter.shape()); roots && has_gain)
         term->as_stated &= roots->frequency == plan_.frequency;
-    if (!is_digital(kind))
+    if (!is_digital(kind) || !rest.decimation)
         return;
     const double rate = rest.decimation->input_rate;
     term->interval = rate == 0.0 ? 0.0 : 1 / rate;

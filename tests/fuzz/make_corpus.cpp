@@ -103,6 +103,7 @@ void data_records(const fs::path &folder)
 void samples(const fs::path &folder)
 {
     std::vector<std::int32_t> values;
+    values.reserve(280);
     for (int i = 0; i < 280; ++i)
         values.push_back((i % 2 == 0 ? 1 : -1) << i / 10);
     for (const int encoding : {0, 1, 2, 3, 4, 5, 10, 11, 12, 13, 14, 15, 16, 30, 32, 255}) {

@@ -3,6 +3,7 @@
 #include "blockette/data_header.h"
 #include "compose/files.h"
 #include "platform/base64.h"
+#include "platform/format.h"
 #include "support/capture.h"
 #include "support/recipe.h"
 
@@ -68,8 +69,10 @@ TEST(Chain, IsFollowedForwardInsideOfTheRecord)
         {"blk=2000/u2:1/u2:15/u4:1/z3", "2000@48+15 blockette 2000 at byte 48 contradicts itself"},
     };
     for (const auto &[words, expected] : cases)
-        for (const std::string order : {" order=big", " order=little"})
-            EXPECT_EQ(shown(chain_of(parse_recipe("data " + words + order).volume())), expected)
+        for (const char *order : {"big", "little"})
+            EXPECT_EQ(
+                shown(chain_of(parse_recipe(formatted<"data %s order=%s">(words, order)).volume())),
+                expected)
                 << words;
 }
 

@@ -3,6 +3,7 @@
 #include "blockette/blockette.h"
 #include "blockette/chain.h"
 #include "blockette/data_header.h"
+#include "platform/format.h"
 #include "platform/text.h"
 #include "support/capture.h"
 #include "support/recipe.h"
@@ -304,9 +305,9 @@ TEST(Fields, NameTheValuesOfDataBlockettes)
          "opaque_header_field=bcde opaque_data=xyz"},
     };
     for (const auto &[fields, expected] : cases)
-        for (const std::string order : {"big", "little"}) {
+        for (const char *order : {"big", "little"}) {
             const std::string bytes =
-                parse_recipe("data order=" + order + " blk=" + fields).volume();
+                parse_recipe(formatted<"data order=%s blk=%s">(order, fields)).volume();
             const auto header = new_dh();
             parse_dh(header.get(), std::string_view(bytes).substr(8, 128));
             DataBlockettes chain;

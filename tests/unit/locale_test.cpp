@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <clocale>
@@ -64,9 +65,9 @@ std::vector<std::uint64_t> numbers()
     for (const char *text :
          {"2005,123,12:30:15.0001", "2005,123,12:30:15,0001", "2005,123,\xa0 1:"})
         all.push_back(seed2epoch(text));
-    std::vector<std::uint64_t> bits;
-    for (const double value : all)
-        bits.push_back(std::bit_cast<std::uint64_t>(value));
+    std::vector<std::uint64_t> bits(all.size());
+    std::transform(all.begin(), all.end(), bits.begin(),
+                   [](double value) { return std::bit_cast<std::uint64_t>(value); });
     return bits;
 }
 
