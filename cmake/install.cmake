@@ -11,9 +11,23 @@ install(FILES etc/quarl.pf ${CMAKE_BINARY_DIR}/share/quarl/quarl.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/quarl)
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES doc/quarl-html.png DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
+# What the documents say of files that are in the source tree alone is a text there, and no link.
+set(documents README.md CHANGELOG.md SECURITY.md)
+set(linked ${documents} examples/sample.seed doc/quarl-html.png)
+install(CODE "
+  set(documents ${documents})
+  set(linked ${linked})
+  set(source_folder \"${CMAKE_SOURCE_DIR}\")
+  set(made_folder \"${CMAKE_BINARY_DIR}/documents\")
+  include(\"${CMAKE_SOURCE_DIR}/cmake/documents.cmake\")
+  foreach(document \${documents})
+    if(EXISTS \"\${made_folder}/\${document}\")
+      file(INSTALL \"\${made_folder}/\${document}\"
+           DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}\")
+    endif()
+  endforeach()")
 foreach(program ${QUARL_PROGRAMS})
   install(FILES doc/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES completion/${program}.bash RENAME ${program}

@@ -15,7 +15,7 @@ _quarl_check()
         return ;;
     esac
     case $current in
-    -*) COMPREPLY=($(compgen -W $'--rules\n--ignore\n--json\n--list\n--help\n--version' -- "$current")) ;;
+    -*) COMPREPLY=($(compgen -W $'-h\n-V\n--rules\n--ignore\n--json\n--list\n--help\n--version' -- "$current")) ;;
     *) COMPREPLY=($(compgen -f -- "$current")) ;;
     esac
 }

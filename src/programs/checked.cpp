@@ -42,7 +42,9 @@ VolumeOptions checked_options(Console *console, Checker *checker, const std::str
 
 void say_unread(Console *console, const std::string &path, const Error &error)
 {
-    const std::string text = path + ": " + std::string(error.text());
+    // One of the opening names it.
+    const bool named = error.text().ends_with(" " + path);
+    const std::string text = (named ? "" : path + ": ") + std::string(error.text());
     console->say({error.kind(), text, error.reason(), error.error(), {}, nullptr});
 }
 

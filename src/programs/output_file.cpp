@@ -122,6 +122,16 @@ try {
 
 } // namespace
 
+bool is_standard_output(std::string_view path) { return path.empty() || path == "-"; }
+
+void write_output(Out &standard, const std::string &path, const std::function<void(Out &)> &write)
+{
+    if (is_standard_output(path))
+        write(standard);
+    else
+        write_file(path, write);
+}
+
 void write_file(const std::string &path, const std::function<void(Out &)> &write)
 {
     struct stat status = {};

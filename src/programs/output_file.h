@@ -5,9 +5,16 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace quarl
 {
+
+/// Whether what a user gave as the name of an output means standard output: "" or "-".
+bool is_standard_output(std::string_view path);
+
+/// Writes what `write` writes to `standard` where `path` means it, else to the file of that name.
+void write_output(Out &standard, const std::string &path, const std::function<void(Out &)> &write);
 
 /// Writes what `write` writes to `path`: beside it first, and under its name when all is there. Of
 /// links, the file at the end is meant, there or not. A device, pipe or the like is written to as

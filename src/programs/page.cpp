@@ -99,8 +99,8 @@ bool is_one_file(const std::string &path, const std::string &output)
     struct stat in = {};
     struct stat out = {};
     const bool has_in = path == "-" ? fstat(STDIN_FILENO, &in) == 0 : stat(path.c_str(), &in) == 0;
-    return has_in && stat(output.c_str(), &out) == 0 && S_ISREG(out.st_mode) &&
-           in.st_dev == out.st_dev && in.st_ino == out.st_ino;
+    return has_in && !is_standard_output(output) && stat(output.c_str(), &out) == 0 &&
+           S_ISREG(out.st_mode) && in.st_dev == out.st_dev && in.st_ino == out.st_ino;
 }
 
 } // namespace
@@ -119,10 +119,7 @@ int make_page(Console *console, const std::string &path, const std::string &outp
     console->elog_clear_register();
     if (status == No_Page)
         return status;
-    if (output.empty())
-        html::write_page(console->out(), volume);
-    else
-        write_file(output, [&](Out &out) { html::write_page(out, volume); });
+    write_output(console->out(), output, [&](Out &out) { html::write_page(out, volume); });
     return status;
 }
 

@@ -14,8 +14,8 @@ inline constexpr int Page_Of_Part = 1;
 inline constexpr int No_Page = 2;
 
 /// Reads the first input file of the volume at `path` ("-": standard input) and writes its page to
-/// `output` ("": standard output). Returns the exit status; what keeps the volume from being read
-/// goes to the messages.
+/// `output` ("" or "-": standard output). Returns the exit status; what keeps the volume from being
+/// read goes to the messages.
 int make_page(Console *console, const std::string &path, const std::string &output);
 
 } // namespace quarl

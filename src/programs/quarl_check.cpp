@@ -16,22 +16,24 @@ using namespace quarl;
 
 constexpr int Unusable = 2; ///< a volume could not be read
 
-constexpr std::string_view Usage =
-    "usage: quarl-check [--rules LIST] [--ignore LIST] [--json] [VOLUME...]\n"
-    "       quarl-check --list | --help | --version\n"
-    "\n"
-    "Checks SEED volumes: their records, headers, indexes, dictionaries, epochs, responses and\n"
-    "data against each other. Prints one line for each finding. Without VOLUME, or with -,\n"
-    "standard input is read.\n"
-    "\n"
-    "  --rules LIST   check these rules only: names with commas between them\n"
-    "  --ignore LIST  leave these rules out\n"
-    "  --json         print each finding as a JSON object\n"
-    "  --list         print all rules with their severities\n"
-    "  --help         print this\n"
-    "  --version      print the version\n"
-    "\n"
-    "Exit status: 0 no error was found, 1 one was, 2 a volume could not be read.\n";
+constexpr std::string_view Help =
+    R"(Usage: quarl-check [--rules=LIST] [--ignore=LIST] [--json] [VOLUME...]
+Checks SEED volumes: their records, headers, indexes, dictionaries, epochs, responses and data
+against each other. Prints one line for each finding. Without VOLUME, or with "-", standard input
+is read.
+
+      --rules=LIST   check these rules only: names with commas between them
+      --ignore=LIST  leave these rules out
+      --json         print each finding as a JSON object
+      --list         print all rules with their severities
+  -h, --help         print this text
+  -V, --version      print the version
+
+Lists add up when they are given again.
+
+Exit status: 0 no error was found, 1 one was, 2 a volume could not be read.
+The man page quarl-check(1) explains every rule.
+)";
 
 constexpr std::array<option, 7> Options = {{{"rules", required_argument, nullptr, 'r'},
                                             {"ignore", required_argument, nullptr, 'i'},
@@ -114,7 +116,7 @@ int check_volumes(Console *console, int argc, char *argv[])
     Wishes wishes;
     std::optional<int> status;
     const auto paths = read_command_line(console, argc, argv,
-                                         {"quarl-check", Usage, ":", Options.data(), false,
+                                         {"quarl-check", Help, ":hV", Options.data(), false,
                                           [&](int option) { return take_option(option, &wishes); }},
                                          &status);
     if (status)

@@ -17,7 +17,7 @@ Makes one page of HTML of a SEED volume: what it holds, what is wrong with it, w
 are, when they recorded, and their responses. The page needs nothing besides a browser. Without
 VOLUME, or with "-", standard input is read.
 
-  -o, --output=FILE  write the page to FILE, not to standard output
+  -o, --output=FILE  write the page to FILE ("-": standard output, as without this option)
   -h, --help         print this text
   -V, --version      print the version
 

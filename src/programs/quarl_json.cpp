@@ -18,7 +18,8 @@ Prints what a SEED volume holds as lines of JSON: one object for each control bl
 data record and for the end of each input file, in volume order. Without VOLUME, or with "-",
 standard input is read.
 
-  -t, --types=TYPES        print only these: type numbers, "data" and "file", with commas between
+  -t, --types=TYPES        print only these: type numbers, "data" and "file", with commas between;
+                           types add up when the option is given again
   -d, --database=DATABASE  look up the data formats of channels that the volume does not describe
       --schema             print the JSON Schema of the lines
   -h, --help               print this text

@@ -200,17 +200,13 @@ protected:
 TEST_F(PageRun, CommandLine)
 {
     for (const auto &[args, fault] :
-         {std::pair<std::vector<std::string>, std::string>{{"-x"}, "unknown option -x"},
-          {{"--none", "v"}, "unknown option --none"},
-          {{"-o"}, "-o needs a value"},
+         {std::pair<std::vector<std::string>, std::string>{{"-o"}, "-o needs a value"},
           {{"-o", "", "v"}, "-o needs the name of a file"},
           {{"a", "b"}, "more than one volume"}}) {
         const Outcome refused = page(args);
         EXPECT_EQ(refused.err, "quarl: " + fault + " (see quarl --help)\n");
         EXPECT_EQ(refused.out + refused.status, "2");
     }
-    EXPECT_TRUE(page({"--version"}).out.starts_with("quarl-html "));
-    EXPECT_TRUE(page({"-h"}).out.starts_with("Usage: quarl-html "));
 }
 
 TEST_F(PageRun, FileOrStream)
@@ -238,8 +234,8 @@ TEST_F(PageRun, FileOrStream)
     fs::create_symlink("loop.html", path("loop.html"));
     EXPECT_EQ(page({"-o", path("loop.html"), volume}).status, "2");
 
-    const Outcome device = page({"-o", "/dev/stdout", volume});
-    EXPECT_TRUE(device.out == streamed.out);
+    for (const char *stream : {"/dev/stdout", "-"})
+        EXPECT_TRUE(page({"-o", stream, volume}).out == streamed.out) << stream;
     EXPECT_EQ(page({"-o", "/dev/full", volume}).status, "2");
 }
 
