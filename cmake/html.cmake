@@ -30,4 +30,5 @@ set_source_files_properties(${html_embedded} PROPERTIES COMPILE_OPTIONS -Wno-ove
 file(READ ${CMAKE_SOURCE_DIR}/LICENSE own_licence)
 file(READ ${d3_licence} licence_of_d3)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/copyright @ONLY
-     CONTENT "@own_licence@\n\nThe pages that quarl-html writes contain\n\n@licence_of_d3@")
+     CONTENT "@own_licence@\n\nThe pages that quarl-html writes contain\n\n@licence_of_d3@\n\nand coastlines of Natural Earth, which are in the public domain, as the package world-atlas 2.0.2 \
+(ISC, Copyright 2013-2019 Michael Bostock) packs them.\n")

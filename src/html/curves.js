@@ -54,15 +54,27 @@ const Curves = (() => {
         return {
             name: `stage ${stage.stage}`, style: `s${position % 7} d${Math.floor(position / 7) % 3}`, frequency,
             amplitude: curve.amplitude.map(value => Math.abs(gain) * value),
-            phase: curve.phase.map(value => wrap(value + turned)),
+            phase: curve.phase.map(value => Output.wrap(value + turned)),
         };
     }
-
-    const wrap = degrees => degrees - 360 * Math.ceil((degrees - 180) / 360);
 
     function byStage(index) {
         const whole = overall(index);
         return whole ? stages(index).map((stage, i) => ofStage(stage, i, whole.frequency)).filter(Boolean) : [];
+    }
+
+    // Amplitude and phase of a curve at any frequency, on the lines between its points; null beyond its ends.
+    function at(curve, frequency) {
+        const all = curve.frequency;
+        const i = d3.bisectLeft(all, frequency * (1 - 1e-9));
+        if (i === all.length || (i === 0 && all[0] > frequency * (1 + 1e-6)))
+            return null;
+        if (i === 0 || all[i] <= frequency * (1 + 1e-9))
+            return {amplitude: curve.amplitude[i], phase: curve.phase[i]};
+        const part = Math.log(frequency / all[i - 1]) / Math.log(all[i] / all[i - 1]);
+        const [a, b] = [curve.amplitude[i - 1], curve.amplitude[i]];
+        const turned = Output.wrap(curve.phase[i] - curve.phase[i - 1]);
+        return {amplitude: a ** (1 - part) * b ** part, phase: Output.wrap(curve.phase[i - 1] + part * turned)};
     }
 
     const isDrawn = value => typeof value === "number" && isFinite(value) && value > 0;
@@ -106,5 +118,5 @@ const Curves = (() => {
         return [...found.values()];
     }
 
-    return {response, stages, filterOf, overall, byStage, amplitudeRange, isDrawn, nyquist, polesAndZeros};
+    return {at, response, stages, filterOf, overall, byStage, amplitudeRange, isDrawn, nyquist, polesAndZeros};
 })();

@@ -1,14 +1,16 @@
 // The map of stations. It is centred on them, so the antimeridian and the poles are places like all others.
 
 const StationMap = (() => {
-    const LEAST_RADIUS = 0.03; // degrees: what is shown around one station alone
+    const LEAST_RADIUS = 4; // degrees: what is shown around one station alone, so that a coast helps
+    const FAR = 20; // degrees: what is seen of less has a globe beside it
+    const COLOURS = 7;
     const WIDE = 60; // degrees from the middle: beyond, the whole globe is drawn
-    let svg, projection, base, zoom, middle, isWide, placed, links, box;
+    let svg, projection, base, zoom, middle, isWide, placed, links, box, networks;
     let size = {width: 0, height: 0};
 
     const hasPosition = e => e && Math.abs(e.latitude) <= 90 && Math.abs(e.longitude) <= 360 &&
         e.latitude !== null && e.longitude !== null;
-    const code = s => `${s.network}.${s.station}`;
+    const code = Text.station;
 
     // Each station where it stood last.
     function positions() {
@@ -18,6 +20,11 @@ const StationMap = (() => {
                 hasData: station.channels.some(c => Volume.channels[c].spans.length > 0)};
         }).filter(Boolean);
     }
+
+    const networkStyle = network => {
+        const at = networks.indexOf(network);
+        return at < COLOURS ? `n${at}` : "n-more";
+    };
 
     // The mean direction from the Earth's centre; any meridian when directions cancel.
     function centreOf(points) {
@@ -52,8 +59,10 @@ const StationMap = (() => {
         const step = MapGrid.steps(projection, width, height, bounds);
         const path = d3.geoPath(projection);
         svg.select(".graticule").attr("d", path(MapGrid.lines(bounds, step, middle)));
+        svg.select(".land").attr("d", path(Land.shape));
+        svg.select(".lakes").attr("d", path(Land.lakes));
         svg.select(".sphere").attr("d", isWide ? path({type: "Sphere"}) : null);
-        const labels = svg.select(".degrees").selectAll("text").data(MapGrid.labels(projection, width, height, step));
+        const labels = svg.select(".degrees").selectAll("text").data(MapGrid.labels(projection, width, height, step, middle));
         labels.exit().remove();
         labels.enter().append("text").merge(labels).attr("x", d => d.x).attr("y", d => d.y).text(d => d.text);
         const bar = MapGrid.scaleBar(projection, width, height);
@@ -103,13 +112,12 @@ const StationMap = (() => {
     }
 
     function makeStations() {
-        const names = new Set(placed.map(p => p.station.network));
         for (const p of placed)
-            p.label = Page.clipped(names.size > 1 ? code(p.station) : p.station.station, 16);
+            p.label = Page.clipped(networks.length > 1 ? code(p.station) : p.station.station, 16);
         const anyData = placed.some(p => p.hasData);
         links = svg.select(".stations").selectAll("a").data(placed).enter().append("a")
-            .attr("href", d => `#station-${d.index}`).attr("aria-label", d => describe(d).join(", "))
-            .attr("class", d => anyData && !d.hasData ? "station hollow" : "station");
+            .attr("href", d => `#site-${d.index}`).attr("aria-label", d => describe(d).join(", "))
+            .attr("class", d => `station ${networkStyle(d.station.network)}${anyData && !d.hasData ? " hollow" : ""}`);
         links.append("path").attr("d", "M0 -6L5.5 4H-5.5Z");
         links.append("text").text(d => d.label);
         links.on("mouseenter mousemove", d => Tip.show(describe(d), d3.event.clientX, d3.event.clientY))
@@ -118,6 +126,26 @@ const StationMap = (() => {
                 const rect = this.getBoundingClientRect();
                 Tip.show(describe(d), rect.right, rect.bottom);
             });
+    }
+
+    // The surroundings of a place, for a station's own page.
+    function region(at, size) {
+        const around = d3.geoAzimuthalEquidistant().rotate([-at[0], -at[1]])
+            .fitExtent([[0, 0], [size, size]], d3.geoCircle().center(at).radius(8)());
+        around.clipExtent([[0, 0], [size, size]]);
+        const path = d3.geoPath(around);
+        const made = d3.create("svg").attr("class", "region").attr("width", size).attr("height", size).attr("role", "img")
+            .attr("aria-label", "The station's surroundings");
+        made.append("path").attr("class", "land").attr("d", path(Land.shape));
+        made.append("path").attr("class", "lakes").attr("d", path(Land.lakes));
+        made.append("path").attr("class", "graticule").attr("d", path(d3.geoGraticule().step([5, 5])()));
+        for (const {at: place, station} of placed) {
+            const [x, y] = around(place) || [NaN, NaN];
+            if (x >= 0 && x <= size && y >= 0 && y <= size)
+                made.append("g").attr("class", `station ${networkStyle(station.network)}${place === at ? " current" : ""}`)
+                    .attr("transform", `translate(${x.toFixed(1)},${y.toFixed(1)})`).append("path").attr("d", "M0 -6L5.5 4H-5.5Z");
+        }
+        return made.node();
     }
 
     const MOVES = {ArrowLeft: [60, 0], ArrowRight: [-60, 0], ArrowUp: [0, 60], ArrowDown: [0, -60]};
@@ -144,8 +172,13 @@ const StationMap = (() => {
         zoom = d3.zoom().scaleExtent([0.3, 1e5]).clickDistance(4).on("zoom", redraw)
             .filter(() => d3.event.type === "wheel"
                 ? d3.event.ctrlKey || d3.event.metaKey || box.contains(document.activeElement)
-                : !d3.event.button && !d3.event.ctrlKey);
-        svg.call(zoom).on("keydown", () => press(d3.event));
+                : !d3.event.button && !d3.event.ctrlKey && !d3.event.touches);
+        svg.call(zoom).style("touch-action", "pan-x pan-y").on("keydown", () => press(d3.event));
+        Page.onTwoFingers(svg.node(), (factor, dx, dy, {x, y}) => {
+            const {k} = d3.zoomTransform(svg.node());
+            svg.call(zoom.translateBy, dx / k, dy / k);
+            svg.call(zoom.scaleBy, factor, [x, y]);
+        });
     }
 
     function build() {
@@ -155,13 +188,16 @@ const StationMap = (() => {
             Page.button("All", "Show all stations", () => svg.call(zoom.transform, d3.zoomIdentity))));
         svg = d3.create("svg").attr("class", "map").attr("tabindex", 0).attr("role", "group").attr("aria-label",
             "Map of stations. Arrow keys move, plus and minus zoom, 0 shows all, Tab goes from station to station.");
-        svg.append("path").attr("class", "sphere");
+        svg.append("path").attr("class", "land");
+        svg.append("path").attr("class", "lakes");
         svg.append("path").attr("class", "graticule");
+        svg.append("path").attr("class", "sphere");
         svg.append("g").attr("class", "degrees muted");
         const scale = svg.append("g").attr("class", "scale");
         scale.append("path");
         scale.append("text");
         svg.append("g").attr("class", "stations");
+        svg.append("g").attr("class", "inset");
         box.append(svg.node());
     }
 
@@ -170,15 +206,42 @@ const StationMap = (() => {
         size = {width, height: Math.round(Math.min(Math.max(width * 0.45, 280), 480))};
         svg.attr("width", size.width).attr("height", size.height).attr("viewBox", `0 0 ${size.width} ${size.height}`);
         fit();
+        drawInset();
         redraw();
+    }
+
+    // Where on Earth what is seen lies.
+    function drawInset() {
+        const inset = svg.select(".inset");
+        inset.selectAll("*").remove();
+        const centre = centreOf(placed.map(p => p.at));
+        if (isWide || size.width < 300 || d3.max(placed, p => d3.geoDistance(p.at, centre)) * 180 / Math.PI > FAR)
+            return;
+        const globe = Math.min(110, size.height / 3);
+        inset.attr("transform", `translate(${size.width - globe - 8},8)`).node()
+            .append(Land.globe(centre, globe));
+    }
+
+    function legend() {
+        const counts = d3.nest().key(p => p.station.network).rollup(list => list.length).object(placed);
+        return Page.element("ul", {class: "networks", "aria-label": "Networks"}, ...networks.map(network => {
+            const mark = d3.create("svg").attr("width", 14).attr("height", 12).attr("aria-hidden", "true");
+            mark.append("g").attr("class", `station ${networkStyle(network)}`).append("path")
+                .attr("transform", "translate(7,7)").attr("d", "M0 -6L5.5 4H-5.5Z");
+            return Page.element("li", {}, mark.node(), ` ${network || "no network code"} `,
+                Page.element("span", {class: "muted"}, Text.grouped(counts[network])));
+        }));
     }
 
     function note() {
         const missing = Volume.stations.length - placed.length;
-        const parts = missing ? [`${Text.count(missing, "station")} without a position that can be drawn.`] : [];
+        if (missing)
+            box.append(Page.element("p", {class: "unplaced"}, `${Text.count(missing, "station")} without a position.`));
+        box.append(legend());
+        const parts = [];
         if (placed.some(p => p.hasData) && placed.some(p => !p.hasData))
             parts.push("Filled: with data in this volume; hollow: described only.");
-        parts.push("Drag to move, Ctrl + wheel to zoom; keys: arrows, + −, 0 for all. A station leads to its row.");
+        parts.push("Drag to move, Ctrl + wheel or two fingers to zoom; keys: arrows, + −, 0 for all. A station leads to what there is of it. Coasts: Natural Earth.");
         box.append(Page.element("p", {class: "muted hint"}, parts.join(" ")));
     }
 
@@ -195,8 +258,10 @@ const StationMap = (() => {
     function start(view) {
         box = view;
         placed = positions();
+        networks = [...new Set(placed.map(p => p.station.network))].sort();
         if (placed.length === 0) {
-            box.append(Page.element("p", {class: "muted"}, "No station with a position."));
+            box.append(Page.element("p", {class: "muted"}, Volume.stations.length
+                ? `${Text.count(Volume.stations.length, "station")} without a position.` : "No station is described."));
             return;
         }
         build();
@@ -207,5 +272,5 @@ const StationMap = (() => {
         new ResizeObserver(Page.onFrame(() => box.clientWidth !== size.width && resize())).observe(box);
     }
 
-    return {start, find, show};
+    return {start, find, show, region, positionOf: index => ((placed || []).find(p => p.index === index) || {}).at};
 })();

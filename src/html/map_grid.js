@@ -72,12 +72,12 @@ const MapGrid = (() => {
     }
 
     // Where an edge, given by points, crosses whole multiples of the step.
-    function crossings(projection, points, coordinate, step) {
+    function crossings(projection, points, coordinate, step, middle) {
         const found = [];
         let before = null;
         for (const point of points) {
             const position = invert(projection, point);
-            const value = position ? position[coordinate] : null;
+            const value = position === null ? null : coordinate === 1 ? position[1] : middle + relative(position[0], middle);
             if (before !== null && value !== null && Math.abs(value - before) < step) {
                 const line = Math.round((value + before) / 2 / step);
                 if (Math.sign(before - line * step) !== Math.sign(value - line * step))
@@ -96,13 +96,13 @@ const MapGrid = (() => {
     }
 
     // Meridians are labelled at the bottom, parallels at the left; through the middle where the edges see no globe.
-    function labels(projection, width, height, step) {
+    function labels(projection, width, height, step, middle) {
         const across = y => d3.range(30, width - 20, 2).map(x => [x, y]);
         const down = x => d3.range(10, height - 20, 2).map(y => [x, y]);
         const first = (...tries) => tries.find(list => list.length > 0) || [];
-        const lon = first(crossings(projection, across(height - 3), 0, step.lon),
-            crossings(projection, across(height / 2), 0, step.lon));
-        const lat = first(crossings(projection, down(3), 1, step.lat), crossings(projection, down(width / 2), 1, step.lat));
+        const lon = first(crossings(projection, across(height - 3), 0, step.lon, middle),
+            crossings(projection, across(height / 2), 0, step.lon, middle));
+        const lat = first(crossings(projection, down(3), 1, step.lat, middle), crossings(projection, down(width / 2), 1, step.lat, middle));
         const normal = value => relative(value, 0);
         return lon.map(({point, value}) => ({x: point[0] + 3, y: point[1] - 2, text: degrees(normal(value), step.lon, "EW")}))
             .concat(lat.map(({point, value}) => ({x: point[0] + 2, y: point[1] - 3, text: degrees(value, step.lat, "NS")})));

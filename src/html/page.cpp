@@ -51,7 +51,8 @@ void write_nav(Markup &page)
 {
     page.put("<nav id=\"nav\" aria-label=\"Parts of the page\"><a href=\"#findings\">Findings</a> "
              "<a href=\"#map\">Map</a> <a href=\"#timeline\">Timeline</a> "
-             "<a href=\"#responses\">Responses</a> <a href=\"#tables\">Tables</a></nav>\n<main>\n");
+             "<a href=\"#responses\">Responses</a> <a href=\"#site\">Station</a> "
+             "<a href=\"#tables\">Tables</a></nav>\n<main>\n");
 }
 
 /// Sections that the script fills.
@@ -62,6 +63,7 @@ void write_views(Markup &page)
         "<section id=\"timeline\"><h2>Timeline</h2><div id=\"timeline-view\"></div></section>\n"
         "<section id=\"responses\"><h2>Responses</h2>"
         "<div id=\"responses-view\"></div></section>\n"
+        "<section id=\"site\"><h2>Station</h2><div id=\"site-view\"></div></section>\n"
         "<noscript><p>Map, timeline and curves are drawn by scripts.</p></noscript>\n");
 }
 

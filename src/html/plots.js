@@ -1,46 +1,35 @@
 // Amplitude and phase over frequency, in two panels above each other, with a cross-hair.
 
 const FrequencyPlot = (() => {
-    const LEFT = 62;
+    const LEFT = 74;
     const RIGHT = 14;
-    const TOP = 22;
-    const BETWEEN = 26;
-    const BOTTOM = 38;
-    const RAISED = {"-": "⁻", 0: "⁰", 1: "¹", 2: "²", 3: "³", 4: "⁴", 5: "⁵", 6: "⁶", 7: "⁷", 8: "⁸", 9: "⁹"};
-
-    const power = value => `10${[...String(Math.round(Math.log10(value)))].map(c => RAISED[c]).join("")}`;
-
-    // Whole powers of ten in a range, as many as there is room for.
-    function decades([low, high], most) {
-        const all = d3.range(Math.ceil(Math.log10(low) - 1e-9), Math.floor(Math.log10(high) + 1e-9) + 1);
-        const step = Math.max(1, Math.ceil(all.length / most));
-        return all.filter(n => n % step === 0).map(n => 10 ** n);
-    }
+    const TOP = 24;
+    const BETWEEN = 30;
+    const BOTTOM = 40;
+    let made = 0; // clips need names of their own
 
     function gridLine(svg, d) {
         svg.append("path").attr("class", "grid").attr("d", d);
     }
 
-    function frame(svg, title, top, height, width) {
+    // The note stands beside the title, where no curve is.
+    function frame(svg, title, note, {top, height}, width) {
         svg.append("rect").attr("class", "panel").attr("x", LEFT).attr("y", top).attr("width", width).attr("height", height);
-        svg.append("text").attr("class", "axis-title").attr("x", LEFT).attr("y", top - 7).text(title);
+        svg.append("text").attr("class", "axis-title").attr("x", 4).attr("y", top - 8).text(title);
+        if (note && Page.textWidth(title) + Page.textWidth(note) < LEFT + width)
+            svg.append("text").attr("class", "note end").attr("x", LEFT + width).attr("y", top - 8).text(note);
     }
 
     function drawAxes(svg, box, x, yAmplitude, yPhase) {
         const {width, amplitude, phase} = box;
-        for (const f of decades(x.domain(), width / 45)) {
-            const at = Math.round(x(f)) + 0.5;
+        for (const {at, text} of PlotAxes.ticks(x, 48, true)) {
             for (const {top, height} of [amplitude, phase])
-                gridLine(svg, `M${at} ${top}v${height}`);
-            svg.append("text").attr("class", "tick middle").attr("x", at).attr("y", phase.top + phase.height + 15)
-                .text(f >= 1e-3 && f <= 1e4 ? Number(f.toPrecision(3)) : power(f));
+                gridLine(svg, `M${Math.round(at) + 0.5} ${top}v${height}`);
+            svg.append("text").attr("class", "tick middle").attr("x", at).attr("y", phase.top + phase.height + 15).text(text);
         }
-        const ticks = decades(yAmplitude.domain(), amplitude.height / 22);
-        for (const a of ticks.length > 1 ? ticks : yAmplitude.ticks(4)) {
-            const at = Math.round(yAmplitude(a)) + 0.5;
-            gridLine(svg, `M${LEFT} ${at}h${width}`);
-            svg.append("text").attr("class", "tick end").attr("x", LEFT - 6).attr("y", at + 4)
-                .text(ticks.length > 1 ? power(a) : Text.number(a));
+        for (const {at, text} of PlotAxes.ticks(yAmplitude, 24, false)) {
+            gridLine(svg, `M${LEFT} ${Math.round(at) + 0.5}h${width}`);
+            svg.append("text").attr("class", "tick end").attr("x", LEFT - 6).attr("y", at + 4).text(text);
         }
         for (const degrees of [-180, -90, 0, 90, 180]) {
             const at = Math.round(yPhase(degrees)) + 0.5;
@@ -48,55 +37,59 @@ const FrequencyPlot = (() => {
             svg.append("text").attr("class", "tick end").attr("x", LEFT - 6).attr("y", at + 4).text(`${degrees}°`);
         }
         svg.append("text").attr("class", "axis-title middle").attr("x", LEFT + width / 2)
-            .attr("y", phase.top + phase.height + 32).text("Frequency (Hz)");
+            .attr("y", phase.top + phase.height + 33).text("Frequency (Hz)");
     }
 
-    // Lines are broken where there is no value, and phases where they wrap around.
-    function drawCurve(svg, curve, x, yAmplitude, yPhase) {
+    // A phase that goes over an edge comes in again at the other one: no line crosses the panel.
+    function phasePath(curve, x, y) {
+        let d = "";
+        let before = null;
+        curve.phase.forEach((value, i) => {
+            if (typeof value !== "number" || !isFinite(value)) {
+                before = null;
+                return;
+            }
+            const at = x(curve.frequency[i]);
+            if (before !== null && Math.abs(value - before.value) > 180) {
+                const edge = before.value > value ? 180 : -180;
+                const part = (edge - before.value) / (value + 2 * edge - before.value);
+                const over = (before.at + part * (at - before.at)).toFixed(1);
+                d += `L${over} ${y(edge).toFixed(1)}M${over} ${y(-edge).toFixed(1)}`;
+            }
+            d += `${before === null ? "M" : "L"}${at.toFixed(1)} ${y(value).toFixed(1)}`;
+            before = {value, at};
+        });
+        return d;
+    }
+
+    // Lines are broken where there is no value.
+    function drawCurve(svg, curve, x, yAmplitude, yPhase, clip) {
         const points = d3.range(curve.frequency.length);
         const amplitude = d3.line().defined(i => Curves.isDrawn(curve.amplitude[i]))
             .x(i => x(curve.frequency[i])).y(i => yAmplitude(curve.amplitude[i]));
-        svg.append("path").attr("class", `curve amplitude ${curve.style}`).attr("clip-path", "url(#amplitude-clip)")
+        svg.append("path").attr("class", `curve amplitude ${curve.style}`).attr("clip-path", `url(#${clip})`)
             .attr("data-name", curve.name).attr("d", amplitude(points));
-        let d = "";
-        let before = null;
-        for (const i of points) {
-            const value = curve.phase[i];
-            const is = typeof value === "number" && isFinite(value);
-            if (is)
-                d += `${before !== null && Math.abs(value - before) <= 180 ? "L" : "M"}${x(curve.frequency[i]).toFixed(1)} ${yPhase(value).toFixed(1)}`;
-            before = is ? value : null;
-        }
-        svg.append("path").attr("class", `curve phase ${curve.style}`).attr("data-name", curve.name).attr("d", d);
+        svg.append("path").attr("class", `curve phase ${curve.style}`).attr("data-name", curve.name)
+            .attr("d", phasePath(curve, x, yPhase));
     }
 
     function drawNyquist(svg, box, x, nyquist) {
         if (nyquist === null)
             return;
-        const at = x(nyquist);
         for (const {top, height} of [box.amplitude, box.phase])
-            svg.append("path").attr("class", "nyquist").attr("d", `M${at} ${top}v${height}`);
-        svg.append("text").attr("class", "note end").attr("x", at - 4).attr("y", box.phase.top + box.phase.height - 6)
-            .text(`Nyquist ${Text.number(nyquist)} Hz`);
+            svg.append("path").attr("class", "nyquist").attr("d", `M${x(nyquist)} ${top}v${height}`);
     }
 
-    // The text stands above the mark, as far to its right as there is room.
-    function drawSensitivity(svg, box, x, y, sensitivity) {
-        if (!sensitivity)
-            return;
-        const [cx, cy] = [x(sensitivity.frequency), y(sensitivity.value)];
-        svg.append("circle").attr("class", "sensitivity").attr("r", 5).attr("cx", cx).attr("cy", cy);
-        const text = `sensitivity ${Text.number(sensitivity.value)} at ${Text.number(sensitivity.frequency)} Hz`;
-        const right = LEFT + box.width - 4;
-        const isAbove = cy > box.amplitude.top + 24;
-        svg.append("text").attr("class", "note").attr("x", Math.min(cx + 6, right - Page.textWidth(text)))
-            .attr("y", isAbove ? cy - 10 : cy + 20).text(text);
+    function drawSensitivity(svg, x, y, sensitivity) {
+        if (sensitivity)
+            svg.append("circle").attr("class", "sensitivity").attr("r", 5).attr("cx", x(sensitivity.frequency))
+                .attr("cy", y(sensitivity.value));
     }
 
-    function valueText(curve, at) {
-        const [amplitude, phase] = [curve.amplitude[at], curve.phase[at]];
-        return Curves.isDrawn(amplitude) ? `${curve.name}: ${Text.number(amplitude)}, ${phase.toFixed(2)}°`
-            : `${curve.name}: no value`;
+    function valueText(curve, frequency) {
+        const value = Curves.at(curve, frequency);
+        return value && Curves.isDrawn(value.amplitude)
+            ? `${curve.name}: ${Text.number(value.amplitude)}, ${value.phase.toFixed(2)}°` : `${curve.name}: no value`;
     }
 
     // Follows the pointer or the arrow keys from frequency to frequency and tells the values there.
@@ -107,7 +100,7 @@ const FrequencyPlot = (() => {
         function show(i) {
             at = Math.min(Math.max(i, 0), frequency.length - 1);
             hair.attr("d", `M${x(frequency[at])} ${box.amplitude.top}V${box.phase.top + box.phase.height}`);
-            tell([`${Text.number(frequency[at])} Hz`, ...curves.map(curve => valueText(curve, at))]);
+            tell([`${Text.number(frequency[at])} Hz`, ...curves.map(curve => valueText(curve, frequency[at]))]);
         }
         function near(px) {
             const f = x.invert(px);
@@ -133,27 +126,37 @@ const FrequencyPlot = (() => {
         return {width: width - LEFT - RIGHT, amplitude, phase, height: phase.top + phase.height + BOTTOM};
     }
 
-    // curves: at least one; sensitivity: {value, frequency} or null; nyquist in Hz or null; tell: hears lines of text.
-    function draw({width, curves, sensitivity, nyquist, unit, label, tell}) {
-        const box = layout(width);
-        const {frequency} = curves[0];
-        const right = Math.max(frequency[frequency.length - 1], nyquist || 0) * 1.12;
-        const x = d3.scaleLog().domain([Math.min(frequency[0], sensitivity ? sensitivity.frequency : Infinity), right])
+    function scales(box, curves, sensitivity, nyquist) {
+        const lows = curves.map(curve => curve.frequency[0]);
+        const highs = curves.map(curve => curve.frequency[curve.frequency.length - 1]);
+        const place = sensitivity ? [sensitivity.frequency] : [];
+        const x = d3.scaleLog().domain([d3.min(lows.concat(place)), d3.max(highs.concat(place, nyquist || 0)) * 1.12])
             .range([LEFT, LEFT + box.width]);
         const y = d3.scaleLog().domain(Curves.amplitudeRange(curves, sensitivity ? [sensitivity.value] : []))
             .range([box.amplitude.top + box.amplitude.height, box.amplitude.top]);
         const yPhase = d3.scaleLinear().domain([-190, 190]).range([box.phase.top + box.phase.height, box.phase.top]);
+        return [x, y, yPhase];
+    }
+
+    const sensitivityText = sensitivity => sensitivity
+        ? `○ sensitivity ${Text.number(sensitivity.value)} at ${Text.number(sensitivity.frequency)} Hz` : "";
+
+    // curves: at least one; sensitivity: {value, frequency} or null; nyquist in Hz or null; tell: hears lines of text.
+    function draw({width, curves, sensitivity, nyquist, unit, label, tell}) {
+        const box = layout(width);
+        const [x, y, yPhase] = scales(box, curves, sensitivity, nyquist);
         const svg = d3.create("svg").attr("class", "frequency-plot").attr("width", width).attr("height", box.height)
             .attr("viewBox", `0 0 ${width} ${box.height}`)
             .attr("tabindex", 0).attr("role", "img").attr("aria-label", label);
-        svg.append("clipPath").attr("id", "amplitude-clip").append("rect").attr("x", LEFT).attr("y", box.amplitude.top)
+        const clip = `amplitude-clip-${++made}`;
+        svg.append("clipPath").attr("id", clip).append("rect").attr("x", LEFT).attr("y", box.amplitude.top)
             .attr("width", box.width).attr("height", box.amplitude.height);
-        frame(svg, `Amplitude (${unit})`, box.amplitude.top, box.amplitude.height, box.width);
-        frame(svg, "Phase", box.phase.top, box.phase.height, box.width);
+        frame(svg, `Amplitude (${unit})`, sensitivityText(sensitivity), box.amplitude, box.width);
+        frame(svg, "Phase (degrees)", nyquist === null ? "" : `┆ Nyquist ${Text.number(nyquist)} Hz`, box.phase, box.width);
         drawAxes(svg, box, x, y, yPhase);
         drawNyquist(svg, box, x, nyquist);
-        curves.forEach(curve => drawCurve(svg, curve, x, y, yPhase));
-        drawSensitivity(svg, box, x, y, sensitivity);
+        curves.forEach(curve => drawCurve(svg, curve, x, y, yPhase, clip));
+        drawSensitivity(svg, x, y, sensitivity);
         listen(svg, box, x, curves, tell);
         return svg.node();
     }

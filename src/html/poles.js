@@ -22,12 +22,12 @@ const PolePlot = (() => {
     function ticksOf(scale, isLog) {
         const [, most] = scale.domain();
         if (!isLog)
-            return scale.ticks(4);
+            return scale.ticks(4).sort((a, b) => Math.abs(a) - Math.abs(b));
         const top = Math.floor(Math.log10(most));
         const low = Math.ceil(Math.log10(scale.constant()));
         const step = Math.max(1, Math.ceil((top - low + 1) / 3));
         const sizes = d3.range(top, low - 1, -step).map(n => 10 ** n);
-        return [...sizes.map(s => -s), 0, ...sizes];
+        return [0, ...sizes, ...sizes.map(s => -s)];
     }
 
     function tickLabel(value) {
@@ -35,17 +35,30 @@ const PolePlot = (() => {
         return size !== 0 && (size >= 1e4 || size < 1e-2) ? value.toExponential(0).replace("e+", "e") : Text.number(value);
     }
 
+    // Whether a label of this width has room among those that are there.
+    function isFree(taken, at, width) {
+        const free = taken.every(other => Math.abs(other.at - at) >= (other.width + width) / 2);
+        if (free)
+            taken.push({at, width});
+        return free;
+    }
+
     function drawAxes(svg, x, y, isLog, unit) {
         svg.append("rect").attr("class", "right-half").attr("x", x(0)).attr("y", EDGE - 16).attr("width", SIZE - 8 - x(0))
             .attr("height", SIZE - 2 * EDGE + 10);
         svg.append("rect").attr("class", "panel").attr("x", EDGE + 8).attr("y", EDGE - 16).attr("width", SIZE - EDGE - 16)
             .attr("height", SIZE - 2 * EDGE + 10);
+        const taken = {x: [], y: []};
         for (const t of ticksOf(x, isLog)) {
             svg.append("path").attr("class", t === 0 ? "zero-line" : "grid")
                 .attr("d", `M${x(t)} ${EDGE - 16}v${SIZE - 2 * EDGE + 10}M${EDGE + 8} ${y(t)}h${SIZE - EDGE - 16}`);
-            svg.append("text").attr("class", "tick middle").attr("x", x(t)).attr("y", SIZE - EDGE + 8).text(tickLabel(t));
-            svg.append("text").attr("class", "tick end").attr("x", EDGE + 4).attr("y", y(t) + 4).text(tickLabel(t));
+            const text = tickLabel(t);
+            if (isFree(taken.x, x(t), Page.textWidth(text) + 4))
+                svg.append("text").attr("class", "tick middle").attr("x", x(t)).attr("y", SIZE - EDGE + 8).text(text);
+            if (isFree(taken.y, y(t), 13))
+                svg.append("text").attr("class", "tick end").attr("x", EDGE + 4).attr("y", y(t) + 4).text(text);
         }
+        svg.append("text").attr("class", "axis-title").attr("x", 2).attr("y", 10).text(`imaginary part (${unit})`);
         svg.append("text").attr("class", "axis-title middle").attr("x", (EDGE + SIZE) / 2).attr("y", SIZE - 6)
             .text(`real part (${unit})`);
     }

@@ -1,63 +1,76 @@
-// The response of one channel epoch: chosen from a list, shown as curves, poles and zeros, and a table of stages.
+// The responses of channel epochs, one or several over each other, shown as curves, poles and zeros, and a table of stages.
 
 const Responses = (() => {
+    const MOST = 14; // curves over each other
+    const PRINTED = 100;
     const part = {};
-    let epochs; // indexes in the order of the list
-    let current = -1;
+    let chosen = []; // indexes of epochs, the first is the one that all is told of
+    let listed = []; // those that the search leaves
+    let shownUnit = "";
 
-    const label = index => {
-        const epoch = Volume.epochs[index];
-        const error = Curves.response(index).error === undefined ? "" : "  ⚠";
-        return `${Text.channel(Volume.channels[epoch.channel])}  ${Text.range(epoch.start, epoch.end)}${error}`;
-    };
+    const current = () => chosen.length ? chosen[0] : -1;
+    const {label} = Chooser;
 
-    function inOrder(matches) {
-        return d3.range(Volume.epochs.length).filter(matches).sort((a, b) => {
-            const [x, y] = [Volume.epochs[a], Volume.epochs[b]];
-            return d3.ascending(Text.channel(Volume.channels[x.channel]), Text.channel(Volume.channels[y.channel])) ||
-                x.start - y.start;
-        });
-    }
-
-    function fillList() {
-        const list = document.createDocumentFragment();
-        for (const index of epochs) {
-            const option = Page.element("option", {value: index}, label(index));
-            option.selected = index === current;
-            list.append(option);
-        }
-        part.list.replaceChildren(list);
-        part.count.textContent = Text.count(epochs.length, "epoch");
-    }
-
-    // What the curve's numbers are: counts of the last stage per unit of the first.
-    function unitOf(stages) {
-        const first = stages.find(s => s.input_units);
-        const last = stages.slice().reverse().find(s => s.output_units);
-        return first && last ? `${last.output_units} per ${first.input_units}` : "as in the volume";
-    }
+    const kind = () => part.kind.querySelector("input:checked").value;
 
     function sensitivityOf(epoch) {
         const {sensitivity: value, sensitivity_frequency: frequency} = epoch;
         return value > 0 && frequency > 0 ? {value, frequency} : null;
     }
 
-    function drawPlot(index) {
-        const curve = Curves.overall(index);
-        if (!curve) {
-            const {error} = Curves.response(index);
-            const reason = error === undefined ? "There is no frequency below Nyquist to draw." : `No curve: ${error}`;
-            part.plot.replaceChildren(Page.element("p", {class: "warning"}, reason));
+    function styled(curve, i) {
+        const epoch = Volume.epochs[chosen[i]];
+        return Object.assign({}, curve, {style: `over s${i % 7} d${Math.floor(i / 7)}`,
+            name: `${Text.channel(Volume.channels[epoch.channel])} from ${Text.day(epoch.start)}`});
+    }
+
+    // The curves of what is chosen, as the kind of output that is asked for.
+    function curvesOf(indexes) {
+        const wanted = kind();
+        const turned = (index, curve) => Output.turn(curve, Output.steps(Curves.stages(index), wanted));
+        const [first] = indexes;
+        const whole = Curves.overall(first);
+        if (!whole)
+            return [];
+        if (indexes.length > 1)
+            return indexes.map((index, i) => Curves.overall(index) && styled(turned(index, Curves.overall(index)), i)).filter(Boolean);
+        return [turned(first, whole), ...(part.byStage.checked ? Curves.byStage(first) : [])];
+    }
+
+    function why(index) {
+        const {error} = Curves.response(index);
+        const reason = error === undefined ? "There is no frequency below Nyquist to draw." : `No curve: ${error}`;
+        return Page.element("p", {class: "warning"}, reason);
+    }
+
+    function plotOf(indexes, width, tell) {
+        const curves = curvesOf(indexes);
+        if (curves.length === 0)
+            return null;
+        const [first] = indexes;
+        const stages = Curves.stages(first);
+        const isAsStated = Output.steps(stages, kind()) === 0;
+        shownUnit = Output.unit(stages, kind());
+        const svg = FrequencyPlot.draw({width, curves, unit: shownUnit, tell,
+            sensitivity: indexes.length === 1 && isAsStated ? sensitivityOf(Volume.epochs[first]) : null,
+            nyquist: Curves.nyquist(first), label: `Response of ${indexes.map(label).join(", ")}`});
+        return {svg, curves};
+    }
+
+    function drawPlot() {
+        const values = Page.element("p", {class: "values", "aria-live": "polite"}, "Point at the curves, or use the arrow keys, for values.");
+        const made = plotOf(chosen, Math.max(280, part.plot.clientWidth), lines => values.replaceChildren(
+            ...lines.map(line => Page.element("span", {}, line))));
+        if (!made) {
+            part.plot.replaceChildren(why(current()));
             return;
         }
-        const curves = [curve, ...(part.byStage.checked ? Curves.byStage(index) : [])];
-        const values = Page.element("p", {class: "values", "aria-live": "polite"}, "Point at the curves, or use the arrow keys, for values.");
-        const epoch = Volume.epochs[index];
-        const svg = FrequencyPlot.draw({width: Math.max(280, part.plot.clientWidth), curves,
-            sensitivity: sensitivityOf(epoch), nyquist: Curves.nyquist(index), unit: unitOf(Curves.stages(index)),
-            label: `Response of ${label(index)}`, tell: lines => values.replaceChildren(
-                ...lines.map(line => Page.element("span", {}, line)))});
-        part.plot.replaceChildren(svg, curves.length > 1 ? legend(curves) : "", values);
+        const numbers = Page.element("details", {class: "numbers"}, Page.element("summary", {}, "Numbers as a table"));
+        numbers.addEventListener("toggle", () => numbers.open && numbers.children.length < 2 &&
+            numbers.append(Page.element("div", {class: "scroll", tabindex: 0, role: "region", "aria-label": "Numbers of the curves"},
+                StageTable.numbers(made.curves, shownUnit))));
+        part.made = made;
+        part.plot.replaceChildren(made.svg, made.curves.length > 1 ? legend(made.curves) : "", values, numbers);
     }
 
     function legend(curves) {
@@ -68,103 +81,164 @@ const Responses = (() => {
         }));
     }
 
-    const HEADS = ["Stage", "Filter", "Input", "Output", "Gain", "at (Hz)", "Input rate (Hz)", "Factor",
-        "Output rate (Hz)", "Delay (s)", "Correction (s)", "Name"];
-
-    function filterText(filter) {
-        if (!filter)
-            return "gain only";
-        const size = filter.poles ? `${filter.poles.length / 2} poles, ${filter.zeros.length / 2} zeros`
-            : filter.coefficients ? Text.grouped(filter.coefficients) : "";
-        return [filter.kind, filter.type, size && `(${size})`].filter(Boolean).join(" ");
-    }
-
-    function stageRow(stage) {
-        const number = value => Page.element("td", {class: "n"}, Text.number(value));
-        const text = value => Page.element("td", {}, value || "");
-        return Page.element("tr", {}, number(stage.stage), text(filterText(Curves.filterOf(stage))),
-            text(stage.input_units), text(stage.output_units), number(stage.gain), number(stage.gain_frequency),
-            number(stage.input_rate), number(stage.factor), number(stage.output_rate), number(stage.delay),
-            number(stage.correction), text(stage.name));
-    }
-
-    function drawStages(index) {
-        const stages = Curves.stages(index);
-        part.stages.replaceChildren();
-        if (stages.length === 0)
-            return;
-        part.stages.append(Page.element("table", {}, Page.element("caption", {}, "Stages"),
-            Page.element("thead", {}, Page.element("tr", {}, ...HEADS.map(h => Page.element("th", {scope: "col"}, h)))),
-            Page.element("tbody", {}, ...stages.map(stageRow))));
+    // How far the response is from what is stated.
+    function sensitivityText(epoch) {
+        if (epoch.sensitivity === null)
+            return "";
+        const stated = `sensitivity ${Text.number(epoch.sensitivity)} at ${Text.number(epoch.sensitivity_frequency)} Hz`;
+        if (epoch.computed === null)
+            return stated;
+        const off = 100 * (epoch.computed / Math.abs(epoch.sensitivity) - 1);
+        const shown = Math.abs(off) < 1000 ? `${off < 0 ? "−" : "+"}${Math.abs(off).toFixed(2)} %`
+            : `${Text.number(1 + off / 100)} times as much`;
+        return `${stated}; response there ${Text.number(epoch.computed)} (${shown})`;
     }
 
     function drawHead(index) {
         const epoch = Volume.epochs[index];
-        const facts = [Text.range(epoch.start, epoch.end), epoch.instrument, epoch.sample_rate && `${Text.number(epoch.sample_rate)} Hz`];
+        const facts = [Text.range(epoch.start, epoch.end), epoch.instrument, epoch.sample_rate && `${Text.number(epoch.sample_rate)} Hz`,
+            sensitivityText(epoch)];
         const {same} = Volume.responses[index];
         if (same !== undefined)
             facts.push(`same response as ${label(same)}`);
+        const {station} = Volume.channels[epoch.channel];
         part.head.replaceChildren(Page.element("h3", {}, Text.channel(Volume.channels[epoch.channel])),
             Page.element("p", {}, facts.filter(Boolean).join(" · "), " ",
                 Page.element("a", {href: `#timeline-${epoch.channel}`}, "timeline"), " ",
-                Page.element("a", {href: `#epoch-${index}`}, "table")));
+                Page.element("a", {href: `#epoch-${index}`}, "table"), " ",
+                Page.element("a", {href: `#site-${station}`}, "station")));
     }
 
     function drawSoon() {
-        if (current < 0)
+        part.body.hidden = chosen.length === 0;
+        part.none.hidden = chosen.length > 0;
+        if (chosen.length === 0) {
+            delete part.view.dataset.epoch;
             return;
-        drawHead(current);
-        drawPlot(current);
-        part.poles.replaceChildren(...Curves.polesAndZeros(current).map(PolePlot.draw));
-        drawStages(current);
-        part.view.dataset.epoch = current;
+        }
+        const index = current();
+        const stages = Curves.stages(index);
+        part.kind.hidden = !Output.motion(Output.inputOf(stages));
+        drawHead(index);
+        drawPlot();
+        part.poles.replaceChildren(...Curves.polesAndZeros(index).map(PolePlot.draw));
+        part.stages.replaceChildren(...StageTable.draw(stages));
+        part.view.dataset.epoch = index;
     }
 
     const draw = Page.onFrame(drawSoon);
 
-    function choose(index) {
-        current = index;
-        for (const option of part.list.options)
-            option.selected = Number(option.value) === index;
+    // A choice of the user's.
+    function take(indexes) {
+        chosen = indexes.slice(0, MOST);
+        Chooser.mark(chosen);
+        if (chosen.length)
+            Address.set({place: `response-${chosen[0]}`, with: chosen.slice(1).join(",")});
         draw();
+    }
+
+    function buildControls() {
+        part.byStage = Page.element("input", {type: "checkbox", id: "by-stage"});
+        part.kind = Page.element("span", {class: "kinds", role: "radiogroup", "aria-label": "Output"}, ...["", ...Output.KINDS].map(kind =>
+            Page.element("label", {}, Page.element("input", {type: "radio", name: "output", value: kind}), ` ${kind || "as in the volume"}`)));
+        setKind("");
+        part.paper = Page.element("input", {type: "checkbox"});
+        const name = () => `response ${label(current())}`;
+        part.byStage.addEventListener("change", draw);
+        part.kind.addEventListener("change", () => {
+            Address.set({as: kind()});
+            draw();
+        });
+        const act = (text, title, run) => Page.button(text, title, () => current() >= 0 && run());
+        return Page.element("div", {class: "controls control"},
+            Page.element("label", {class: "control"}, part.byStage, " stage by stage"),
+            part.kind,
+            act("Components", "The components of this instrument over each other", () => take(Chooser.components(current()))),
+            act("Epochs", "All epochs of this channel over each other", () => take(Chooser.epochsOf(current()))),
+            act("CSV", "Save the curves as CSV", () => part.made && Export.saveCsv(name(), part.made.curves, shownUnit)),
+            act("SVG", "Save the picture as SVG", () => part.made && Export.saveSvg(name(), part.made.svg)),
+            Page.element("label", {class: "control"}, part.paper, " all of them on paper"));
     }
 
     function build(box) {
         part.view = box;
-        part.list = Page.element("select", {size: 14, "aria-label": "Channel epoch"});
-        part.count = Page.element("span", {class: "muted"});
-        part.byStage = Page.element("input", {type: "checkbox", id: "by-stage"});
         part.head = Page.element("div", {class: "response-head"});
         part.plot = Page.element("div", {class: "plot"});
         part.poles = Page.element("div", {class: "pole-plots"});
         part.stages = Page.element("div", {class: "scroll stages", tabindex: 0, role: "region", "aria-label": "Stages"});
-        box.append(Page.element("div", {class: "chooser"}, part.list, part.count),
-            Page.element("div", {class: "response"}, part.head,
-                Page.element("label", {class: "control"}, part.byStage, " stage by stage"),
-                Page.element("div", {class: "plots"}, part.plot, part.poles), part.stages));
-        part.list.addEventListener("change", () => choose(Number(part.list.value)));
-        part.byStage.addEventListener("change", draw);
+        part.printed = Page.element("div", {class: "printed"});
+        part.none = Page.element("p", {class: "muted"}, "Nothing found: no response to show.");
+        part.body = Page.element("div", {class: "response"}, part.head, buildControls(),
+            Page.element("div", {class: "plots"}, part.plot, part.poles), part.stages);
+        box.append(Chooser.build(take), Page.element("div", {}, part.none, part.body), part.printed);
         let width = 0;
         new ResizeObserver(Page.onFrame(() => {
-            if (width !== part.plot.clientWidth)
-                drawPlot(current);
+            if (width !== part.plot.clientWidth && chosen.length)
+                drawPlot();
             width = part.plot.clientWidth;
         })).observe(part.plot);
     }
 
+    // What is shown is always one of those that are listed.
     function find(matches) {
-        epochs = inOrder(matches);
-        fillList();
+        if (!part.view)
+            return;
+        listed = Chooser.find(matches, chosen);
+        const left = chosen.filter(index => matches(index));
+        if (left.length === chosen.length && left.length > 0)
+            return;
+        chosen = left.length ? left : listed.slice(0, 1);
+        Chooser.mark(chosen);
+        draw();
     }
 
-    function show(index) {
-        if (!epochs.includes(index))
-            epochs = inOrder(() => true);
-        current = index;
-        fillList();
+    function show(index, others = []) {
+        if (!part.view)
+            return;
+        if (!listed.includes(index))
+            listed = Chooser.find(() => true, [index]);
+        chosen = [index, ...others.filter(i => Volume.epochs[i] && i !== index)].slice(0, MOST);
+        Chooser.mark(chosen);
         draw();
-        part.view.scrollIntoView({block: "start"});
-        part.list.focus({preventScroll: true});
+        part.view.parentNode.scrollIntoView({block: "start"});
+        Chooser.focus();
+    }
+
+    // What a row of a table leads to, beside it.
+    function choose(index) {
+        if (!part.view)
+            return;
+        chosen = [index];
+        Chooser.mark(chosen);
+        draw();
+    }
+
+    // A stage of an epoch's response.
+    function showStage(index, stage) {
+        show(index);
+        drawSoon();
+        StageTable.show(part.stages, stage);
+    }
+
+    function setKind(wanted) {
+        if (!part.kind)
+            return;
+        const known = Output.KINDS.includes(wanted) ? wanted : "";
+        for (const input of part.kind.querySelectorAll("input"))
+            input.checked = input.value === known;
+        draw();
+    }
+
+    // On paper what is chosen, or all that the search leaves.
+    function print(isPrinted) {
+        if (!part.view)
+            return;
+        const isAll = isPrinted && part.paper.checked;
+        part.body.classList.toggle("replaced", isAll);
+        part.printed.replaceChildren(...(isAll ? listed.slice(0, PRINTED).map(index => {
+            const made = plotOf([index], 900, () => {});
+            return Page.element("figure", {}, Page.element("figcaption", {}, label(index)), made ? made.svg : why(index));
+        }) : []));
     }
 
     function start(box) {
@@ -173,11 +247,12 @@ const Responses = (() => {
             return;
         }
         build(box);
-        epochs = inOrder(() => true);
-        current = epochs.find(i => Curves.overall(i)) === undefined ? epochs[0] : epochs.find(i => Curves.overall(i));
-        fillList();
+        listed = Chooser.find(() => true, []);
+        const first = listed.find(i => Curves.overall(i));
+        chosen = [first === undefined ? listed[0] : first];
+        Chooser.mark(chosen);
         drawSoon();
     }
 
-    return {start, find, show, choose};
+    return {start, find, show, showStage, choose, setKind, print};
 })();

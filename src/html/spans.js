@@ -44,6 +44,15 @@ const Spans = (() => {
         return merge(spans, view, GAP_WIDTH, from, spans.length - 1);
     }
 
+    // Narrow marks with some room at both sides.
+    function widened(marks, by, narrow) {
+        const wide = [];
+        for (let i = 0; i < marks.length; i += 2)
+            if (marks[i + 1] - marks[i] < narrow)
+                wide.push(marks[i] - by, marks[i + 1] + by);
+        return wide;
+    }
+
     // Overlaps may contain each other, so all are looked at.
     function within(list, start, end) {
         const found = [];
@@ -84,5 +93,5 @@ const Spans = (() => {
         return sum;
     }
 
-    return {bars, gaps, overlaps, path, within, gapsWithin, gapCount, covered};
+    return {bars, gaps, widened, overlaps, path, within, gapsWithin, gapCount, covered};
 })();

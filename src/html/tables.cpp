@@ -191,7 +191,9 @@ void Tables::sensitivity(const Figures &figures)
     page_.put(" Hz");
     table_.number_cell();
     const double off = 100 * (figures.amplitude / std::abs(figures.sensitivity) - 1);
-    if (std::isfinite(off))
+    if (std::abs(off) >= 1000)
+        page_.text(formatted<"%+.3g">(off));
+    else if (std::isfinite(off))
         page_.text(formatted<"%+.2f">(std::abs(off) < 0.005 ? 0.0 : off));
 }
 

@@ -6,28 +6,41 @@ const TimelineKeys = (() => {
         return row ? row.channel.spans : [];
     }
 
-    // Centres the view on the next (or previous) gap of the active row, wide enough to see the data beside it.
-    function toGap(actions, state, direction) {
-        if (state.active < 0)
+    // Where the search for a gap begins: under the pointer, at the gap that was shown last or the time that was chosen,
+    // else in the middle of the view.
+    function origin(actions, state) {
+        if (state.pointed) {
+            const {i, at} = state.pointed;
+            state.pointed = null; // from there on it goes from gap to gap
+            actions.activate(i, at);
+        } else if (state.active < 0) {
             actions.step(1);
+        }
+        return state.at === null ? (state.domain[0] + state.domain[1]) / 2 : state.at;
+    }
+
+    // Centres the view on the next (or previous) gap of the row, wide enough to see the data beside it.
+    function toGap(actions, state, direction) {
+        const from = origin(actions, state);
         const spans = activeSpans(state);
-        const middle = (state.domain[0] + state.domain[1]) / 2;
+        const middleOf = ([start, end]) => (start + end) / 2;
         const gaps = d3.range(1, spans.length - 1, 2).map(i => [spans[i], spans[i + 1]]);
-        const slack = (state.domain[1] - state.domain[0]) * 1e-3;
-        const ahead = gaps.filter(([from, to]) => direction * ((from + to) / 2 - middle) > slack);
+        const ahead = gaps.filter(gap => direction * (middleOf(gap) - from) > 1e-5);
         const gap = direction > 0 ? ahead[0] : ahead[ahead.length - 1];
-        if (!gap)
+        if (!gap) {
+            actions.say(`no ${direction > 0 ? "later" : "earlier"} gap`);
             return;
+        }
+        state.at = middleOf(gap);
         const length = Math.max((gap[1] - gap[0]) * 12, 10);
-        const centre = (gap[0] + gap[1]) / 2;
-        actions.setDomain([centre - length / 2, centre + length / 2]);
+        actions.setDomain([state.at - length / 2, state.at + length / 2]);
         actions.say(`gap of ${Text.duration(gap[1] - gap[0])}: ${Text.time(gap[0])} – ${Text.time(gap[1])}`);
     }
 
     function openResponse(state) {
         const row = state.rows[state.active];
         if (row && row.epochs.length)
-            location.hash = `#response-${row.channel.epochs[row.channel.epochs.length - 1]}`;
+            Address.go(`response-${row.channel.epochs[row.channel.epochs.length - 1]}`);
     }
 
     const KEYS = {
@@ -63,7 +76,9 @@ const TimelineKeys = (() => {
             make("All", "Show all time", () => actions.showAll()),
             make("Data", "Show the time that has data", () => actions.showData()),
             make("‹ gap", "Previous gap of the chosen row", () => toGap(actions, state, -1)),
-            make("gap ›", "Next gap of the chosen row", () => toGap(actions, state, 1)));
+            make("gap ›", "Next gap of the chosen row", () => toGap(actions, state, 1)),
+            make("▸ fold", "Fold stations", () => actions.foldAll(true)),
+            make("▾ unfold", "Unfold stations", () => actions.foldAll(false)));
     }
 
     function legend() {
@@ -74,6 +89,8 @@ const TimelineKeys = (() => {
             if (name !== "epoch")
                 svg.append("rect").attr("class", "span").attr("y", 4).attr("width", 22).attr("height", 6);
             if (name === "gap")
+                svg.append("rect").attr("class", "halo").attr("x", 8.5).attr("width", 5).attr("height", 14);
+            if (name === "gap")
                 svg.append("rect").attr("class", "gap").attr("x", 10).attr("width", 2).attr("height", 14);
             if (name === "overlap")
                 svg.append("rect").attr("class", "overlap").attr("x", 8).attr("y", 10).attr("width", 6).attr("height", 4);
@@ -82,7 +99,7 @@ const TimelineKeys = (() => {
         return Page.element("div", {class: "legend"},
             Page.element("ul", {}, item("epoch", "epoch of the headers"), item("span", "data"), item("gap", "gap"),
                 item("overlap", "overlap")),
-            Page.element("p", {class: "muted hint"}, "Drag to move, Ctrl + wheel to zoom (wheel alone on the axis); keys: ",
+            Page.element("p", {class: "muted hint"}, "Drag to move, Ctrl + wheel to zoom (wheel alone on the axis), or two fingers; a station folds its channels; keys: ",
                 "arrows, + −, 0 for all, N and P for gaps, Enter for the response."));
     }
 

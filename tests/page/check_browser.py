@@ -4,11 +4,8 @@
 usage: check_browser.py quarl-html compose_volume
 """
 import contextlib
-import datetime
 import json
-import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 
@@ -17,64 +14,7 @@ SOURCE = HERE.parents[1]
 REAL = SOURCE.parent / "shared" / "volumes"
 sys.path.insert(0, str(HERE))
 from browser import Browser, program  # noqa: E402
-
-IDENTIFIER = "records 4096\nheader V\n010  2.4|12|2023,001~2024,001~2024,003~Org~Label~\n"
-DICTIONARIES = ("header A\n030 Steim2~|0001|050|00\n033 001|Net~\n033 002|Seismometer~\n034 001|M/S~Velocity~\n"
-                "034 002|V~Volts~\n034 003|COUNTS~Counts~\nheader S\n")
-RESPONSE = ("053 A|01|001|002|+1.00000E+00|+1.00000E+00|001| 0.00000E+00|{0}|{0}|{0}|002|-3.70000E-02|+3.70000E-02"
-            "|{0}|{0}|-3.70000E-02|-3.70000E-02|{0}|{0}\n058 01|+1.50000E+03|+1.00000E+00|00\n"
-            "054 D|02|002|003|0000|0000\n057 02|2.0000E+01|00001|00000|+0.0000E+00|+0.0000E+00\n"
-            "058 02|+4.00000E+05|+1.00000E+00|00\n").format("+0.00000E+00")
-
-
-def station(code, latitude, longitude):
-    return f"050 {code:5}|{latitude:10.6f}|{longitude:11.6f}| 1850.0|0001|001|Site {code}~001|3210|10|2020,001~~N|XX\n"
-
-
-def channel(location, code, latitude, longitude, sensitivity):
-    return (f"052 {location:2}|{code}|0000|002|~001|002|{latitude:10.6f}|{longitude:11.6f}| 1850.0|000.0|000.0|-90.0|0001|09|"
-            f"2.0000E+01|1.0000E-04|0000|CG~2020,001~~N\n{RESPONSE}058 00|{sensitivity:+.5E}|+1.00000E+00|00\n")
-
-
-def year_with_a_gap():
-    """A year of records of nine hours, and one second that is missing in its middle; an overlap at its end."""
-    lines = [IDENTIFIER, DICTIONARIES, station("GAP", 10, 179.9), channel("00", "LHZ", 10, 179.9, 6e8)]
-    start = datetime.datetime(2023, 1, 1)
-    for i in range(970):
-        at = start + datetime.timedelta(hours=9 * i, seconds=(i >= 485) - 2 * (i == 969))
-        lines.append(f"data sta=GAP loc=00 chan=LHZ net=XX time={at:%Y,%j,%H:%M:%S}.0000 samples=32400 rate=1,1 b1000=11,1,9\n")
-    return "".join(lines)
-
-
-def thousand_epochs():
-    lines = [IDENTIFIER, DICTIONARIES]
-    for i in range(100):
-        latitude, longitude = -60 + 1.2 * i, -170 + 3.4 * i
-        lines.append(station(f"S{i:03}", latitude, longitude))
-        lines += [channel(f"{k:02}", "BHZ", latitude, longitude, 6e8 + 10 * i + k) for k in range(10)]
-    return "".join(lines)
-
-
-class Pages:
-    """Makes pages of volumes."""
-
-    def __init__(self, quarl_html, compose, directory):
-        self.quarl_html, self.compose, self.directory = quarl_html, compose, pathlib.Path(directory)
-
-    def of(self, volume, name):
-        page = self.directory / f"{name}.html"
-        environment = dict(os.environ, QUARL_PFPATH=str(SOURCE / "etc"))
-        done = subprocess.run([self.quarl_html, "-o", page, volume], env=environment, stderr=subprocess.DEVNULL, check=False)
-        assert done.returncode in (0, 1), (name, done.returncode)
-        return page
-
-    def composed(self, recipe, name):
-        volume = self.directory / f"{name}.seed"
-        if not isinstance(recipe, pathlib.Path):
-            text, recipe = recipe, self.directory / f"{name}.txt"
-            recipe.write_text(text, encoding="utf-8")
-        subprocess.run([self.compose, recipe, volume], check=True)
-        return self.of(volume, name)
+from made_pages import Pages, thousand_epochs, year_with_a_gap  # noqa: E402
 
 
 def count(browser, selector):
@@ -83,6 +23,11 @@ def count(browser, selector):
 
 def text(browser, selector):
     return browser.evaluate(f"document.querySelector({json.dumps(selector)}).textContent")
+
+
+def rows(browser, table):
+    """All of a table, in sight or not."""
+    return browser.evaluate(f"Tables.rowsOf('{table}').length")
 
 
 def equal(what, value, expected):
@@ -101,9 +46,10 @@ def look(browser, page):
     data = browser.evaluate("JSON.parse(document.getElementById('volume').textContent)")
     equal("findings", count(browser, "#findings li"), len(data["findings"]))
     alone = sum(not c["epochs"] for c in data["channels"])
-    equal("rows of the table", count(browser, "#channels-table tbody tr"), len(data["epochs"]) + alone)
-    equal("stations of the table", count(browser, "#stations-table tbody tr"), sum(len(s["epochs"]) for s in data["stations"]))
-    placed = [s for s in data["stations"] if any(abs(e["latitude"]) <= 90 and abs(e["longitude"]) <= 360 for e in s["epochs"])]
+    equal("rows of the table", rows(browser, "channels-table"), len(data["epochs"]) + alone)
+    equal("stations of the table", rows(browser, "stations-table"), sum(len(s["epochs"]) for s in data["stations"]))
+    placed = [s for s in data["stations"] if any(e["latitude"] is not None and abs(e["latitude"]) <= 90
+                                                 and abs(e["longitude"]) <= 360 for e in s["epochs"])]
     equal("stations of the map", count(browser, "a.station"), len(placed))
     equal("choices of responses", count(browser, "#responses-view option"), len(data["epochs"]))
     if len(data["channels"]) < 20:
@@ -115,6 +61,17 @@ def look(browser, page):
         look_at_response(browser, data, index)
     print(f"{page.stem}: {len(data['channels'])} channels, {len(data['epochs'])} epochs, loaded and drawn in {seconds:.2f} s")
     return data
+
+
+# The longest line of the phase, as a share of its panel.
+STEEPEST = """(() => {
+    const height = Number(document.querySelectorAll('.plot rect.panel')[1].getAttribute('height'));
+    const d = document.querySelector('.plot path.curve.phase').getAttribute('d');
+    return Math.max(0, ...d.split('M').slice(1).flatMap(part => {
+        const y = part.split('L').map(point => Number(point.split(' ')[1]));
+        return y.slice(1).map((value, i) => Math.abs(value - y[i]) / height);
+    }));
+})()"""
 
 
 def look_at_response(browser, data, index):
@@ -129,6 +86,7 @@ def look_at_response(browser, data, index):
         equal(f"curves of epoch {index}", count(browser, ".plot path.curve.amplitude"), 1)
         drawn = browser.evaluate("document.querySelector('.plot path.curve.amplitude').getAttribute('d').split(/[ML]/).length")
         equal(f"points of epoch {index}", drawn - 1, sum((a or 0) > 0 for a in response["amplitude"]))
+        assert browser.evaluate(STEEPEST) < 0.55, f"the phase of epoch {index} is drawn across a jump"
     equal(f"stages of epoch {index}", count(browser, ".stages tbody tr"), len(data["epochs"][index]["stages"]))
 
 
@@ -183,10 +141,15 @@ def check_timeline(browser, data):
     browser.evaluate("document.querySelector('.rows-scroll').focus()")
     browser.press("ArrowDown")
     assert "970 records" in text(browser, "#timeline-view .status"), text(browser, "#timeline-view .status")
+    browser.mouse("mouseMoved", left + width / 4, top + height / 2)
+    browser.settle()
     browser.press("n")
     near = domain(browser)
     assert near[0] < spans[1] < spans[2] < near[1] and near[1] - near[0] < 60, near
     assert mark_boxes(browser, "gap")[0][1] > 20, "a second is wide in a view of seconds"
+    browser.press("n")
+    assert "no later gap" in text(browser, "#timeline-view .status"), "the next gap is not looked for from this one"
+    assert "2023-07-01" in text(browser, ".time-axis") and "182" in text(browser, ".time-axis"), text(browser, ".time-axis")
     browser.press("-")
     assert domain(browser)[0] < near[0]
     browser.press("Enter")
@@ -204,7 +167,10 @@ def check_map(browser):
     assert text(browser, ".scale text").endswith("m"), "no scale"
     browser.click("#map-view .controls button:nth-child(3)")
     browser.click("a.station:last-of-type path")  # it lies above the others
-    equal("where a station leads", browser.evaluate("[location.hash, document.activeElement.id]"), ["#station-99", "station-99"])
+    equal("where a station leads", browser.evaluate("[location.hash, document.querySelector('.site').dataset.station]"),
+          ["#site-99", "99"])
+    equal("land", browser.evaluate("document.querySelector('path.land').getAttribute('d').length > 1000"), True)
+    equal("without a position", count(browser, ".unplaced"), 0)
 
 
 def column(browser, table, number):
@@ -227,15 +193,41 @@ def check_tables(browser, data):
     browser.evaluate("new Promise(done => setTimeout(done, 300))")
     equal("found", column(browser, "stations-table", 1), ["XX.S042"])
     equal("found rows of the timeline", count(browser, "g.row.channel"), 10)
-    equal("said", text(browser, "#nav output"), "10 channels")
+    assert text(browser, "#nav output").startswith("10 channels"), text(browser, "#nav output")
     equal("found epochs", count(browser, "#responses-view option"), 10)
-    browser.evaluate("(s => (s.value = '', s.dispatchEvent(new Event('input'))))(document.getElementById('search'))")
-    browser.evaluate("new Promise(done => setTimeout(done, 300))")
-    equal("first ones again", count(browser, "#channels-table tbody tr:not([hidden])"), 300)
-    browser.click("#channels-table caption button")
-    equal("all again", count(browser, "#channels-table tbody tr:not([hidden])"), len(data["epochs"]))
-    browser.click("#channels-table tr:nth-child(3) .go a")
+    shown = browser.evaluate("Number(document.getElementById('responses-view').dataset.epoch)")
+    assert 420 <= shown < 430, f"epoch {shown} is shown, which was not found"
+    for words, found in (("XX_S042_03_BHZ", 1), ("xx.s042.03.bhz", 1), ("xx s042 bh? 03", 1), ("2021-05-05", 1000),
+                         ("2019,300", 0), ("s042 error", None), ("nothing-has-this", 0)):
+        search(browser, words)
+        if found is not None:
+            equal(f"found by {words}", count(browser, "#responses-view option"), found)
+    equal("said of nothing", text(browser, "#nav output"), "nothing found")
+    equal("no response is left", browser.evaluate("document.querySelector('.response').hidden"), True)
+    search(browser, "")
+    equal("all again", browser.evaluate("document.querySelector('#channels-table').getAttribute('aria-rowcount')"),
+          str(len(data["epochs"]) + 1))
+    assert 0 < count(browser, "#channels-table tbody tr") < 100, "rows out of sight are drawn"
+    check_speed(browser)
+    browser.evaluate("Address.go('timeline-2')")
+    browser.settle()
     equal("the row that a link leads to", count(browser, "g.row.active[data-channel='2']"), 1)
+    equal("the station of its row", text(browser, "g.station-row text.group"), "XX.S000")
+
+
+def search(browser, words):
+    browser.evaluate(f"(s => (s.value = {json.dumps(words)}, s.dispatchEvent(new Event('input'))))(document.getElementById('search'))")
+    browser.evaluate("new Promise(done => setTimeout(done, 300))")
+    browser.settle()
+
+
+def check_speed(browser):
+    """A thousand rows are sorted and searched at once."""
+    for act in ("document.querySelector('#channels-table th:nth-child(6) button').click()", "Tables.find(Words.make('s04'))",
+                "Tables.find([])", "document.querySelector('#channels-table th:nth-child(2) button').click()"):
+        took = browser.evaluate(f"(() => {{ const begin = performance.now(); {act}; document.body.offsetHeight;"
+                                f" return performance.now() - begin; }})()")
+        assert took < 500, f"{act} took {took:.0f} ms"
 
 
 def check_links(browser, page):
@@ -243,6 +235,55 @@ def check_links(browser, page):
     equal("epoch of a deep link", browser.evaluate("document.getElementById('responses-view').dataset.epoch"), "7")
     browser.open(page, "#channel-5")
     equal("row of a deep link", count(browser, "#channels-table tr.current #channel-5"), 1)
+    browser.open(page, "#response-7&with=8,9&find=s000&as=acceleration")
+    equal("curves of a deep link", count(browser, ".plot path.curve.amplitude"), 3)
+    equal("what it searches for", browser.evaluate("document.getElementById('search').value"), "s000")
+    assert "per M/S**2" in text(browser, ".frequency-plot"), "no acceleration"
+    browser.evaluate("Address.go('site-3')")
+    equal("a station by a link", browser.evaluate("document.querySelector('.site').dataset.station"), "3")
+    browser.evaluate("history.back()")
+    browser.evaluate("new Promise(done => setTimeout(done, 200))")
+    equal("back", browser.evaluate("[location.hash, document.getElementById('responses-view').dataset.epoch]"),
+          ["#response-7&with=8,9&find=s000&as=acceleration", "7"])
+
+
+def check_outputs(browser):
+    """Velocity into displacement is a factor of 2 pi f and a quarter of a turn; curves are saved with their numbers."""
+    browser.evaluate("Responses.show(0)")
+    browser.settle()
+    values = browser.evaluate("(c => { const t = Output.turn(c, 1); const i = c.frequency.findIndex(f => f >= 1);"
+                              " return [t.amplitude[i] / c.amplitude[i], t.phase[i] - c.phase[i], c.frequency[i]]; })(Curves.overall(0))")
+    assert abs(values[0] / (2 * 3.14159265 * values[2]) - 1) < 1e-6, values
+    assert min(abs(values[1] - 90), abs(values[1] + 270)) < 1e-6, values
+    lines = browser.evaluate("Export.csv([Curves.overall(0)], 'COUNTS per M/S')").splitlines()
+    equal("lines of the CSV", len(lines) - 1, browser.evaluate("Curves.overall(0).frequency.length"))
+    equal("its head", lines[0], "curve,frequency (Hz),amplitude (COUNTS per M/S),phase (degrees)")
+    drawing = browser.evaluate("Export.svg(document.querySelector('.frequency-plot'))")
+    assert drawing.startswith("<?xml") and 'stroke="rgb' in drawing, drawing[:200]
+
+
+def check_ticks(browser):
+    """Never fewer than two, never one over another, whatever the range."""
+    for low, high in ((1, 9), (2.1e8, 2.4e8), (1e-12, 1e14), (0.9, 1.1), (3, 3.0001)):
+        ticks = browser.evaluate(f"PlotAxes.ticks(d3.scaleLog().domain([{low}, {high}]).range([0, 300]), 24, true)"
+                                 ".map(t => [t.at, Page.textWidth(t.text)])")
+        assert len(ticks) >= 2, (low, high, ticks)
+        for (a, width), (b, other) in zip(ticks, ticks[1:]):
+            assert b - a >= (width + other) / 2, (low, high, ticks)
+
+
+def check_phone(browser, page):
+    """One finger scrolls, what is touched has 24 pixels."""
+    browser.resize(390, 800, True)
+    browser.open(page)
+    small = browser.evaluate("[...document.querySelectorAll('button, select, input, summary, g.row .back')]"
+                             ".map(e => [e.getBoundingClientRect(), e.outerHTML.slice(0, 80)])"
+                             ".filter(([box]) => box.width > 0 && box.height < 24).map(([, shown]) => shown)")
+    equal("small targets", small, [])
+    for selector in (".frame", "svg.map"):
+        equal(f"fingers on {selector}", browser.evaluate(f"getComputedStyle(document.querySelector('{selector}')).touchAction"),
+              "pan-x pan-y")
+    browser.resize(1280, 900)
 
 
 CONTRAST = """(() => {
@@ -301,10 +342,13 @@ def main(quarl_html, compose):
         sample = pages.of(SOURCE / "examples" / "sample.seed", "sample")
         look(browser, sample)
         check_windows(browser, sample)
+        check_phone(browser, sample)
         check_hostile(browser, pages.composed(SOURCE / "tests" / "page" / "hostile.txt", "hostile"))
         data = look(browser, pages.composed(year_with_a_gap(), "gap"))
         check_timeline(browser, data)
         check_stages(browser, data)
+        check_outputs(browser)
+        check_ticks(browser)
         many = pages.composed(thousand_epochs(), "thousand")
         data = look(browser, many)
         equal("epochs", len(data["epochs"]), 1000)
