@@ -82,8 +82,8 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "lists what SEED volumes hold, exact to 
 quarl reads a volume in the FDSN Standard for the Exchange of Earthquake Data and lists every
 control-header blockette and data record in it, with counts, bytes and shares at the end.
 Volumes may be compressed, and may come from standard input or a tape. quarl-json prints the same
-as lines of JSON for programs, quarl-check tells whether it is sound, and quarl-html shows it as a
-page for browsers.")
+as lines of JSON for programs, quarl-check tells whether it is sound, quarl-html shows it as a
+page for browsers, and quarl-mseed writes its data records as miniSEED.")
 # What the program is linked with is found by dpkg-shlibdeps. The rest is loaded when it is needed:
 # zlib and liblzma are on every Debian system; ISA-L reads gzip faster than zlib; libarchive reads
 # the rarer compressions; SOCI's backends bring SOCI and the databases' client libraries along.

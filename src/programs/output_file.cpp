@@ -151,4 +151,13 @@ void write_file(const std::string &path, const std::function<void(Out &)> &write
     write_through(fd, path, write);
 }
 
+bool is_one_file(const std::string &path, const std::string &output)
+{
+    struct stat in = {};
+    struct stat out = {};
+    const bool has_in = path == "-" ? fstat(STDIN_FILENO, &in) == 0 : stat(path.c_str(), &in) == 0;
+    return has_in && !is_standard_output(output) && stat(output.c_str(), &out) == 0 &&
+           S_ISREG(out.st_mode) && in.st_dev == out.st_dev && in.st_ino == out.st_ino;
+}
+
 } // namespace quarl

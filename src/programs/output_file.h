@@ -22,4 +22,7 @@ void write_output(Out &standard, const std::string &path, const std::function<vo
 /// signal ends the process at once.
 void write_file(const std::string &path, const std::function<void(Out &)> &write);
 
+/// Whether the volume at `path` ("-": standard input) and the regular file at `output` are one.
+bool is_one_file(const std::string &path, const std::string &output);
+
 } // namespace quarl

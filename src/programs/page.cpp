@@ -8,8 +8,6 @@
 
 #include <memory>
 #include <quarl/version.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace quarl
@@ -91,16 +89,6 @@ int PageReading::read(html::VolumeRead *into)
         return No_Page;
     into->findings = checker_->take(&into->inventory);
     return failed_ ? Page_Of_Part : 0;
-}
-
-/// Whether both names are those of one file.
-bool is_one_file(const std::string &path, const std::string &output)
-{
-    struct stat in = {};
-    struct stat out = {};
-    const bool has_in = path == "-" ? fstat(STDIN_FILENO, &in) == 0 : stat(path.c_str(), &in) == 0;
-    return has_in && !is_standard_output(output) && stat(output.c_str(), &out) == 0 &&
-           S_ISREG(out.st_mode) && in.st_dev == out.st_dev && in.st_ino == out.st_ino;
 }
 
 } // namespace

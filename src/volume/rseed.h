@@ -41,6 +41,9 @@ public:
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
     std::function<void()> on_entered;   ///< called when its header was read
 
+    /// The current record, whose length will be set, is at least so long.
+    void hold_header(int length) { recsiz_ = std::max(recsiz_, length); }
+
     /// Input files begun, less one; informational.
     [[nodiscard]] int fileno() const { return fileno_; }
     /// Bytes read in this file.

@@ -139,6 +139,9 @@ int frame_data(read_handle_t *handle, Record *record, int *type)
     ItemAccess item{handle->now};
     item.type(Data_Record, 0);
     count_record(handle);
+    // The listing of a record that is shorter than what is read of it here goes astray behind it.
+    if (handle->reads_unlisted)
+        handle->logical->hold_header(Record_Header + Data_Header);
     const char *bytes = read_data_header(handle);
     if (!bytes)
         return 0;

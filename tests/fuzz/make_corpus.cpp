@@ -41,6 +41,23 @@ void volumes(const fs::path &golden, const fs::path &folder)
     put(folder / "data", sample.substr(sample.size() - 2048), 1);
 }
 
+/// Records without Blockette 1000 whose formats the dictionary names: with room for it and without.
+void records_to_complete(const fs::path &folder)
+{
+    const std::pair<const char *, int> formats[] = {{"32-Bit Integer Format", 48},
+                                                    {"Steim2 Integer Compression Format", 64},
+                                                    {"IEEE single precision real", 56},
+                                                    {"USNSN Integer Compression", 48}};
+    for (const auto &[name, begin] : formats) {
+        VolumeBuilder volume(512);
+        volume.header('A').blockette(30, b030(name, 1, 0, {}));
+        volume.header('S').blockette(50, b050({})).blockette(52, b052({.exponent = 9}));
+        volume.data({.begin_data = begin, .payload = std::string(400, 'a')});
+        volume.data({.little = true, .timing_quality = 50, .begin_data = 64});
+        put(folder / std::to_string(begin).append(1, name[0]), volume.volume(), 0);
+    }
+}
+
 /// Every blockette of the sample and some of the extremes, in front of each the row of its type.
 void blockettes(const fs::path &folder)
 {
@@ -151,6 +168,7 @@ int main(int argc, char *argv[])
     blockettes(corpus / "blockette");
     data_records(corpus / "data_record");
     samples(corpus / "samples");
+    records_to_complete(corpus / "mseed");
     parameter_files(corpus / "parameter_file");
     compressed_files(corpus / "compressed");
     return 0;

@@ -5,14 +5,12 @@
 #include "compose/files.h"
 #include "compose/samples.h"
 #include "compose/volume.h"
+#include "samples/peer.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <libmseed.h>
-#include <memory>
 #include <quarl/samples.h>
 #include <quarl/volume.h>
 #include <random>
@@ -23,11 +21,6 @@ using namespace quarl; // NOLINT: all is about it
 
 namespace
 {
-
-struct FreeRecord {
-    void operator()(MSRecord *record) const { msr_free(&record); }
-};
-using Peer = std::unique_ptr<MSRecord, FreeRecord>;
 
 struct Totals {
     int records = 0;
@@ -46,30 +39,6 @@ Peer peer_of(std::string *record, const Samples &samples)
     const int code = msr_unpack(record->data(), static_cast<int>(record->size()), &made, 1, 0);
     Peer peer(made);
     return code == MS_NOERROR ? std::move(peer) : nullptr;
-}
-
-/// Bit for bit, and of the same type.
-template <class Ours> bool is_same(const Samples &samples, const MSRecord &peer)
-{
-    const auto *ours = samples.get<Ours>();
-    return ours && static_cast<std::int64_t>(ours->size()) == peer.numsamples &&
-           std::memcmp(ours->data(), peer.datasamples, ours->size() * sizeof *ours->data()) == 0;
-}
-
-bool is_same_of_any_type(const Samples &samples, const MSRecord &peer)
-{
-    if (peer.numsamples == 0)
-        return samples.size() == 0;
-    switch (peer.sampletype) {
-    case 'a':
-        return is_same<Text>(samples, peer);
-    case 'i':
-        return is_same<Integers>(samples, peer);
-    case 'f':
-        return is_same<Floats>(samples, peer);
-    default:
-        return is_same<Doubles>(samples, peer);
-    }
 }
 
 void compare(std::string record, const Samples &samples, const std::string &name, Totals *totals)
