@@ -8,6 +8,7 @@
 #include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <latch>
 #include <quarl/inventory.h>
 #include <quarl/response.h>
 #include <quarl/volume.h>
@@ -21,12 +22,16 @@ using namespace quarl; // NOLINT: every test is about it
 namespace
 {
 
-/// Calls f(0) ... f(3) in a thread each.
+/// Calls f(0) ... f(3) in a thread each, all at once.
 template <class F> void in_threads(F &&f)
 {
     std::array<std::thread, 4> threads;
+    std::latch all(threads.size());
     for (std::size_t i = 0; i < threads.size(); ++i)
-        threads[i] = std::thread([&f, i] { f(i); });
+        threads[i] = std::thread([&, i] {
+            all.arrive_and_wait();
+            f(i);
+        });
     for (std::thread &each : threads)
         each.join();
 }
@@ -75,13 +80,35 @@ std::string all_of(const Inventory &inventory)
     return all;
 }
 
+/// Reading data looks for epochs; without any, the first who asks has to list them all.
+TEST(Threads, AskForEpochsFirst)
+{
+    VolumeBuilder volume;
+    volume.header('V').blockette(10, b010(2.4, 12, "2000", "", "", "", ""));
+    volume.header('S').blockette(50, b050({}));
+    for (int year = 2000; year < 2500; ++year)
+        volume.blockette(52,
+                         b052({.start = std::to_string(year), .end = std::to_string(year + 1)}));
+    const VolumeFile file(volume.volume());
+    DataChannel channel;
+    channel.code = {"XX", "QRL", "", "BHZ"};
+    for (int round = 0; round < 10; ++round) {
+        Inventory inventory;
+        file.add_to(&inventory);
+        in_threads([&](std::size_t) {
+            const ChannelEpoch *found = inventory.epoch_at(channel, 1.6e9);
+            EXPECT_EQ(found, &inventory.channel_epochs().at(20));
+        });
+    }
+}
+
 TEST(Threads, LookAtAnInventoryTogether)
 {
     const VolumeFile sample(sample_volume());
     Inventory alone;
     sample.add_to(&alone);
     const std::string expected = all_of(alone);
-    Inventory together; // nobody has asked it for an epoch yet
+    Inventory together;
     sample.add_to(&together);
     std::array<std::string, 4> seen;
     in_threads([&](std::size_t i) { seen[i] = all_of(together); });
