@@ -19,7 +19,7 @@ import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "json"))
-from volumes import run, volumes  # noqa: E402
+from volumes import REAL, run, volumes  # noqa: E402
 
 TAGS = set("html head meta title style body header h1 h2 dl div dt dd svg rect ul li table caption span thead "
            "tbody tr th td nav a main section small p details summary b noscript script".split())
@@ -229,7 +229,7 @@ def main(program, compose, man_page):
     for name in documented.keys() | found.keys():
         odd = documented.get(name, set()) ^ found.get(name, set())
         assert not odd, f"keys of {name}: {odd}"
-    assert curves > 20, curves
+    assert curves >= (20 if REAL.is_dir() else 5), curves
     print(f"{pages} pages, {curves} responses by stage")
 
 

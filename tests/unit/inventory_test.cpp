@@ -1,8 +1,8 @@
 // The inventory of a composed volume, field by field, and of one file behind another.
-#include "compose/blockette_text.h"
 #include "compose/files.h"
 #include "compose/volume.h"
 #include "platform/format.h"
+#include "support/full_volume.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -15,83 +15,6 @@ using namespace quarl; // NOLINT: every test is about it
 
 namespace
 {
-
-/// Every field of every blockette has a value of its own.
-std::string full_volume()
-{
-    VolumeBuilder volume(4096);
-    volume.header('V')
-        .blockette(10, b010(2.4, 12, "1999,300", "2001,002,03:04:05.5", "2002", "Org", "Label"))
-        .blockette(11, b011({{"QRL", 3}, {"ABC", 4}}))
-        .blockette(12, b012({{"2000,366", "2001,001", 5}, {"2001,002", "", 6}}));
-    volume.header('A')
-        .blockette(30, b030("32-Bit", 7, 0, {"M0", "W4 D0-31 C2"}))
-        .blockette(31, b031(11, 'S', "Station remark", 0))
-        .blockette(31, b031(12, 'C', "Channel remark", 0))
-        .blockette(32, b032(13, "Author", "Catalog", "Publisher"))
-        .blockette(33, b033(14, "Network name"))
-        .blockette(33, b033(15, "Instrument"))
-        .blockette(34, b034(16, "M/S", "Velocity"))
-        .blockette(34, b034(17, "V", "Volts"))
-        .blockette(34, b034(18, "A", "Amperes"))
-        .blockette(34, b034(18, "COUNTS", "Digits"));
-    volume.header('S')
-        .blockette(50, b050({.station = "QRL",
-                             .lat = 46.5,
-                             .lon = 8.25,
-                             .elev = 1742.5,
-                             .name = "Quarry",
-                             .net_id = 14,
-                             .start = "1998,002",
-                             .end = "2009,004",
-                             .network = "XY"}))
-        .blockette(51, b051("1999,001", "1999,002", 11, 3))
-        .blockette(52, b052({.location = "00",
-                             .channel = "BHZ",
-                             .instrument = 15,
-                             .comment = "Borehole",
-                             .units_signal = 16,
-                             .units_calibration = 17,
-                             .lat = 46.25,
-                             .lon = 8.5,
-                             .elev = 1700.5,
-                             .depth = 42.5,
-                             .azimuth = 12.5,
-                             .dip = -88.5,
-                             .format = 7,
-                             .exponent = 9,
-                             .rate = 20,
-                             .flags = "CG",
-                             .start = "1998,003",
-                             .end = "2000,366,12"}))
-        .blockette(53, b053({.input_units = 16, .output_units = 17, .poles = {{-1, 2}}}))
-        .blockette(58, b058(1, 1500, 2))
-        .blockette(59, b059("1999,011", "1999,012", 12, 4))
-        .blockette(59, b059("1999,013", "", 12, 5))
-        .blockette(58, b058(0, 3e9, 2.5))
-        .blockette(52, b052({.location = "00", .channel = "BHZ", .start = "2000,366,12"}))
-        .blockette(52, b052({.channel = "LOG", .subchannel = 3}));
-    volume.header('T')
-        .blockette(70, b070('P', "2000,366", "2001,001"))
-        .blockette(74, b074({.station = "QRL",
-                             .location = "00",
-                             .channel = "BHZ",
-                             .first = {"2000,366,01", 5},
-                             .last = {"2000,366,02", 6},
-                             .network = "XY"}));
-    // Ten seconds each; the first two overlaps come from back to front.
-    for (const char *time : {"00:00:00", "00:00:10", "00:01:05", "00:01:00", "00:00:15", "00:02:00",
-                             "00:03:00", "12:00:00"})
-        volume.data({.station = "QRL",
-                     .location = "00",
-                     .channel = "BHZ",
-                     .network = "XY",
-                     .time = "2000,366," + std::string(time) + ".0000",
-                     .samples = 200,
-                     .b1000 = DataOnly{3, 1, 9}});
-    volume.data({.time = "2001,366,00:00:00.0000", .b1000 = DataOnly{}}); // no such day
-    return volume.volume();
-}
 
 std::string span(double start, double end) { return time_text(start) + "-" + time_text(end); }
 
@@ -120,6 +43,9 @@ std::string text_of(const Inventory &inventory, const ChannelEpoch &e)
             all += formatted<" stage %d">(stage->number);
             if (const auto *gain = std::get_if<Gain>(&part))
                 all += number(gain->value) + number(gain->frequency);
+            else if (const auto *d = std::get_if<Decimation>(&part))
+                all += number(d->input_rate) + formatted<" /%d at %d">(d->factor, d->offset) +
+                       number(d->delay) + number(d->correction);
             else if (const auto *filter = std::get_if<FilterPtr>(&part))
                 all += " " + (*filter)->input().name + " to " + (*filter)->output().name;
         }
@@ -252,7 +178,7 @@ XY_QRL epochs 1 channels 2
 XY_QRL 1998,002-2009,004 46.5 8.25 1742.5 14 Quarry #3 at 3 [1999,001-1999,002 key 11 level 3]
 XY_QRL_00_BHZ of 0 epochs 2
 XY_QRL__LOG:3 of 0 epochs 1
-XY_QRL_00_BHZ 0 under 0 1998,003-2000,366,12:00:00.0000 46.25 8.5 1700.5 42.5 12.5 -88.5 20 instrument 15 units 16 17 format 7 length 512 'CG' 'Borehole' #3 stage 1 M/S to V stage 1 1500 2 stage 0 3e+09 2.5 [1999,011-1999,012 key 12 level 4] [1999,013- key 12 level 5]
+XY_QRL_00_BHZ 0 under 0 1998,003-2000,366,12:00:00.0000 46.25 8.5 1700.5 42.5 12.5 -88.5 20 instrument 15 units 16 17 format 7 length 512 'CG' 'Borehole' #3 stage 1 M/S to V stage 1 1500 2 stage 2 V to COUNTS stage 2 200 /2 at 1 0.0625 0.125 stage 2 2e+06 2.25 stage 3 COUNTS to COUNTS stage 3 100 /5 at 2 0.25 0.375 stage 3 1 2 stage 0 3e+09 2.5 [1999,011-1999,012 key 12 level 4] [1999,013- key 12 level 5]
 XY_QRL_00_BHZ 0 under 0 2000,366,12:00:00.0000- 0 0 0 0 0 -90 20 instrument 1 units 1 2 format 1 length 4096 'CG' '' #3
 XY_QRL__LOG:3 1 under 0 2020,001- 0 0 0 0 0 -90 20 instrument 1 units 1 2 format 1 length 4096 'CG' '' #3
 XY_QRL_00_BHZ records 8 samples 1600 first #5 rate 20
