@@ -1,12 +1,17 @@
 #include "compose/sample.h"
 
 #include "compose/blockette_text.h"
+#include "compose/sample_response.h"
+#include "compose/samples.h"
 #include "compose/volume.h"
 
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <map>
+#include <numbers>
+#include <stdexcept>
 
 namespace
 {
@@ -18,7 +23,6 @@ constexpr const char *End = "2024,061,00:05:00.0000";
 // Codes of the dictionaries.
 enum Format { Steim1 = 1, Steim2 = 2, Int32 = 3 };
 enum Abbreviation { Network = 1, Seismometer = 2, Barometer = 3, Datalogger = 4 };
-enum Unit { Velocity = 1, Volts = 2, Counts = 3, Pressure = 4 };
 enum Comment { Clock_Locked = 1, Sensor_Swapped = 2 };
 
 struct Station {
@@ -27,17 +31,18 @@ struct Station {
     const char *name;
 };
 
-/// A channel and its data: `count` records of `length` bytes, numbered within 4096 bytes.
+/// A channel and its data: records of 4096 bytes with these samples, one behind the other from the
+/// given second on.
 struct Channel {
     const char *station;
     const char *location;
     const char *code;
     double azimuth, dip, rate;
     Format format;
-    int exponent;
-    int encoding; ///< what Blockette 1000 says
-    int count;
-    int samples; ///< in each record
+    int encoding;              ///< what Blockette 1000 says
+    std::array<int, 2> starts; ///< s behind Begin; below 0: no such record
+    std::array<int, 2> samples;
+    double event; ///< counts of the earthquake at its largest
 };
 
 constexpr std::array<Station, 2> Stations = {{
@@ -45,34 +50,48 @@ constexpr std::array<Station, 2> Stations = {{
     {"QRL2", 46.498750, 8.150250, 1215.5, "Quarry Lake village, invented"},
 }};
 
-// QRL2 BHZ is the channel whose records do not hold what the dictionary promises.
-constexpr std::array<Channel, 7> Channels = {{
-    {"QRL1", "00", "BHZ", 0, -90, 20, Steim2, 9, 11, 8, 400},
-    {"QRL1", "00", "BHN", 0, 0, 20, Steim2, 9, 11, 8, 400},
-    {"QRL1", "00", "BHE", 90, 0, 20, Steim2, 9, 11, 8, 400},
-    {"QRL1", "00", "LHZ", 0, -90, 1, Steim1, 12, 10, 1, 300},
-    {"QRL1", "", "LDO", 0, 0, 1, Int32, 12, 3, 1, 300},
-    {"QRL2", "", "BHZ", 0, -90, 20, Steim1, 9, 11, 8, 400},
-    {"QRL2", "", "LHZ", 0, -90, 1, Steim1, 12, 10, 1, 300},
+// QRL2 BHZ is the channel whose records do not hold what the dictionary promises. It has a gap,
+// too.
+constexpr std::array<Channel, 6> Channels = {{
+    {"QRL1", "00", "BHZ", 0, -90, 20, Steim2, 11, {0, 145}, {2900, 3100}, 5200},
+    {"QRL1", "00", "BHN", 0, 0, 20, Steim2, 11, {0, 140}, {2800, 3200}, 8100},
+    {"QRL1", "00", "BHE", 90, 0, 20, Steim2, 11, {0, 142}, {2840, 3160}, 6900},
+    {"QRL1", "00", "LHZ", 0, -90, 1, Steim1, 10, {0, -1}, {300, 0}, 40},
+    {"QRL1", "", "LDO", 0, 0, 1, Int32, 3, {0, -1}, {300, 0}, 0},
+    {"QRL2", "", "BHZ", 0, -90, 20, Steim1, 11, {0, 140}, {2400, 3200}, 4400},
 }};
 
-std::string channel_key(const Channel &c) { return std::string(c.station) + c.location + c.code; }
+std::string channel_key(const Channel &c, int record)
+{
+    return std::string(c.station) + c.location + c.code + std::to_string(record);
+}
 
-/// Record numbers of station headers, of the time span header and of each channel's first record:
+int last_record(const Channel &c) { return c.starts[1] < 0 ? 0 : 1; }
+
+/// Record numbers of station headers, of the time span header and of each channel's records:
 /// the indices stand before what they point at, so the volume is composed twice.
 using Numbers = std::map<std::string, int>;
 
 bool is_pressure(const Channel &c) { return c.code[1] == 'D'; }
 
-/// Time of the channel's record `index`, as text.
-std::string record_time(const Channel &c, int index)
+/// Tenths of a millisecond behind Begin as text.
+std::string time_text(int ticks)
 {
-    const int seconds = static_cast<int>(index * c.samples / c.rate);
-    std::string time = "2024,061,00:00:00.0000";
-    time[13] = static_cast<char>('0' + seconds / 60);
-    time[15] = static_cast<char>('0' + seconds % 60 / 10);
-    time[16] = static_cast<char>('0' + seconds % 10);
-    return time;
+    const int seconds = ticks / 10000;
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "2024,061,00:%02d:%02d.%04d", seconds / 60,
+                  seconds % 60, ticks % 10000);
+    return text.data();
+}
+
+std::string start_of(const Channel &c, int record) { return time_text(c.starts[record] * 10000); }
+
+/// Of the last sample.
+std::string end_of(const Channel &c)
+{
+    const int last = last_record(c);
+    return time_text(c.starts[last] * 10000 +
+                     static_cast<int>((c.samples[last] - 1) * 10000 / c.rate));
 }
 
 void add_index(VolumeBuilder *v, const Numbers &at)
@@ -139,51 +158,6 @@ void add_dictionaries(VolumeBuilder *v)
     v->blockette(34, b034(Pressure, "PA", "Pressure in Pascals"));
 }
 
-/// Sensor, digitiser and one decimating filter of a seismometer channel.
-void add_seismometer(VolumeBuilder *v, const Channel &c)
-{
-    const double volts = 1500, counts = 419430;
-    v->blockette(
-        53, b053({.input_units = Velocity,
-                  .output_units = Volts,
-                  .factor = 3.4684e17,
-                  .zeros = {{0, 0}, {0, 0}, {-392, 0}, {-1960, 1490, 5, 5}, {-1960, -1490, 5, 5}},
-                  .poles = {{-0.03691, 0.03702},
-                            {-0.03691, -0.03702},
-                            {-343, 0},
-                            {-370, 467, 2.5, 2.5},
-                            {-370, -467, 2.5, 2.5}}}));
-    v->blockette(58, b058(1, volts, 1));
-    v->blockette(54, b054({.stage = 2, .input_units = Volts, .output_units = Counts}));
-    v->blockette(57, b057(2, c.rate * 4, 1, 0, 0, 0));
-    v->blockette(58, b058(2, counts, 1));
-    v->blockette(61, b061({.stage = 3,
-                           .name = "FIR_DEC4",
-                           .symmetry = 'C',
-                           .input_units = Counts,
-                           .output_units = Counts,
-                           .coefficients = {-0.0021, 0.0148, 0.0967, 0.3906}}));
-    v->blockette(57, b057(3, c.rate * 4, 4, 0, 3.5 / (c.rate * 4), 3.5 / (c.rate * 4)));
-    v->blockette(58, b058(3, 1, 1));
-    v->blockette(58, b058(0, volts * counts, 1));
-}
-
-/// A barometer read out by a polynomial, with its calibration as a list of amplitudes.
-void add_barometer(VolumeBuilder *v)
-{
-    v->blockette(62, b062({.input_units = Pressure,
-                           .output_units = Counts,
-                           .upper_frequency = 0.5,
-                           .lower_bound = 60000,
-                           .upper_bound = 110000,
-                           .maximum_error = 8,
-                           .coefficients = {{80000, 4}, {0.125, 0.0005}}}));
-    v->blockette(
-        55, b055(2, Counts, Counts,
-                 {{0.01, 1, 0, 0, 0}, {0.1, 0.998, 0.001, -1.5, 0.1}, {0.5, 0.91, 0.01, -8, 0.5}}));
-    v->blockette(58, b058(0, 8, 0.01));
-}
-
 void add_channel(VolumeBuilder *v, const Station &s, const Channel &c)
 {
     v->blockette(52, b052({.location = c.location,
@@ -199,15 +173,15 @@ void add_channel(VolumeBuilder *v, const Station &s, const Channel &c)
                            .azimuth = c.azimuth,
                            .dip = c.dip,
                            .format = c.format,
-                           .exponent = c.exponent,
+                           .exponent = Record_Exponent,
                            .rate = c.rate,
                            .drift = 1e-5,
-                           .num_comments = 1,
+                           .num_comments = is_pressure(c) ? 0 : 1,
+                           .flags = is_pressure(c) ? "CW" : "CG",
                            .start = "2021,152"}));
     if (is_pressure(c))
-        add_barometer(v);
-    else
-        add_seismometer(v, c);
+        return add_barometer(v);
+    add_seismometer(v, c.rate);
     v->blockette(59, b059("2023,100", "2023,101", Sensor_Swapped, 0));
 }
 
@@ -238,7 +212,7 @@ void add_span(VolumeBuilder *v, Numbers *at)
     v->header('T');
     (*at)["span"] = v->next_sequence();
     v->blockette(70, b070('E', Begin, End));
-    v->blockette(71, b071({.time = "2024,060,23:59:41.2500",
+    v->blockette(71, b071({.time = "2024,061,00:00:40.1000",
                            .source = 1,
                            .lat = 46.41,
                            .lon = 7.93,
@@ -249,52 +223,84 @@ void add_span(VolumeBuilder *v, Numbers *at)
                            .region_name = "SWITZERLAND"}));
     v->blockette(72, b072({.station = "QRL1",
                            .location = "00",
-                           .time = "2024,061,00:00:02.4000",
-                           .amplitude = 42,
+                           .time = "2024,061,00:00:43.4000",
+                           .amplitude = 5200,
                            .period = 0.25,
                            .snr = 12.5,
                            .phase = "Pg",
                            .source = 1}));
     for (const Channel &c : Channels) {
-        const int first = (*at)[channel_key(c)];
+        const int last = last_record(c);
         v->blockette(74, b074({.station = c.station,
                                .location = c.location,
                                .channel = c.code,
-                               .first = {record_time(c, 0), first, 1},
-                               .last = {record_time(c, c.count), first, c.count}}));
+                               .first = {start_of(c, 0), (*at)[channel_key(c, 0)], 1},
+                               .last = {end_of(c), (*at)[channel_key(c, last)], 1}}));
     }
 }
 
-/// Bytes that look like compressed samples, different for each channel.
-std::string payload(std::uint32_t seed)
+/// Noise, and the earthquake from its first arrival on: P, after 2.3 s S, and what they leave.
+double ground(const Channel &c, double seconds, std::uint32_t *seed)
 {
-    std::string frame;
-    for (int i = 0; i < 64; i++) {
-        seed = seed * 1664525U + 1013904223U;
-        frame += static_cast<char>(seed >> 24U);
-    }
-    return frame;
+    constexpr double Arrival = 43.4, S_Minus_P = 2.3, Decay = 7;
+    *seed = *seed * 1664525U + 1013904223U;
+    double value = static_cast<double>(*seed >> 24U) / 16 - 8;
+    const auto wave = [&](double after, double hertz) {
+        return after < 0 ? 0
+                         : c.event * std::sin(2 * std::numbers::pi * hertz * after) *
+                               (1 - std::exp(-4 * after)) * std::exp(-after / Decay);
+    };
+    const double hertz = c.rate > 2 ? 2 : 0.1;
+    const double horizontal = c.dip == 0 ? 1 : 0.6; ///< S moves the ground to and fro
+    value += (1.2 - horizontal) * wave(seconds - Arrival, 1.5 * hertz);
+    return value + horizontal * wave(seconds - Arrival - S_Minus_P, hertz);
 }
 
-/// The channel's records share the number of the 4096 bytes that they fill.
-void add_data(VolumeBuilder *v, const Channel &c, std::uint32_t seed, Numbers *at)
+/// Counts of a barometer at 84,000 Pa.
+double pressure(double seconds)
 {
-    const int seq = v->next_sequence();
-    (*at)[channel_key(c)] = seq;
-    for (int i = 0; i < c.count; i++)
-        v->data({.seq = seq,
-                 .quality = 'D',
+    return 1006632 + 40 * std::sin(seconds / 60) + 3 * std::sin(seconds);
+}
+
+std::string payload(const Channel &c, int record)
+{
+    constexpr std::size_t Frames = 63; ///< beside a frame of header
+    auto seed = static_cast<std::uint32_t>(c.code[2] + 1000 * c.station[3] + record);
+    std::vector<std::int32_t> values;
+    for (int i = 0; i < c.samples[record]; ++i) {
+        const double seconds = c.starts[record] + i / c.rate;
+        values.push_back(static_cast<std::int32_t>(
+            std::lround(is_pressure(c) ? pressure(seconds) : ground(c, seconds, &seed))));
+    }
+    if (c.encoding == 3) {
+        std::string bytes = packed(values, 4, false);
+        bytes.resize(Frames * 64);
+        return bytes;
+    }
+    SteimFrames packed =
+        steim_frames(values, {.version = c.encoding == 10 ? 1 : 2, .frames = Frames, .fill = true});
+    if (packed.samples != values.size())
+        throw std::length_error("the samples of a record do not fit");
+    return packed.bytes;
+}
+
+void add_data(VolumeBuilder *v, const Channel &c, Numbers *at)
+{
+    for (int record = 0; record <= last_record(c); ++record) {
+        (*at)[channel_key(c, record)] = v->next_sequence();
+        v->data({.quality = 'D',
                  .station = c.station,
                  .location = c.location,
                  .channel = c.code,
                  .network = "XX",
-                 .time = record_time(c, i),
-                 .samples = c.samples,
+                 .time = start_of(c, record),
+                 .samples = c.samples[record],
                  .rate_factor = static_cast<int>(c.rate),
                  .io_flags = 0x20,
-                 .length = 1 << c.exponent,
-                 .b1000 = DataOnly{c.encoding, 1, c.exponent},
-                 .payload = payload(seed)});
+                 .length = 1 << Record_Exponent,
+                 .b1000 = DataOnly{c.encoding, 1, Record_Exponent},
+                 .payload = payload(c, record)});
+    }
 }
 
 std::string compose(Numbers *at)
@@ -305,9 +311,8 @@ std::string compose(Numbers *at)
     for (const Station &s : Stations)
         add_station(&volume, s, at);
     add_span(&volume, at);
-    std::uint32_t seed = 1;
     for (const Channel &c : Channels)
-        add_data(&volume, c, seed++, at);
+        add_data(&volume, c, at);
     return volume.volume();
 }
 

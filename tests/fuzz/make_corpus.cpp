@@ -38,7 +38,7 @@ void volumes(const fs::path &golden, const fs::path &folder)
     }
     const std::string sample = sample_volume();
     put(folder / "sample", sample.substr(0, 16384), 0);
-    put(folder / "data", sample.substr(sample.size() - 2048), 1);
+    put(folder / "data", sample.substr(sample.size() - 4096), 1);
 }
 
 /// Records without Blockette 1000 whose formats the dictionary names: with room for it and without.

@@ -256,6 +256,26 @@ TEST(CheckRules, NegativeCountsAreBad)
               "3: blockette 054: Negative count -1 of a list +0 [bad-blockette]\n");
 }
 
+TEST(CheckRules, CountsWhatIsRepeated)
+{
+    SoundVolume volume;
+    DataRecord next = volume.data[1];
+    for (const char *time : {"10:00.0000", "20:00.0000", "20:05.0000"}) {
+        next.time = std::string("2024,001,00:") + time;
+        volume.data.push_back(next);
+    }
+    std::string repeated;
+    for (const std::string told = findings(volume.bytes()); const char *rule : {"gap", "overlap"})
+        for (std::size_t end = 0; (end = told.find(std::string("[data-") + rule, end)) != told.npos;
+             ++end)
+            repeated += told.substr(told.rfind('\n', end) + 1,
+                                    told.find('\n', end) - told.rfind('\n', end));
+    EXPECT_EQ(repeated, "7: XX_QRL__BHZ 2024,001,00:00:20.0000: a gap of 580 s, until "
+                        "2024,001,00:10:00.0000 +1 [data-gap]\n"
+                        "9: XX_QRL__BHZ 2024,001,00:20:05.0000: overlaps data up to "
+                        "2024,001,00:20:10.0000 by 5 s +0 [data-overlap]\n");
+}
+
 TEST(CheckRules, EachHasACase)
 {
     std::set<std::string_view> with_case;

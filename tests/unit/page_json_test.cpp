@@ -279,6 +279,22 @@ TEST_P(PageJson, SaysWhatTheLinesSay)
         }
 }
 
+TEST_P(PageJson, IsWhatTheTablesSay)
+{
+    write_file(path_, GetParam()());
+    const Database database;
+    load(database, path_);
+    const std::string html = output_of("-html", "--", path_);
+    // The last cells of a channel's first row: records, samples and gaps.
+    const std::string cells = database.rows(
+        "select '<td class=n>'||(v->>'records')||'<td class=n>'||(v->>'samples')||'<td class=n>'||"
+        "max(0, json_array_length(v, '$.spans')/2 - 1)||'</tr>' from channels");
+    for (std::size_t at = 0, end = 0; at < cells.size(); at = end + 2) {
+        end = cells.find("|\n", at);
+        EXPECT_NE(html.find(cells.substr(at, end - at)), html.npos) << cells.substr(at, end - at);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Of, PageJson, testing::Values(full_volume, sample_volume));
 
 } // namespace
