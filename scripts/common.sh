@@ -50,23 +50,27 @@ need_packages() {
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Installs the PostgreSQL server's programs only: no cluster is created, no service is started.
+# The same for servers, none of which is started.
+need_servers() {
+    local policy=/usr/sbin/policy-rc.d status=0
+    if [ -e $policy ]; then
+        need_packages "$@"
+        return
+    fi
+    printf '#!/bin/sh\nexit 101\n' | as_root tee $policy >/dev/null
+    as_root chmod 755 $policy
+    (need_packages "$@") || status=$?
+    as_root rm -f $policy
+    return $status
+}
+
+# Installs the PostgreSQL server's programs only: no cluster is created.
 need_postgresql_server() {
     [ ! -x /usr/lib/postgresql/15/bin/initdb ] || return 0
     need_packages postgresql-common
     as_root sed -i 's/^#\?create_main_cluster.*/create_main_cluster = false/' \
         /etc/postgresql-common/createcluster.conf
-    local policy=/usr/sbin/policy-rc.d
-    if [ -e $policy ]; then
-        need_packages postgresql-15
-        return
-    fi
-    printf '#!/bin/sh\nexit 101\n' | as_root tee $policy >/dev/null
-    as_root chmod 755 $policy
-    local status=0
-    (need_packages postgresql-15) || status=$?
-    as_root rm -f $policy
-    return $status
+    need_servers postgresql-15
 }
 
 # What the program needs to be built and to run.
