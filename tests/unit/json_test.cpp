@@ -137,6 +137,7 @@ header A
 header S
 050 QRL\s\s| 34.945900|-106.457200| 1850.0|0002|001|Quarry~002|3210|10|2020,001~2020,999~N|G\s
 060 01|02|02|0016|0099
+sequence 42
 data sta=QRL loc= chan=BHZ net=G time=2024,366,23:59:59.5000 samples=9 rate=4,1 b1000=11,1,9
  correction=5000
 raw 000004T\s
@@ -173,10 +174,10 @@ raw 000004T\s
         "\n";
     EXPECT_EQ(lines(recipe, "034,405,050,060,file"), expected);
     const std::string data = lines(recipe, "data");
-    EXPECT_NE(
-        data.find(R"("start":"2025-01-01T00:00:00.000000Z","end":"2025-01-01T00:00:02.000000Z")"),
-        std::string::npos)
-        << data;
+    for (const char *part :
+         {R"("offset":1024,"record":42,"length":512,)",
+          R"("start":"2025-01-01T00:00:00.000000Z","end":"2025-01-01T00:00:02.000000Z")"})
+        EXPECT_NE(data.find(part), std::string::npos) << data;
 }
 
 TEST(JsonLines, TellWhenSamplesWereTaken)
