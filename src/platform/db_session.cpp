@@ -29,6 +29,8 @@ struct Soci {
     decltype(&soci_create_statement) create_statement;
     decltype(&soci_destroy_statement) destroy_statement;
     decltype(&soci_into_string) into_string;
+    decltype(&soci_use_string) use_string;
+    decltype(&soci_set_use_string) set_use_string;
     decltype(&soci_prepare) prepare;
     decltype(&soci_execute) execute;
     decltype(&soci_fetch) fetch;
@@ -57,6 +59,8 @@ bool find_symbols(void *core)
            find_symbol(core, "soci_create_statement", &Api.create_statement) &&
            find_symbol(core, "soci_destroy_statement", &Api.destroy_statement) &&
            find_symbol(core, "soci_into_string", &Api.into_string) &&
+           find_symbol(core, "soci_use_string", &Api.use_string) &&
+           find_symbol(core, "soci_set_use_string", &Api.set_use_string) &&
            find_symbol(core, "soci_prepare", &Api.prepare) &&
            find_symbol(core, "soci_execute", &Api.execute) &&
            find_symbol(core, "soci_fetch", &Api.fetch) &&
@@ -240,6 +244,48 @@ void prepare_session(Session *session, std::initializer_list<const char *> queri
         elog_set_reason(error);
         session->reset();
     }
+}
+
+void PreparedSession::EndStatement::operator()(void *statement) const
+{
+    if (!Exiting)
+        Api.destroy_statement(statement);
+}
+
+std::string PreparedSession::prepare(const std::string &query, const Exchange &exchange,
+                                     Statement *statement)
+{
+    statement->reset(Api.create_statement(session_.get()));
+    if (!*statement)
+        return own_words(Api.session_error_message(session_.get()));
+    for (std::size_t i = 0; i < exchange.columns; ++i)
+        Api.into_string(statement->get());
+    if (exchange.parameter != nullptr)
+        Api.use_string(statement->get(), "given");
+    Api.prepare(statement->get(), query.c_str());
+    const bool prepared = Api.statement_state(statement->get()) != 0;
+    return prepared ? "" : own_words(Api.statement_error_message(statement->get()));
+}
+
+std::string PreparedSession::run(const std::string &query, const Exchange &exchange, TextRows *rows)
+{
+    *rows = TextRows(exchange.columns);
+    Statement &kept = statements_[query];
+    if (!kept)
+        if (std::string error = prepare(query, exchange, &kept); !error.empty()) {
+            kept.reset();
+            return error;
+        }
+    void *statement = kept.get();
+    if (exchange.parameter != nullptr)
+        Api.set_use_string(statement, "given", exchange.parameter->c_str());
+    if (Api.statement_state(statement) != 0)
+        take_rows(statement, rows);
+    if (Api.statement_state(statement) != 0)
+        return {};
+    std::string error = own_words(Api.statement_error_message(statement));
+    kept.reset();
+    return error;
 }
 
 } // namespace quarl

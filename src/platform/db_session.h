@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace quarl
@@ -85,5 +87,36 @@ std::string run_query(Session *session, const std::string &query, TextRows *rows
 /// Runs queries in a new session for their effect; ends it with the reason left for elog when one
 /// fails.
 void prepare_session(Session *session, std::initializer_list<const char *> queries);
+
+/// What a query takes in and gives out.
+struct Exchange {
+    std::size_t columns = 0;                ///< of the rows that it yields
+    const std::string *parameter = nullptr; ///< stands for ":given" in the query
+};
+
+/// A session whose queries stay prepared from their first use on.
+class PreparedSession
+{
+public:
+    explicit PreparedSession(Session session) : session_(std::move(session)) {}
+
+    /// Runs a query and replaces `rows` by what it yields. The answer is what went wrong in the
+    /// database's own words, empty when nothing.
+    std::string run(const std::string &query, const Exchange &exchange, TextRows *rows);
+    /// Ends all statements: some changes of a database wait for that.
+    void forget() { statements_.clear(); }
+
+private:
+    struct EndStatement {
+        void operator()(void *statement) const;
+    };
+    using Statement = std::unique_ptr<void, EndStatement>;
+
+    [[nodiscard]] std::string prepare(const std::string &query, const Exchange &exchange,
+                                      Statement *statement);
+
+    Session session_;
+    std::unordered_map<std::string, Statement> statements_; ///< end before the session
+};
 
 } // namespace quarl
