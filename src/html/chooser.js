@@ -2,6 +2,7 @@
 
 const Chooser = (() => {
     const part = {};
+    const options = [];
     let order = null; // all epochs, by name and time
     let epochs = []; // those that the search leaves
 
@@ -20,11 +21,20 @@ const Chooser = (() => {
         return order;
     }
 
+    // Options are made once: the search takes them out and puts them in again.
+    function optionOf(index) {
+        if (!options[index])
+            options[index] = Page.element("option", {value: index}, label(index));
+        return options[index];
+    }
+
     function fill(chosen) {
         const list = document.createDocumentFragment();
         for (const index of epochs) {
-            const option = Page.element("option", {value: index}, label(index));
-            option.selected = chosen.includes(index);
+            const option = optionOf(index);
+            const isChosen = chosen.includes(index);
+            if (option.selected !== isChosen)
+                option.selected = isChosen;
             list.append(option);
         }
         part.list.replaceChildren(list);

@@ -47,9 +47,10 @@ const Spans = (() => {
     // Narrow marks with some room at both sides.
     function widened(marks, by, narrow) {
         const wide = [];
-        for (let i = 0; i < marks.length; i += 2)
-            if (marks[i + 1] - marks[i] < narrow)
-                wide.push(marks[i] - by, marks[i + 1] + by);
+        for (let i = 0; i < marks.length; i += 2) {
+            const more = marks[i + 1] - marks[i] < narrow ? by : 0;
+            wide.push(marks[i] - more, marks[i + 1] + more);
+        }
         return wide;
     }
 

@@ -85,8 +85,8 @@ const TimelineRows = (() => {
         add("epoch", epochBars(row, view), () => BAND);
         add("span", Spans.bars(spans, view), () => DATA);
         const gaps = Spans.gaps(spans, view);
-        const shape = width => width < WIDE_GAP ? [2, 20] : [11.25, 1.5];
-        add("halo", Spans.widened(gaps, 1.5, WIDE_GAP), () => [2, 20]);
+        const shape = width => width < WIDE_GAP ? [2, 20] : [11, 2];
+        add("halo", Spans.widened(gaps, 1.5, WIDE_GAP), width => width < WIDE_GAP + 3 ? [2, 20] : [7, 10]);
         add("gap", gaps, shape);
         add("overlap", Spans.overlaps(overlaps, view), () => [17, 5]);
     }

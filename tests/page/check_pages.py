@@ -197,6 +197,48 @@ def check_hostile(page, recipe):
     assert data["stages"][1]["name"] == "</script><b>"
 
 
+BLANKS = """records 512
+header V
+010  2.4|09|2024,001~2024,002~2024,003~Org~Label~
+header A
+033 001|Net~
+034 001|M/S~Velocity~
+header S
+050 AAA  |          |           |       |0001|001|Nowhere~001|3210|10|2020,001~~N|XX
+052   |BHZ|0000|001|~001|001|          |           |       |000.0|000.0|-90.0|0001|09|2.0000E+01|1.0000E-04|0000|~2020,001~~N
+050 BBB  | +0.000000|  +0.000000|    0.0|0001|001|Null Island~001|3210|10|2020,001~~N|XX
+"""
+
+
+def check_special(program, compose, folder):
+    """Inputs that hold nothing, less than they say, or blanks."""
+    def made(name, content):
+        path = folder / name
+        path.write_bytes(content)
+        return page_of(program, path)
+
+    (folder / "blanks.txt").write_text(BLANKS)
+    (folder / "data.txt").write_text("records 512\ndata sta=AAA loc=00 chan=BHZ net=XX time=2024,001,00:00:00.0000 samples=400 "
+                                     "rate=20,1 b1000=11,1,9\n")
+    for name in ("blanks", "data"):
+        subprocess.run([compose, folder / f"{name}.txt", folder / f"{name}.seed"], check=True)
+    assert "The input is empty" in made("empty", b"").visible
+    assert "No SEED records" in made("text", b"hello world\n").visible
+    data = page_of(program, folder / "data.seed")
+    for said in ("XX.AAA.00.BHZ", "Steim-2", "2024-01-01", "20", "Data quality"):
+        assert said in data.visible, said
+    assert set(data.rows) == {"types-table", "channels-table"}, data.rows
+    one = (folder / "data.seed").read_bytes()
+    cut = made("cut", one + one[:24])
+    check_structure(cut)
+    assert f"cut at byte {len(one) + 24}" in cut.visible.replace(",", ""), "not said where it is cut"
+    assert "statistics of a listing" in cut.visible
+    blanks = page_of(program, folder / "blanks.seed").data
+    positions = [(s["epochs"][0]["latitude"], s["epochs"][0]["longitude"]) for s in blanks["stations"]]
+    assert positions == [(None, None), (0, 0)], positions
+    assert blanks["epochs"][0]["latitude"] is None
+
+
 def page_of(program, path):
     out, err, status = run(program, path)
     if status == 2:
@@ -211,6 +253,7 @@ def main(program, compose, man_page):
     with tempfile.TemporaryDirectory(suffix=".quarl-page") as folder:
         hostile = pathlib.Path(folder) / "<b>&\"'.seed"
         subprocess.run([compose, HERE / "hostile.txt", hostile], check=True)
+        check_special(program, compose, pathlib.Path(folder))
         for name, path in itertools.chain([("hostile", hostile)], volumes(compose)):
             try:
                 page = page_of(program, path)
