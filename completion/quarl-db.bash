@@ -5,13 +5,13 @@ _quarl_db()
     local current=$2 previous=$3 IFS=$'\n'
     COMPREPLY=()
     case $previous in
-    -j)
+    -j | --jobs)
         COMPREPLY=($(compgen -W "$(seq 1 "$(nproc 2>/dev/null || echo 4)")" -- "$current"))
         return ;;
     --select) return ;; # a glob of channels
     esac
     case $current in
-    -*) COMPREPLY=($(compgen -W $'-j\n-v\n--no-check\n--no-data\n--select\n--list\n--remove\n--prune\n--help\n--version' -- "$current")) ;;
+    -*) COMPREPLY=($(compgen -W $'-j\n--jobs\n-v\n--verbose\n--no-check\n--no-data\n--select\n--list\n--remove\n--prune\n-h\n--help\n-V\n--version' -- "$current")) ;;
     *) COMPREPLY=($(compgen -f -- "$current")) ;;
     esac
 }

@@ -103,12 +103,13 @@ void SourceMerge::add(const std::string &rows)
     database_->run(sql("insert into key_{S} ({KEY}) select distinct {s.KEY} from new_{S} s"
                        " where not exists (select 1 from key_{S} k where {s.KEY = k.KEY})"));
     // A statement that is new begins with the lowest of ranks.
-    database_->run(sql("insert into {S} ({ID}, digest, written, volid, wins, {COLUMNS})"
-                       " select (select keyvalue from lastid where keyname = '{ID}')"
-                       " + row_number() over (order by n.seq), n.digest, -1e300, 0, 0, {n.COLUMNS}"
-                       " from new_{S} n where n.seq = (select min(m.seq) from new_{S} m"
-                       " where m.digest = n.digest)"
-                       " and not exists (select 1 from {S} s where s.digest = n.digest)"));
+    database_->run(
+        sql("insert into {S} ({ID}, digest, written, volid, wins, {COLUMNS})"
+            " select (select keyvalue from lastid where keyname = '{ID}')"
+            " + row_number() over (order by n.seq), n.digest, -1e300, 0, 0, {n.COLUMNS}"
+            " from (select m.*, row_number() over (partition by m.digest order by m.seq) as place"
+            " from new_{S} m) n where n.place = 1"
+            " and not exists (select 1 from {S} s where s.digest = n.digest)"));
     database_->run(sql("update lastid set keyvalue = (select max({ID}) from {S})"
                        " where keyname = '{ID}' and keyvalue < (select max({ID}) from {S})"));
     database_->run(

@@ -18,40 +18,42 @@ using namespace quarl;
 constexpr int Unusable = 2; ///< the database could not be used
 constexpr int Most_Threads = 256;
 
-constexpr std::string_view Usage =
-    "usage: quarl-db [-v] [-j N] [--no-check] [--no-data] [--select GLOB] DATABASE VOLUME...\n"
-    "       quarl-db [-v] --list DATABASE\n"
-    "       quarl-db [-v] --remove DATABASE VOLUME...\n"
-    "       quarl-db [-v] --prune DATABASE\n"
-    "       quarl-db --help | --version\n"
-    "\n"
-    "Merges SEED volumes into a CSS 3.0 database. DATABASE is the path of an SQLite file, or a\n"
-    "URL (\"postgresql://...\"). VOLUME is a file, a folder, or - for a list of them on standard\n"
-    "input. Volumes that have not changed since are passed over.\n"
-    "\n"
-    "  -j N           read N volumes at once (default: as many as there are processors)\n"
-    "  -v             print a line for each volume\n"
-    "  --no-check     do not keep what quarl-check finds\n"
-    "  --no-data      do not keep what data records hold\n"
-    "  --select GLOB  merge these channels only: NET.STA.LOC.CHA, commas between several\n"
-    "  --list         print the volumes that the database holds\n"
-    "  --remove       take volumes out\n"
-    "  --prune        take those out whose files are gone\n"
-    "  --help         print this\n"
-    "  --version      print the version\n"
-    "\n"
-    "Exit status: 0 all was merged, 1 a volume could not be read, was cut or contradicted\n"
-    "another, 2 the database could not be used.\n";
+constexpr std::string_view Help =
+    R"(Usage: quarl-db [OPTION...] DATABASE VOLUME...
+       quarl-db --list [-v] DATABASE
+       quarl-db --remove [-v] DATABASE VOLUME...
+       quarl-db --prune [-v] DATABASE
+Merges SEED volumes into a CSS 3.0 database. DATABASE is the path of an SQLite file, or a URL
+("postgresql://..."). VOLUME is a file, a folder of them, or "-": a list on standard input. Volumes
+that have not changed since are passed over.
 
-constexpr std::array<option, 9> Options = {{{"no-check", no_argument, nullptr, 'c'},
-                                            {"no-data", no_argument, nullptr, 'd'},
-                                            {"select", required_argument, nullptr, 's'},
-                                            {"list", no_argument, nullptr, 'l'},
-                                            {"remove", no_argument, nullptr, 'r'},
-                                            {"prune", no_argument, nullptr, 'p'},
-                                            {"help", no_argument, nullptr, 'h'},
-                                            {"version", no_argument, nullptr, 'V'},
-                                            {nullptr, 0, nullptr, 0}}};
+  -j, --jobs=N             read N volumes at once; otherwise as many as there are processors
+  -v, --verbose            print a line for each volume
+      --no-check           do not keep what quarl-check finds
+      --no-data            do not keep what data records hold
+      --select=GLOB[,...]  merge these channels only: NETWORK.STATION.LOCATION.CHANNEL with *, ? and
+                           [AB], "--" for an empty location; may be given again
+      --list               print the volumes that the database holds
+      --remove             take volumes out
+      --prune              take volumes out whose files are gone
+  -h, --help               print this text
+  -V, --version            print the version
+
+Exit status: 0 all volumes were merged, 1 one could not be read, was cut or contradicted another,
+2 the database could not be used. The man page quarl-db(1) tells more.
+)";
+
+constexpr std::array<option, 11> Long_Options = {{{"jobs", required_argument, nullptr, 'j'},
+                                                  {"verbose", no_argument, nullptr, 'v'},
+                                                  {"no-check", no_argument, nullptr, 'c'},
+                                                  {"no-data", no_argument, nullptr, 'd'},
+                                                  {"select", required_argument, nullptr, 's'},
+                                                  {"list", no_argument, nullptr, 'l'},
+                                                  {"remove", no_argument, nullptr, 'r'},
+                                                  {"prune", no_argument, nullptr, 'p'},
+                                                  {"help", no_argument, nullptr, 'h'},
+                                                  {"version", no_argument, nullptr, 'V'},
+                                                  {nullptr, 0, nullptr, 0}}};
 
 std::string set_task(ArchiveWishes::Task task, ArchiveWishes *wishes)
 {
@@ -108,7 +110,7 @@ std::string take_names(std::vector<std::string> names, ArchiveWishes *wishes)
     wishes->database = names.front();
     wishes->volumes.assign(names.begin() + 1, names.end());
     if (needs_volumes && wishes->volumes.empty())
-        return "no volume";
+        return wishes->database + ": no volume is named for it";
     if (!needs_volumes && !wishes->volumes.empty())
         return "no volumes are needed here";
     return {};
@@ -119,7 +121,7 @@ int work(Console *console, int argc, char *argv[])
     ArchiveWishes wishes;
     std::optional<int> status;
     auto names = read_command_line(console, argc, argv,
-                                   {"quarl-db", Usage, ":hVj:v", Options.data(), false,
+                                   {"quarl-db", Help, ":j:vhV", Long_Options.data(), false,
                                     [&](int option) { return take_option(option, &wishes); }},
                                    &status);
     if (status)
