@@ -12,6 +12,7 @@
 #include <map>
 #include <numbers>
 #include <stdexcept>
+#include <vector>
 
 namespace
 {
@@ -262,9 +263,8 @@ double pressure(double seconds)
     return 1006632 + 40 * std::sin(seconds / 60) + 3 * std::sin(seconds);
 }
 
-std::string payload(const Channel &c, int record)
+std::vector<std::int32_t> samples_of(const Channel &c, int record)
 {
-    constexpr std::size_t Frames = 63; ///< beside a frame of header
     auto seed = static_cast<std::uint32_t>(c.code[2] + 1000 * c.station[3] + record);
     std::vector<std::int32_t> values;
     for (int i = 0; i < c.samples[record]; ++i) {
@@ -272,13 +272,23 @@ std::string payload(const Channel &c, int record)
         values.push_back(static_cast<std::int32_t>(
             std::lround(is_pressure(c) ? pressure(seconds) : ground(c, seconds, &seed))));
     }
+    return values;
+}
+
+std::string payload(const Channel &c, int record)
+{
+    constexpr std::size_t Frames = 63; ///< beside a frame of header
+    const std::vector<std::int32_t> values = samples_of(c, record);
     if (c.encoding == 3) {
         std::string bytes = packed(values, 4, false);
         bytes.resize(Frames * 64);
         return bytes;
     }
     SteimFrames packed =
-        steim_frames(values, {.version = c.encoding == 10 ? 1 : 2, .frames = Frames, .fill = true});
+        steim_frames(values, {.version = c.encoding == 10 ? 1 : 2,
+                              .frames = Frames,
+                              .previous = record > 0 ? samples_of(c, record - 1).back() : 0,
+                              .fill = true});
     if (packed.samples != values.size())
         throw std::length_error("the samples of a record do not fit");
     return packed.bytes;
