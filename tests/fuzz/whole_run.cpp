@@ -8,8 +8,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     if (size == 0)
         return 0;
-    const ListingWishes wishes = {
-        .items = (*data & 8) == 0, .simplified = (*data & 2) != 0, .record_numbers = *data & 1};
+    const ListingWishes wishes = {.items = (*data & 8) == 0,
+                                  .simplified = (*data & 2) != 0,
+                                  .record_numbers = (*data & 1) != 0};
     const std::string_view bytes = as_text(data + 1, size - 1);
     if (new_inflater(-1, bytes))
         return 0; // the target "compressed" reads these, and not all that they may stand for
