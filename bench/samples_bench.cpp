@@ -4,7 +4,7 @@
 #include "compose/samples.h"
 #include "compose/volume.h"
 #include "random.h"
-#include "volume/decode.h"
+#include "volume/format_lookup.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

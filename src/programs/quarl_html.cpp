@@ -1,6 +1,6 @@
 // quarl-html: a volume as one page.
 #include "programs/command_line.h"
-#include "programs/page.h"
+#include "programs/make_page.h"
 #include "programs/program.h"
 
 #include <array>

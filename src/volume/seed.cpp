@@ -7,8 +7,8 @@
 #include "blockette/sdblknam.h"
 #include "platform/elog.h"
 #include "platform/text.h"
-#include "volume/decode.h"
 #include "volume/fixup_dh.h"
+#include "volume/format_lookup.h"
 #include "volume/item_access.h"
 #include "volume/run.h"
 

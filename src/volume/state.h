@@ -5,7 +5,7 @@
 #include "blockette/pfree.h"
 #include "platform/elog.h"
 #include "volume/count.h"
-#include "volume/decode.h"
+#include "volume/format_lookup.h"
 #include "volume/format_sources.h"
 #include "volume/handle.h"
 #include "volume/run.h"

@@ -5,8 +5,8 @@
 #include "fuzz/harness.h"
 #include "listing/pbrief.h"
 #include "platform/text.h"
-#include "volume/decode.h"
 #include "volume/fixup_dh.h"
+#include "volume/format_lookup.h"
 #include "volume/seed.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // A volume from the first byte to the end of its page; the first byte of the input is the target
 // whole_run's.
-#include "programs/page.h"
 #include "fuzz/harness.h"
 #include "platform/inflate.h"
+#include "programs/make_page.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

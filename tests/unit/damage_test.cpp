@@ -3,7 +3,7 @@
 #include "compose/files.h"
 #include "compose/sample.h"
 #include "listing/pbrief.h"
-#include "programs/page.h"
+#include "programs/make_page.h"
 #include "programs/sdd.h"
 #include "support/capture.h"
 #include "support/recipe.h"

@@ -6,8 +6,8 @@
 #include "platform/text.h"
 #include "support/capture.h"
 #include "support/recipe.h"
-#include "volume/decode.h"
 #include "volume/fixup_dh.h"
+#include "volume/format_lookup.h"
 #include "volume/seed.h"
 
 #include <climits>

@@ -1,4 +1,4 @@
-#include "volume/decode.h"
+#include "volume/format_lookup.h"
 
 #include "blockette/data_format.h"
 #include "blockette/msd.h"

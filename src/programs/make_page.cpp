@@ -1,4 +1,4 @@
-#include "programs/page.h"
+#include "programs/make_page.h"
 
 #include "html/page.h"
 #include "programs/checked.h"
