@@ -323,7 +323,9 @@ struct blk_052_t : blk_t {
     char update = 'N';
     char station[Station_Size] = "";
     char network_code[Network_Size] = "";
-    char channel[Channel_Size] = ""; ///< full name, built by fix_channel
+    /// Codes of channel and location, of a subchannel also the letter of its orientation (Z, N, E,
+    /// A, B, C) or, where azimuth and dip fit none, its number.
+    char channel[Channel_Size] = "";
     int changroup = 0;
 
     static constexpr auto station_context()

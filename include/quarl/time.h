@@ -56,9 +56,8 @@ std::optional<Time> read_time(std::string_view text);
 
 /// Reads "2018-07-10T12:30:00.000000Z" or the like: with the day of the year ("2018-191"), cut
 /// short behind any part ("2018", "2018-07", "2018-07-10T12"), with a blank for the T, with an
-/// offset
-/// ("+02:00") or, for UTC, nothing at the end. Decimals behind the sixth do not count. Nothing when
-/// `text` is no such time, or when the calendar does not have it.
+/// offset ("+02:00") or, for UTC, nothing at the end. Decimals behind the sixth do not count.
+/// Nothing when `text` is no such time, or when the calendar does not have it.
 std::optional<Time> read_iso_time(std::string_view text);
 
 /// Seconds since 1970 of the start or the end of an epoch. An empty text is Always, or Forever, as
