@@ -1,7 +1,7 @@
 // Rows as JSON, by which many come into the database with one statement.
 #pragma once
 
-#include "archive/schema.h"
+#include "archive/css_schema.h"
 
 #include <cstdint>
 #include <string>

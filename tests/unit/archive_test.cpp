@@ -2,7 +2,7 @@
 #include "unit/archive_fixture.h"
 
 #include "archive/calibration.h"
-#include "archive/schema.h"
+#include "archive/css_schema.h"
 #include "platform/sha256.h"
 
 #include <chrono>

@@ -1,5 +1,5 @@
 // What is made of the tables: statements of SQL, and the tables themselves.
-#include "archive/schema.h"
+#include "archive/css_schema.h"
 
 #include <algorithm>
 #include <array>
@@ -103,8 +103,7 @@ std::vector<std::string> all_names()
 bool may_index_formats(DatabaseWriter *database)
 {
     return !database->is_postgresql() ||
-           database
-                   ->ask("select 1 from pg_class where oid = to_regclass('seedformat')"
+           database->ask("select 1 from pg_class where oid = to_regclass('seedformat')"
                          " and relkind = 'r' and pg_has_role(relowner, 'usage')",
                          1)
                    .count() > 0;

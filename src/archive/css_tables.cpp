@@ -1,5 +1,5 @@
 // The tables as they are written down: names, widths, what stands for "not given".
-#include "archive/schema.h"
+#include "archive/css_schema.h"
 
 #include "platform/text.h"
 
