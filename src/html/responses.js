@@ -20,7 +20,7 @@ const Responses = (() => {
 
     function styled(curve, i) {
         const epoch = Volume.epochs[chosen[i]];
-        return Object.assign({}, curve, {style: `over s${i % 7} d${Math.floor(i / 7)}`,
+        return Object.assign({}, curve, {style: `over s${i % 7} d${i % 3}`,
             name: `${Text.channel(Volume.channels[epoch.channel])} from ${Text.day(epoch.start)}`});
     }
 
@@ -89,7 +89,8 @@ const Responses = (() => {
         if (epoch.computed === null)
             return stated;
         const off = 100 * (epoch.computed / Math.abs(epoch.sensitivity) - 1);
-        const shown = Math.abs(off) < 1000 ? `${off < 0 ? "−" : "+"}${Math.abs(off).toFixed(2)} %`
+        const shown = Math.abs(off) < 0.005 ? "0.00 %"
+            : Math.abs(off) < 1000 ? `${off < 0 ? "−" : "+"}${Math.abs(off).toFixed(2)} %`
             : `${Text.number(1 + off / 100)} times as much`;
         return `${stated}; response there ${Text.number(epoch.computed)} (${shown})`;
     }

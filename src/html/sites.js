@@ -140,8 +140,8 @@ const Sites = (() => {
 
     function start(view) {
         if (!view || Volume.stations.length === 0) {
-            if (view)
-                view.parentNode.hidden = true;
+            for (const part of document.querySelectorAll("#site, #nav a[href='#site']"))
+                part.hidden = true;
             return;
         }
         part.view = view;

@@ -192,9 +192,9 @@ void Tables::sensitivity(const Figures &figures)
     table_.number_cell();
     const double off = 100 * (figures.amplitude / std::abs(figures.sensitivity) - 1);
     if (std::abs(off) >= 1000)
-        page_.text(formatted<"%+.3g">(off));
+        page_.text(formatted<"%+.3g %%">(off));
     else if (std::isfinite(off))
-        page_.text(formatted<"%+.2f">(std::abs(off) < 0.005 ? 0.0 : off));
+        page_.text(formatted<"%+.2f %%">(std::abs(off) < 0.005 ? 0.0 : off));
 }
 
 /// Links and name, which the columns of a row begin with.
@@ -273,7 +273,7 @@ void Tables::channels()
     page_.put("<th scope=\"col\" class=go>Show");
     columns({"channel", "start", "end", "sample rate (Hz)"});
     if (epochs > 0) {
-        columns({"sensitivity", "response against it (%)", "azimuth (°)", "dip (°)", "depth (m)",
+        columns({"sensitivity", "response against it", "azimuth (\xb0)", "dip (\xb0)", "depth (m)",
                  "sensor"});
         write_columns<blk_052_t>(&table_, [](std::string_view name) {
             return is_shown_first(name) ? Shown::no : Shown::yes;

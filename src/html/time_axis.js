@@ -5,7 +5,7 @@ const TimeAxis = (() => {
     const APART = 96; // pixels between two ticks, about
 
     const scaleOf = view => d3.scaleUtc().domain([view.start * 1000, view.end * 1000]).range([0, view.width]);
-    const ticks = view => scaleOf(view).ticks(Math.max(2, Math.floor(view.width / APART)));
+    const ticks = view => scaleOf(view).ticks(Math.max(3, Math.floor(view.width / APART)));
 
     // The time of day where ticks are closer than days.
     function clock(date) {

@@ -14,6 +14,7 @@ SOURCE = HERE.parents[1]
 REAL = SOURCE.parent / "shared" / "volumes"
 sys.path.insert(0, str(HERE))
 from browser import Browser, program  # noqa: E402
+from measures import BARS, CONTRAST, STEEPEST  # noqa: E402
 from made_pages import Pages, thousand_epochs, year_with_a_gap  # noqa: E402
 
 
@@ -61,17 +62,6 @@ def look(browser, page):
         look_at_response(browser, data, index)
     print(f"{page.stem}: {len(data['channels'])} channels, {len(data['epochs'])} epochs, loaded and drawn in {seconds:.2f} s")
     return data
-
-
-# The longest line of the phase, as a share of its panel.
-STEEPEST = """(() => {
-    const height = Number(document.querySelectorAll('.plot rect.panel')[1].getAttribute('height'));
-    const d = document.querySelector('.plot path.curve.phase').getAttribute('d');
-    return Math.max(0, ...d.split('M').slice(1).flatMap(part => {
-        const y = part.split('L').map(point => Number(point.split(' ')[1]));
-        return y.slice(1).map((value, i) => Math.abs(value - y[i]) / height);
-    }));
-})()"""
 
 
 def look_at_response(browser, data, index):
@@ -230,6 +220,27 @@ def check_speed(browser):
         assert took < 500, f"{act} took {took:.0f} ms"
 
 
+def check_findings(browser, data):
+    """Counted at the top, folded beyond 50, and leading to what they are about."""
+    severities = [data["rules"][f["rule"]]["severity"] for f in data["findings"]]
+    for name in ("error", "warning", "note"):
+        told = f"{severities.count(name):,} {name}"
+        assert (told in text(browser, "#verdict")) == (name in severities), (told, text(browser, "#verdict"))
+    rest = browser.evaluate("[...document.querySelectorAll('#findings .rest')].map(r => [r.open, r.querySelectorAll('li').length])")
+    many = [n - 50 for n in (sum(f["rule"] == i for f in data["findings"]) for i in range(len(data["rules"]))) if n > 50]
+    equal("folded findings", sorted(rest), sorted([False, n] for n in many))
+
+
+def check_station_row(browser):
+    """A station stays in sight while its channels scroll."""
+    browser.evaluate("[...document.querySelectorAll('#timeline-view .controls button')].find(b => /unfold/.test(b.textContent)).click()")
+    browser.settle()
+    browser.evaluate("document.querySelector('.rows-scroll').scrollTop = 24 * 16")
+    browser.settle()
+    browser.settle()
+    equal("the station above", text(browser, ".stuck text.group"), "XX.S001")
+
+
 def check_links(browser, page):
     browser.open(page, "#response-7")
     equal("epoch of a deep link", browser.evaluate("document.getElementById('responses-view').dataset.epoch"), "7")
@@ -255,6 +266,10 @@ def check_outputs(browser):
                               " return [t.amplitude[i] / c.amplitude[i], t.phase[i] - c.phase[i], c.frequency[i]]; })(Curves.overall(0))")
     assert abs(values[0] / (2 * 3.14159265 * values[2]) - 1) < 1e-6, values
     assert min(abs(values[1] - 90), abs(values[1] + 270)) < 1e-6, values
+    pieces = browser.evaluate("FrequencyPlot.draw({width: 600, sensitivity: null, nyquist: null, unit: '', label: '', tell: () => {},"
+                              " curves: [{name: '', style: '', frequency: [1, 2, 3, 4], amplitude: [1, 1, 1, 1], phase: [170, 179, -179, -170]}]})"
+                              ".querySelector('path.phase').getAttribute('d').split('M').length - 1")
+    equal("pieces of a phase that goes over the edge", pieces, 2)
     lines = browser.evaluate("Export.csv([Curves.overall(0)], 'COUNTS per M/S')").splitlines()
     equal("lines of the CSV", len(lines) - 1, browser.evaluate("Curves.overall(0).frequency.length"))
     equal("its head", lines[0], "curve,frequency (Hz),amplitude (COUNTS per M/S),phase (degrees)")
@@ -286,20 +301,6 @@ def check_phone(browser, page):
     browser.resize(1280, 900)
 
 
-CONTRAST = """(() => {
-    const light = c => { const [r, g, b] = c.match(/[\\d.]+/g).slice(0, 3).map(v => (v /= 255) <= 0.03928 ? v / 12.92
-        : ((v + 0.055) / 1.055) ** 2.4); return 0.2126 * r + 0.7152 * g + 0.0722 * b; };
-    const page = light(getComputedStyle(document.body).backgroundColor);
-    const found = {};
-    for (const selector of ["body", "a", ".muted", ".severity", ".record", "th button", "#search"])
-        for (const e of [document.querySelector(selector)].filter(Boolean)) {
-            const text = light(getComputedStyle(e).color);
-            found[selector] = (Math.max(text, page) + 0.05) / (Math.min(text, page) + 0.05);
-        }
-    return found;
-})()"""
-
-
 def check_windows(browser, page):
     """Narrow and wide, light and dark, paper."""
     for scheme in ("light", "dark"):
@@ -312,13 +313,16 @@ def check_windows(browser, page):
             assert beyond <= 0, f"{beyond} pixels beyond a window of {width}"
         weak = {k: v for k, v in browser.evaluate(CONTRAST).items() if v < 4.5}
         equal(f"weak contrasts, {scheme}", weak, {})
+        assert min(browser.evaluate(BARS)) >= 3, f"{scheme}: {browser.evaluate(BARS)}"
     browser.resize(1280, 900)
     browser.media("light", "print")
     browser.evaluate("window.dispatchEvent(new Event('beforeprint'))")
     browser.settle()
     hidden = browser.evaluate("[...document.querySelectorAll('.controls, #nav')].filter(e => e.offsetHeight).length")
     equal("controls on paper", hidden, 0)
-    assert count(browser, "g.row.channel") > 0 and count(browser, "#tables table") > 3
+    assert count(browser, ".timeline-paper .still .back") > 0 and count(browser, "#tables table") > 3
+    equal("axes on paper", count(browser, ".timeline-paper .axis text.lower") > 0, True)
+    equal("rows that scroll on paper", browser.evaluate("document.querySelector('.rows-scroll').offsetHeight"), 0)
     browser.evaluate("window.dispatchEvent(new Event('afterprint'))")
     browser.media()
 
@@ -354,6 +358,8 @@ def main(quarl_html, compose):
         equal("epochs", len(data["epochs"]), 1000)
         check_tables(browser, data)
         check_map(browser)
+        check_findings(browser, data)
+        check_station_row(browser)
         check_links(browser, many)
         with contextlib.suppress(FileNotFoundError):
             real = sorted(REAL.iterdir(), key=lambda path: -path.stat().st_size)[:6]

@@ -233,7 +233,9 @@ def check_special(program, compose, folder):
     check_structure(cut)
     assert f"cut at byte {len(one) + 24}" in cut.visible.replace(",", ""), "not said where it is cut"
     assert "statistics of a listing" in cut.visible
-    blanks = page_of(program, folder / "blanks.seed").data
+    blanks = page_of(program, folder / "blanks.seed")
+    assert "Azimuth (°)" in blanks.visible
+    blanks = blanks.data
     positions = [(s["epochs"][0]["latitude"], s["epochs"][0]["longitude"]) for s in blanks["stations"]]
     assert positions == [(None, None), (0, 0)], positions
     assert blanks["epochs"][0]["latitude"] is None
