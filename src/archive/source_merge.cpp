@@ -54,6 +54,7 @@ std::string SourceMerge::sql(std::string_view text) const
     replace_all(&made, "{n.COLUMNS}", listed(names_of(source_.columns), "n."));
     replace_all(&made, "{KEY}", listed(source_.key));
     replace_all(&made, "{s.KEY}", listed(source_.key, "s."));
+    replace_all(&made, "{m.KEY}", listed(source_.key, "m."));
     replace_all(&made, "{s.KEY = k.KEY}", matched(source_.key, "s", "k"));
     replace_all(&made, "{o.KEY = n.KEY}", matched(source_.key, "o", "n"));
     return made;
@@ -102,14 +103,20 @@ void SourceMerge::add(const std::string &rows)
     database_->run(insert_, rows);
     database_->run(sql("insert into key_{S} ({KEY}) select distinct {s.KEY} from new_{S} s"
                        " where not exists (select 1 from key_{S} k where {s.KEY = k.KEY})"));
-    // A statement that is new begins with the lowest of ranks.
+    // A new statement that nothing contradicts has won.
     database_->run(
         sql("insert into {S} ({ID}, digest, written, volid, wins, {COLUMNS})"
             " select (select keyvalue from lastid where keyname = '{ID}')"
-            " + row_number() over (order by n.seq), n.digest, -1e300, 0, 0, {n.COLUMNS}"
-            " from (select m.*, row_number() over (partition by m.digest order by m.seq) as place"
+            " + row_number() over (order by n.seq), n.digest, n.written, n.volid,"
+            " case when n.rank = 1 and not exists (select 1 from {S} o where {o.KEY = n.KEY})"
+            " then 1 else 0 end, {n.COLUMNS} from (select m.*, row_number() over (partition by"
+            " m.digest order by m.written desc, m.volid, m.seq) as place, row_number() over"
+            " (partition by {m.KEY} order by m.written desc, m.volid, m.seq desc) as rank"
             " from new_{S} m) n where n.place = 1"
             " and not exists (select 1 from {S} s where s.digest = n.digest)"));
+    database_->run(sql("insert into flip_{S} (id, digest, {COLUMNS})"
+                       " select s.{ID}, s.digest, {s.COLUMNS} from {S} s where s.{ID} >"
+                       " (select keyvalue from lastid where keyname = '{ID}') and s.wins = 1"));
     database_->run(sql("update lastid set keyvalue = (select max({ID}) from {S})"
                        " where keyname = '{ID}' and keyvalue < (select max({ID}) from {S})"));
     database_->run(
@@ -154,7 +161,10 @@ void SourceMerge::elect()
         "insert into flip_{S} (id, digest, {COLUMNS}) select s.{ID}, s.digest, {s.COLUMNS}"
         " from key_{S} k cross join {S} s where {s.KEY = k.KEY} and s.wins <>"
         " (case when exists (select 1 from best_{S} b where b.id = s.{ID}) then 1 else 0 end)"));
-    database_->run(sql("update {S} set wins = 1 - wins where {ID} in (select id from flip_{S})"));
+    database_->run(
+        sql("update {S} set wins = 1 where wins = 0 and {ID} in (select id from best_{S})"));
+    database_->run(sql("update {S} set wins = 0 where wins = 1 and {ID} in (select id from"
+                       " flip_{S}) and {ID} not in (select id from best_{S})"));
     has_flipped_ = database_->ask(sql("select 1 from flip_{S} limit 1"), 1).count() > 0;
 }
 
