@@ -71,11 +71,11 @@ protected:
                rows("select net, sta from affiliation order by net, sta", 2) +
                rows("select sta, ondate, offdate, lat, staname from site order by sta, ondate", 5) +
                rows("select sta, chan, ondate, descrip from sitechan order by 1, 2, 3", 4) +
-               rows("select s.sta, s.chan, s.time, s.endtime, i.insname, i.ncalib, c.ondate"
+               rows("select s.sta, s.chan, s.time, s.endtime, i.insname, i.samprate, c.ondate"
                     " from sensor s left join instrument i on i.inid = s.inid"
                     " left join sitechan c on c.chanid = s.chanid order by 1, 2, 3, 4",
                     7) +
-               rows("select d.sta, d.chan, d.time, d.nsamp, d.dfile, d.foff, d.calib, c.ondate"
+               rows("select d.sta, d.chan, d.time, d.nsamp, d.dfile, d.foff, d.samprate, c.ondate"
                     " from wfdisc d left join sitechan c on c.chanid = d.chanid"
                     " order by d.dfile, d.foff",
                     8) +
