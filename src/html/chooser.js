@@ -3,6 +3,7 @@
 const Chooser = (() => {
     const part = {};
     const options = [];
+    let marked = [];
     let order = null; // all epochs, by name and time
     let epochs = []; // those that the search leaves
 
@@ -30,33 +31,28 @@ const Chooser = (() => {
 
     function fill(chosen) {
         const list = document.createDocumentFragment();
-        for (const index of epochs) {
-            const option = optionOf(index);
-            const isChosen = chosen.includes(index);
-            if (option.selected !== isChosen)
-                option.selected = isChosen;
-            list.append(option);
-        }
+        for (const index of epochs)
+            list.append(optionOf(index));
         part.list.replaceChildren(list);
         part.count.textContent = epochs.length ? Text.count(epochs.length, "epoch") : "nothing found";
-        reveal(chosen[0]);
+        mark(chosen);
     }
 
     // Scrolls the list alone, never the page.
-    function reveal(index) {
-        const option = [...part.list.options].find(each => Number(each.value) === index);
-        if (option && (option.offsetTop < part.list.scrollTop ||
+    const reveal = Page.onFrame(() => {
+        const option = options[marked[0]];
+        if (option && option.parentNode && (option.offsetTop < part.list.scrollTop ||
                 option.offsetTop > part.list.scrollTop + part.list.clientHeight - 20))
             part.list.scrollTop = Math.max(0, option.offsetTop - part.list.clientHeight / 2);
-    }
+    });
 
     function mark(chosen) {
-        for (const option of part.list.options) {
-            const isChosen = chosen.includes(Number(option.value));
-            if (option.selected !== isChosen)
-                option.selected = isChosen;
-        }
-        reveal(chosen[0]);
+        for (const option of part.list.selectedOptions.length === marked.length ? marked.map(optionOf) : [...part.list.options])
+            option.selected = false;
+        for (const index of chosen)
+            optionOf(index).selected = true;
+        marked = chosen;
+        reveal();
     }
 
     function find(matches, chosen) {

@@ -3,6 +3,7 @@
 const Sites = (() => {
     const part = {};
     let current = -1;
+    let isSeen = false;
 
     const cell = (text, name = "td") => Page.element(name, name === "th" ? {scope: "row"} : {}, text);
     const head = names => Page.element("thead", {}, Page.element("tr", {}, ...names.map(n => Page.element("th", {scope: "col"}, n))));
@@ -119,6 +120,20 @@ const Sites = (() => {
         part.list.focus({preventScroll: true});
     }
 
+    // What nobody sees is drawn when it comes into sight.
+    function drawInSight() {
+        if (isSeen && current >= 0 && part.box.dataset.station !== String(current))
+            draw(current);
+    }
+
+    function watch() {
+        new IntersectionObserver(entries => {
+            isSeen = entries[entries.length - 1].isIntersecting;
+            drawInSight();
+        }, {rootMargin: "400px"}).observe(part.view);
+        addEventListener("beforeprint", () => draw(current));
+    }
+
     function fill(indexes) {
         part.list.replaceChildren(...indexes.map(i => Page.element("option", {value: i}, Text.station(Volume.stations[i]))));
         part.list.value = current;
@@ -133,8 +148,10 @@ const Sites = (() => {
             return;
         const left = sorted(matches);
         fill(left);
-        if (!left.includes(current) && left.length)
-            draw(left[0]);
+        if (!left.includes(current) && left.length) {
+            current = left[0];
+            drawInSight();
+        }
         part.view.classList.toggle("empty", left.length === 0);
     }
 
@@ -154,7 +171,8 @@ const Sites = (() => {
         });
         const all = sorted(() => true);
         fill(all);
-        draw(all[0]);
+        current = all[0];
+        watch();
     }
 
     return {start, show, find};

@@ -54,12 +54,25 @@ const Tables = (() => {
         return epoch ? [Volume.epochs[epoch].start, Volume.epochs[epoch].end] : [];
     }
 
-    function matches(row, words) {
-        if (words.length === 0)
-            return true;
+    function textOf(row) {
         if (!texts.has(row))
             texts.set(row, [...row.cells].map(cell => cell.textContent).join(" ").toLowerCase());
-        return Words.match(words, texts.get(row), timesOf(row));
+        return texts.get(row);
+    }
+
+    const matches = (row, words) => words.length === 0 || Words.match(words, textOf(row), timesOf(row));
+
+    // Reads what can be searched while nothing else is to be done, so that the first search is as fast as others.
+    function readAhead() {
+        const rows = all.flatMap(table => table.rows);
+        let next = 0;
+        const work = deadline => {
+            while (next < rows.length && deadline.timeRemaining() > 1)
+                textOf(rows[next++]);
+            if (next < rows.length)
+                requestIdleCallback(work);
+        };
+        requestIdleCallback(work);
     }
 
     // The rows that are shown, in their order.
@@ -198,6 +211,8 @@ const Tables = (() => {
 
     function start() {
         document.querySelectorAll("table.sortable").forEach(take);
+        if (window.requestIdleCallback)
+            readAhead();
     }
 
     // On paper all rows stand.
