@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cmath>
 #include <map>
+#include <quarl/time.h>
 #include <set>
 #include <sys/stat.h>
 #include <unordered_map>

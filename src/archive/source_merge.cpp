@@ -103,16 +103,16 @@ void SourceMerge::add(const std::string &rows)
     database_->run(insert_, rows);
     database_->run(sql("insert into key_{S} ({KEY}) select distinct {s.KEY} from new_{S} s"
                        " where not exists (select 1 from key_{S} k where {s.KEY = k.KEY})"));
-    // A new statement that nothing contradicts has won.
+    // A new statement that nothing contradicts has won. (Sources have a column "place".)
     database_->run(
         sql("insert into {S} ({ID}, digest, written, volid, wins, {COLUMNS})"
             " select (select keyvalue from lastid where keyname = '{ID}')"
             " + row_number() over (order by n.seq), n.digest, n.written, n.volid,"
             " case when n.rank = 1 and not exists (select 1 from {S} o where {o.KEY = n.KEY})"
             " then 1 else 0 end, {n.COLUMNS} from (select m.*, row_number() over (partition by"
-            " m.digest order by m.written desc, m.volid, m.seq) as place, row_number() over"
+            " m.digest order by m.written desc, m.volid, m.seq) as nth, row_number() over"
             " (partition by {m.KEY} order by m.written desc, m.volid, m.seq desc) as rank"
-            " from new_{S} m) n where n.place = 1"
+            " from new_{S} m) n where n.nth = 1"
             " and not exists (select 1 from {S} s where s.digest = n.digest)"));
     database_->run(sql("insert into flip_{S} (id, digest, {COLUMNS})"
                        " select s.{ID}, s.digest, {s.COLUMNS} from {S} s where s.{ID} >"

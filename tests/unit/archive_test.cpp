@@ -119,6 +119,64 @@ TEST_F(ArchiveTest, KeepsWhatAVolumeSays)
     EXPECT_FALSE(std::filesystem::exists(database_ + "-shm"));
 }
 
+TEST_F(ArchiveTest, KeepsEventsOnce)
+{
+    const auto with_events = [](const char *source, bool has_origin) {
+        SoundVolume volume;
+        volume.dictionaries.emplace_back(32, b032(1, source, "", ""));
+        volume.edit = [=](const std::string &bytes) {
+            VolumeBuilder events(4096);
+            events.header('T');
+            const auto phase = [&](const char *time) {
+                events.blockette(72, b072({.station = "QRL",
+                                           .channel = "BHZ",
+                                           .time = time,
+                                           .amplitude = 5,
+                                           .period = 0.5,
+                                           .snr = 2,
+                                           .phase = "P",
+                                           .source = 1,
+                                           .network = "XX"}));
+            };
+            phase("2024,001,00:00:01.0000"); // in front of any origin
+            if (has_origin)
+                events.blockette(71, b071({.time = "2024,001,00:00:00.5000",
+                                           .source = 1,
+                                           .lat = 46.5,
+                                           .lon = 8.25,
+                                           .depth = 8.5,
+                                           .magnitudes = {{5.5, "mb", 1}, {6.5, "MS", 1}},
+                                           .region = 36,
+                                           .location = 544,
+                                           .region_name = "SWITZERLAND"}));
+            phase("2024,001,00:00:02.0000");
+            return bytes + events.volume();
+        };
+        return volume;
+    };
+    const std::string a = put("a.seed", with_events("Bulletin", true));
+    merge({a, put("b.seed", with_events("Bulletin", true))});
+    EXPECT_EQ(rows("select orid, evid, lat, lon, depth, time, auth, mb, ms, ml, mbid, mlid, grn,"
+                   " srn, jdate from origin",
+                   15),
+              "1|1|46.5|8.25|8.5|1704067200.5|Bulletin|5.5|6.5|-999.0|2|-1|544|36|2024001\n");
+    EXPECT_EQ(rows("select evid, prefor, auth from event", 3), "1|1|Bulletin\n");
+    EXPECT_EQ(rows("select orid, evid, magtype, magnitude from netmag order by magid", 4),
+              "1|1|MS|6.5\n1|1|mb|5.5\n");
+    EXPECT_EQ(rows("select sta, chan, time, iphase, amp, per, snr, auth, arid from arrival"
+                   " order by time",
+                   9),
+              "QRL|BHZ|1704067201.0|P|5.0|0.5|2.0|Bulletin|1\n"
+              "QRL|BHZ|1704067202.0|P|5.0|0.5|2.0|Bulletin|2\n");
+    EXPECT_EQ(rows("select arid, orid, sta, phase from assoc", 4), "2|1|QRL|P\n");
+    merge({put("c.seed", with_events("Other", true))});
+    EXPECT_EQ(rows("select count(*) from event", 1), "2\n");
+    EXPECT_EQ(quarl_db({"--remove", database_, a, path("b.seed")}).status, "0");
+    EXPECT_EQ(rows("select orid, auth from origin", 2), "2|Other\n");
+    EXPECT_EQ(rows("select arid, orid from assoc", 2), "4|2\n");
+    EXPECT_EQ(rows("select count(*) from netmag", 1), "2\n");
+}
+
 TEST_F(ArchiveTest, LaterVolumeWinsAndGivesBack)
 {
     const std::string early = put("early.seed", written_on("003", 1e5));
