@@ -12,10 +12,10 @@ install(FILES etc/quarl.pf ${CMAKE_BINARY_DIR}/share/quarl/quarl.schema.json
 install(FILES doc/quarl.pf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES examples/sample.seed DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
-install(FILES doc/quarl-html.png DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
+install(FILES doc/quarl-html.png doc/quarl-data.png DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 # What the documents say of files that are in the source tree alone is a text there, and no link.
 set(documents README.md CHANGELOG.md SECURITY.md)
-set(linked ${documents} examples/sample.seed doc/quarl-html.png)
+set(linked ${documents} examples/sample.seed doc/quarl-html.png doc/quarl-data.png)
 install(CODE "
   set(documents ${documents})
   set(linked ${linked})

@@ -164,7 +164,41 @@ void write_look(Json *json, const Records::Look &look)
     json->key("qualities").text(look.qualities);
 }
 
-void write_channels(Json *json, const std::vector<PageChannel> &channels)
+/// The envelope of the code that has most samples.
+const Envelope *envelope_of(const ChannelData &data, const Envelopes &envelopes)
+{
+    const Envelope *found = nullptr;
+    for (const ChannelCode &code : data.codes) {
+        const Envelope *some = envelopes.find(code);
+        if (some && (!found || some->count() > found->count()))
+            found = some;
+    }
+    return found;
+}
+
+void write_envelope(Json *json, const Envelope *envelope)
+{
+    if (!envelope)
+        return json->null();
+    const PackedEnvelope shown = packed(*envelope);
+    json->open('{');
+    json->key("samples").whole(envelope->count());
+    json->key("mean").real(envelope->mean(), Computed_Digits);
+    json->key("rms").real(envelope->rms(), Computed_Digits);
+    json->key("least").real(envelope->least());
+    json->key("most").real(envelope->most());
+    json->key("clipped").real(envelope->clipped(), Computed_Digits);
+    json->key("start").real(shown.start);
+    json->key("step").real(shown.step);
+    json->key("samples_per_step").whole(shown.samples);
+    json->key("paired").truth(shown.paired);
+    json->key("scale").real(shown.scale);
+    json->key("values").text(shown.values);
+    json->close('}');
+}
+
+void write_channels(Json *json, const std::vector<PageChannel> &channels,
+                    const Envelopes &envelopes)
 {
     json->key("channels").open('[');
     for (const PageChannel &channel : channels) {
@@ -187,6 +221,7 @@ void write_channels(Json *json, const std::vector<PageChannel> &channels)
         write_look(json, channel.data.look);
         write_spans(&json->key("spans"), channel.data.spans);
         write_spans(&json->key("overlaps"), channel.data.overlaps);
+        write_envelope(&json->key("waves"), envelope_of(channel.data, envelopes));
         json->close('}');
     }
     json->close(']');
@@ -236,7 +271,7 @@ void write_data(Out &out, const VolumeRead &volume, const std::vector<PageChanne
     write_head(&json, volume);
     write_findings(&json, volume, targets);
     write_stations(&json, volume.inventory, volume.records);
-    write_channels(&json, channels);
+    write_channels(&json, channels, volume.envelopes);
     curves->write_responses(&json.key("responses"));
     json.key("epochs").open('[');
     for (std::size_t i = 0; i < volume.inventory.channel_epochs().size(); ++i)

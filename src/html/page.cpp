@@ -49,10 +49,11 @@ void write_top(Markup &page, const VolumeRead &volume)
 
 void write_nav(Markup &page)
 {
-    page.put("<nav id=\"nav\" aria-label=\"Parts of the page\"><a href=\"#findings\">Findings</a> "
-             "<a href=\"#map\">Map</a> <a href=\"#timeline\">Timeline</a> "
-             "<a href=\"#responses\">Responses</a> <a href=\"#site\">Station</a> "
-             "<a href=\"#tables\">Tables</a></nav>\n<main>\n");
+    page.put(
+        "<nav id=\"nav\" aria-label=\"Parts of the page\"><a href=\"#findings\">Findings</a> "
+        "<a href=\"#map\">Map</a> <a href=\"#timeline\">Timeline</a> <a href=\"#data\">Data</a> "
+        "<a href=\"#responses\">Responses</a> <a href=\"#site\">Station</a> "
+        "<a href=\"#tables\">Tables</a></nav>\n<main>\n");
 }
 
 /// Sections that the script fills.
@@ -61,10 +62,11 @@ void write_views(Markup &page)
     page.put(
         "<section id=\"map\"><h2>Map</h2><div id=\"map-view\"></div></section>\n"
         "<section id=\"timeline\"><h2>Timeline</h2><div id=\"timeline-view\"></div></section>\n"
+        "<section id=\"data\"><h2>Data</h2><div id=\"data-view\"></div></section>\n"
         "<section id=\"responses\"><h2>Responses</h2>"
         "<div id=\"responses-view\"></div></section>\n"
         "<section id=\"site\"><h2>Station</h2><div id=\"site-view\"></div></section>\n"
-        "<noscript><p>Map, timeline and curves are drawn by scripts.</p></noscript>\n");
+        "<noscript><p>Map, timeline, data and curves are drawn by scripts.</p></noscript>\n");
 }
 
 } // namespace

@@ -29,6 +29,7 @@ const Search = (() => {
         Tables.find(words);
         const findings = Findings.find(words);
         Timeline.find(index => isFound[index]);
+        Strips.find(index => isFound[index]);
         Responses.find(index => isFound[Volume.epochs[index].channel]);
         StationMap.find(isSite);
         Sites.find(isSite);
@@ -102,6 +103,7 @@ const Search = (() => {
     Search.start(document.getElementById("nav"));
     StationMap.start(document.getElementById("map-view"));
     Timeline.start(document.getElementById("timeline-view"));
+    Strips.start(document.getElementById("data-view"));
     Responses.start(document.getElementById("responses-view"));
     Sites.start(document.getElementById("site-view"));
     for (const [event, isPrinted] of [["beforeprint", true], ["afterprint", false]])

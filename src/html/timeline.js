@@ -8,6 +8,7 @@ const Timeline = (() => {
     const state = {rows: [], active: -1, domain: null, all: null, horizon: 0, at: null, pointed: null,
         folded: null, toggled: new Set(), matches: () => true};
     const part = {}; // elements
+    const views = []; // who is told what is in view
     let zoom;
 
     // The time that all there is takes. Ends in the future are those of open epochs; they do not count.
@@ -108,6 +109,8 @@ const Timeline = (() => {
         state.domain = [seconds(label), seconds(label + width)];
         Overview.mark(state.domain);
         redraw();
+        for (const hear of views)
+            hear(view());
     }
 
     function setDomain([from, to]) {
@@ -363,5 +366,13 @@ const Timeline = (() => {
     }
 
     const actions = {scaleBy, moveBy, showAll, showData, setDomain, step, activate, say, foldAll};
-    return {start, find, show, print, extent: () => state.all};
+
+    // Calls `hear` whenever another time is in view.
+    function follow(hear) {
+        views.push(hear);
+        if (state.domain && part.frame)
+            hear(view());
+    }
+
+    return {start, find, show, print, extent: () => state.all, follow, setDomain, moveBy};
 })();

@@ -137,6 +137,7 @@ void ChannelData::add(const DataChannel &channel, const Records &kept)
         for (const double rate : found->second.rates)
             note(&look.rates, rate);
     }
+    codes.push_back(channel.code);
     records += channel.records;
     samples += channel.samples;
     spans.insert(spans.end(), channel.spans.begin(), channel.spans.end());

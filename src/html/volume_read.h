@@ -2,6 +2,7 @@
 #pragma once
 
 #include "check/finding.h"
+#include "html/envelope.h"
 
 #include <cstdint>
 #include <deque>
@@ -58,6 +59,7 @@ struct ChannelData {
     std::vector<DataSpan> spans;
     std::vector<DataOverlap> overlaps;
     Records::Look look;
+    std::vector<ChannelCode> codes; ///< of the data records
 
     void add(const DataChannel &channel, const Records &kept);
     /// Spans and overlaps in order of time, when all were added.
@@ -96,6 +98,7 @@ struct VolumeRead {
     Inventory inventory;
     std::vector<Finding> findings;
     Records records;
+    Envelopes envelopes;
     Statistics statistics;
     bool complete = false; ///< read to its end, which is where it should be
     bool cut = false;      ///< in the middle of something

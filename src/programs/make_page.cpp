@@ -43,6 +43,7 @@ void PageReading::take(const Item &item)
 {
     checker_->add(item);
     into_->records.add(item);
+    into_->envelopes.add(item);
     Statistics &statistics = into_->statistics;
     const auto *end = item.get<FileEnd>();
     if (!end) {

@@ -3,6 +3,7 @@
 
 usage: check_browser.py quarl-html compose_volume
 """
+import base64
 import contextlib
 import json
 import pathlib
@@ -161,6 +162,79 @@ def check_map(browser):
           ["#site-99", "99"])
     equal("land", browser.evaluate("document.querySelector('path.land').getAttribute('d').length > 1000"), True)
     equal("without a position", count(browser, ".unplaced"), 0)
+
+
+def steps_of(waves):
+    """The steps of a channel as the manual explains them: place, least and most."""
+    packed = base64.b64decode(waves["values"])
+    at = 0
+
+    def number():
+        nonlocal at
+        value = shift = 0
+        while True:
+            byte = packed[at]
+            at += 1
+            value |= (byte & 127) << shift
+            shift += 7
+            if byte < 128:
+                return value
+
+    steps, place, low = [], 0, 0
+    while at < len(packed):
+        place += number()
+        for _ in range(number()):
+            difference = number()
+            low += -(difference + 1) // 2 if difference % 2 else difference // 2
+            high = low + number() if waves["paired"] else low
+            steps.append((place, waves["least"] + low * waves["scale"], waves["least"] + high * waves["scale"]))
+            place += 1
+    return steps
+
+
+def drawn_samples(browser, number):
+    """Pixels of a strip in the colour of samples: columns with any, and whether steps are samples."""
+    return browser.evaluate(f"""(() => {{
+        const canvas = document.querySelectorAll('canvas.wave')[{number}];
+        const {{width, height}} = canvas;
+        const {{data}} = canvas.getContext('2d').getImageData(0, 0, width, height);
+        const colour = getComputedStyle(canvas).outlineColor.match(/\\d+/g).map(Number);
+        let columns = 0;
+        for (let x = 0; x < width; ++x)
+            for (let y = 0; y < height; ++y)
+                if ([0, 1, 2].every(i => Math.abs(data[4 * (y * width + x) + i] - colour[i]) < 40)) {{
+                    ++columns;
+                    break;
+                }}
+        return [columns, canvas.dataset.samples === 'true', Number(canvas.dataset.steps)];
+    }})()""")
+
+
+def check_strips(browser, data):
+    """Samples are drawn for each channel that has some, zoomed with the timeline, found by the search."""
+    with_samples = [c for c in data["channels"] if c["waves"]]
+    equal("strips", count(browser, "figure.strip"), len(with_samples))
+    waves = with_samples[0]["waves"]
+    steps = steps_of(waves)
+    if waves["samples_per_step"] == 1:
+        equal("samples", len(steps), waves["samples"])
+    equal("least", min(s[1] for s in steps), waves["least"])
+    equal("most", max(s[2] for s in steps), waves["most"])
+    browser.evaluate("document.getElementById('data').scrollIntoView()")
+    browser.settle()
+    columns, _, shown = drawn_samples(browser, 0)
+    assert columns > 3 and shown > 0, (columns, shown)
+    start = waves["start"] + steps[0][0] * waves["step"]
+    browser.evaluate(f"Timeline.setDomain([{start}, {start} + {20 * waves['step']}])")
+    browser.settle()
+    columns, are_samples, shown = drawn_samples(browser, 0)
+    equal("single samples", are_samples, True)
+    assert 15 <= shown <= 25 and columns > 100, (columns, shown)
+    before = browser.evaluate("document.querySelector('.rows-scroll').dataset.start")
+    browser.evaluate("""document.querySelector('canvas.wave').dispatchEvent(
+        new MouseEvent('dblclick', {clientX: 600, bubbles: true}))""")
+    browser.settle()
+    assert browser.evaluate("document.querySelector('.rows-scroll').dataset.start") > before, "not zoomed"
 
 
 def column(browser, table, number):
@@ -344,7 +418,7 @@ def main(quarl_html, compose):
     with tempfile.TemporaryDirectory(suffix=".quarl-html") as directory, Browser() as browser:
         pages = Pages(quarl_html, compose, directory)
         sample = pages.of(SOURCE / "examples" / "sample.seed", "sample")
-        look(browser, sample)
+        check_strips(browser, look(browser, sample))
         check_windows(browser, sample)
         check_phone(browser, sample)
         check_hostile(browser, pages.composed(SOURCE / "tests" / "page" / "hostile.txt", "hostile"))
