@@ -36,7 +36,7 @@ constexpr double Small_Height = 0.3;
 constexpr int Rounds = 10; ///< halves a step of the grid at most as often
 constexpr std::size_t Most_Points = 1000;
 /// Points times coefficients that are evaluated in between.
-constexpr std::size_t Most_Work = 4'000'000;
+constexpr std::size_t Most_Work = 1'500'000;
 
 /// As a page writes it: near a zero of a filter, what is cut from a frequency changes the curve.
 double written(double frequency)
