@@ -84,8 +84,8 @@ quarl reads a volume in the FDSN Standard for the Exchange of Earthquake Data an
 control-header blockette and data record in it, with counts, bytes and shares at the end.
 Volumes may be compressed, and may come from standard input or a tape. quarl-json prints the same
 as lines of JSON for programs, quarl-check tells whether it is sound, quarl-html shows it as a
-page for browsers, quarl-mseed writes its data records as miniSEED, and quarl-db merges
-volumes into a database.")
+page for browsers, quarl-mseed writes its data records as miniSEED, quarl-stationxml its headers
+as FDSN StationXML, and quarl-db merges volumes into a database.")
 # What the program is linked with is found by dpkg-shlibdeps. The rest is loaded when it is needed:
 # zlib and liblzma are on every Debian system; ISA-L reads gzip faster than zlib; libarchive reads
 # the rarer compressions; SOCI's backends bring SOCI and the databases' client libraries along.

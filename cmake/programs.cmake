@@ -1,6 +1,6 @@
 # The programs, each named once. One of the name quarl-NAME has its main in src/programs/quarl_NAME.cpp, its manual
 # in doc/quarl-NAME.1, and its completions in completion/quarl-NAME.bash and completion/_quarl-NAME.
-set(QUARL_PROGRAMS quarl quarl-json quarl-check quarl-html quarl-mseed quarl-db)
+set(QUARL_PROGRAMS quarl quarl-json quarl-check quarl-html quarl-mseed quarl-stationxml quarl-db)
 
 list(TRANSFORM QUARL_PROGRAMS REPLACE - _ OUTPUT_VARIABLE QUARL_TARGETS)
 list(TRANSFORM QUARL_TARGETS REPLACE "(.+)" "${CMAKE_SOURCE_DIR}/src/programs/\\1.cpp"

@@ -64,6 +64,9 @@ struct DictionaryEntry {
     std::vector<Part> parts;
     std::size_t promised = 0; ///< coefficients of a FIR filter that its blockettes should have
     std::size_t held = 0;     ///< those that they have
+    bool damaged = false;     ///< of a response: a blockette of it lacks something
+    std::string comment_class = {}; ///< of a comment: one letter
+    int level_unit = 0;             ///< of a comment: unit of its level
 };
 
 /// A code was given another text.
@@ -81,6 +84,36 @@ struct Comment {
     double end = Forever;
     int key = 0; ///< of the comment dictionary
     int level = 0;
+    std::int64_t record = 0; ///< logical record in which its blockette begins
+    bool bad = false;        ///< a field of it holds no number, or no time of the calendar
+};
+
+/// Fields of a blockette that cannot be taken as they stand: what should be a number or a time is
+/// none; of a latitude or longitude also one that is blank. By their numbers in the standard.
+class BadFields
+{
+public:
+    void add(int field) { fields_ |= std::uint32_t{1} << field; }
+    [[nodiscard]] bool has(int field) const { return (fields_ >> field & 1) != 0; }
+    [[nodiscard]] bool any() const { return fields_ != 0; }
+
+private:
+    std::uint32_t fields_ = 0;
+};
+
+/// Something that a channel epoch's response lacks.
+struct ResponseLack {
+    int type = 0;            ///< blockette with bad fields, or that ends too early; 60 with a key:
+    int key = 0;             ///< ... which the response dictionary does not have
+    int stage = 0;           ///< as far as it can be told
+    std::int64_t record = 0; ///< logical record in which the blockette begins
+};
+
+/// An entry of the history of calibrations that stands with a gain.
+struct Calibration {
+    int stage = 0;
+    Gain gain;
+    std::string time; ///< as it stands
 };
 
 /// What is true of a station for a time.
@@ -96,6 +129,7 @@ struct StationEpoch {
     std::int64_t record = 0; ///< logical record in which its blockette begins
     int sequence_number = 0; ///< of that record
     std::vector<Comment> comments;
+    BadFields bad_fields = {}; ///< of Blockette 050
 };
 
 struct Station {
@@ -127,6 +161,10 @@ struct ChannelEpoch {
     std::int64_t record = 0; ///< logical record in which its blockette begins
     Response response;
     std::vector<Comment> comments;
+    double clock_drift = 0.0;  ///< at most, seconds per sample
+    BadFields bad_fields = {}; ///< of Blockette 052
+    std::vector<ResponseLack> lacks = {};
+    std::vector<Calibration> calibrations = {};
 };
 
 struct Channel {

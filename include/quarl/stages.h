@@ -35,6 +35,8 @@ struct PolesZeros {
     double frequency = 0.0; ///< at which A0 normalises, Hz
     std::vector<std::complex<double>> zeros;
     std::vector<std::complex<double>> poles;
+    std::vector<std::complex<double>> zero_errors = {}; ///< of both parts; empty: all are 0
+    std::vector<std::complex<double>> pole_errors = {};
 
     bool operator==(const PolesZeros &) const = default;
 };
@@ -44,6 +46,8 @@ struct Coefficients {
     char type = 'D'; ///< A: Laplace, rad/s; B: analog, Hz; C: composite; D: digital
     std::vector<double> numerators;
     std::vector<double> denominators;
+    std::vector<double> numerator_errors = {}; ///< empty: all are 0
+    std::vector<double> denominator_errors = {};
 
     bool operator==(const Coefficients &) const = default;
 };
@@ -54,6 +58,8 @@ struct ResponseList {
         double frequency = 0.0; ///< Hz
         double amplitude = 0.0;
         double phase = 0.0; ///< degrees
+        double amplitude_error = 0.0;
+        double phase_error = 0.0; ///< degrees
 
         bool operator==(const Entry &) const = default;
     };
@@ -94,6 +100,7 @@ struct Polynomial {
     double upper_bound = 0.0;     ///< largest x
     double maximum_error = 0.0;
     std::vector<double> coefficients;
+    std::vector<double> coefficient_errors = {}; ///< empty: all are 0
 
     bool operator==(const Polynomial &) const = default;
 };

@@ -1,5 +1,6 @@
 #include "inventory/dictionaries.h"
 
+#include "inventory/damage.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -49,6 +50,14 @@ DictionaryEntry format_entry(const blk_030_t &blk, const Item &item)
     for (int i = 0; i < blk.num_keys_held; ++i)
         entry.keys.emplace_back(blk.decode_key[i].text);
     entry.encoding = encoding_of(entry);
+    return entry;
+}
+
+DictionaryEntry comment_entry(const blk_031_t &blk, const Item &item)
+{
+    DictionaryEntry entry = text_entry(blk.comment, item);
+    entry.comment_class = trimmed(std::string_view(&blk.class_code, 1));
+    entry.level_unit = blk.units;
     return entry;
 }
 
@@ -105,7 +114,7 @@ void Dictionaries::add(const Item &item)
     if (const auto *format = item.get<blk_030_t>())
         define(Dictionary::data_formats, format->format_id, format_entry(*format, item));
     else if (const auto *comment = item.get<blk_031_t>())
-        define(Dictionary::comments, comment->comment_id, text_entry(comment->comment, item));
+        define(Dictionary::comments, comment->comment_id, comment_entry(*comment, item));
     else if (const auto *source = item.get<blk_032_t>())
         define(Dictionary::sources, source->source_id, text_entry(source->author, item));
     else if (const auto *generic = item.get<blk_033_t>())
@@ -129,6 +138,7 @@ void Dictionaries::add_response(const Item &item)
             item);
     DictionaryEntry entry = text_entry(std::move(name), item);
     entry.parts.push_back(std::move(*part));
+    entry.damaged = is_damaged(item);
     if (const auto *fir = item.get<blk_041_t>()) {
         entry.promised = static_cast<std::size_t>(std::max(fir->num_coef_promised, 0));
         entry.held = fir->coef.size();
@@ -149,6 +159,7 @@ void Dictionaries::continue_with(DictionaryEntry *entry, DictionaryEntry next)
         return;
     entry->parts.push_back(std::move(next.parts.front()));
     entry->held += next.held;
+    entry->damaged |= next.damaged;
     if (entry->held == entry->promised)
         entry->parts = {joined(entry->parts, &make_)};
 }

@@ -1,3 +1,4 @@
+#include "inventory/damage.h"
 #include "inventory/data_spans.h"
 #include "inventory/dictionaries.h"
 #include "inventory/epoch_table.h"
@@ -76,7 +77,9 @@ struct Inventory::Work {
     void add_station(const Item &item, const blk_050_t &blk);
     void add_channel(const Item &item, const blk_052_t &blk);
     void close_channel();
-    void add_reference(const blk_060_t &blk);
+    void add_reference(const Item &item, const blk_060_t &blk);
+    void add_part(const Item &item);
+    template <class Blk> static Comment comment_of(const Item &item, const Blk &blk);
     void add_indexes(const Item &item);
     void add_data(const Item &item, const blk_dh_t &header);
     void find_data_channel(const ChannelCode &code, std::int64_t record);
@@ -113,7 +116,8 @@ void Inventory::Work::add_station(const Item &item, const blk_050_t &blk)
                               .name = blk.name,
                               .record = item.place().record,
                               .sequence_number = item.place().sequence_number,
-                              .comments = {}});
+                              .comments = {},
+                              .bad_fields = bad_fields(item, blk)});
     close_channel();
 }
 
@@ -159,14 +163,44 @@ void Inventory::Work::add_channel(const Item &item, const blk_052_t &blk)
                       .comment = blk.comment,
                       .record = item.place().record,
                       .response = {},
-                      .comments = {}});
+                      .comments = {},
+                      .clock_drift = blk.max_drift,
+                      .bad_fields = bad_fields(item, blk)});
 }
 
-void Inventory::Work::add_reference(const blk_060_t &blk)
+void Inventory::Work::add_reference(const Item &item, const blk_060_t &blk)
 {
     for (const blk_060_t::Stage &stage : blk.stage)
         for (const int key : stage.lookup_key)
-            parts.refer(stage.stage_num, key);
+            parts.refer(stage.stage_num, key, item.place().record);
+    if (is_damaged(item))
+        epochs[epoch].lacks.push_back({.type = item.type(), .record = item.place().record});
+}
+
+/// What a blockette says of a stage, and what it should say and does not.
+void Inventory::Work::add_part(const Item &item)
+{
+    const std::optional<int> stage = parts.add(item);
+    if (stage && is_damaged(item))
+        epochs[epoch].lacks.push_back(
+            {.type = item.type(), .stage = *stage, .record = item.place().record});
+    const auto *gain = item.get<blk_058_t>();
+    for (int i = 0; gain && i < gain->num_history; ++i)
+        epochs[epoch].calibrations.push_back(
+            {gain->stage_num,
+             {gain->calibration_gain[i], gain->calibration_freq[i]},
+             gain->calibration_time[i].text});
+}
+
+template <class Blk> Comment Inventory::Work::comment_of(const Item &item, const Blk &blk)
+{
+    return {.start = start_of(blk.beg_time),
+            .end = end_of(blk.end_time),
+            .key = blk.comment_key,
+            .level = blk.comment_level,
+            .record = item.place().record,
+            .bad = item.bad() || std::isnan(start_seconds(blk.beg_time)) ||
+                   std::isnan(end_seconds(blk.end_time))};
 }
 
 void Inventory::Work::add_indexes(const Item &item)
@@ -242,18 +276,15 @@ void Inventory::Work::add_control(const Item &item)
     else if (const auto *channel = item.get<blk_052_t>())
         add_channel(item, *channel);
     else if (const auto *remark = item.get<blk_051_t>(); remark && !station_epochs.empty())
-        station_epochs.back().comments.push_back({start_of(remark->beg_time),
-                                                  end_of(remark->end_time), remark->comment_key,
-                                                  remark->comment_level});
+        station_epochs.back().comments.push_back(comment_of(item, *remark));
     if (epoch == None)
         return;
     if (const auto *comment = item.get<blk_059_t>())
-        epochs[epoch].comments.push_back({start_of(comment->beg_time), end_of(comment->end_time),
-                                          comment->comment_key, comment->comment_level});
+        epochs[epoch].comments.push_back(comment_of(item, *comment));
     else if (const auto *reference = item.get<blk_060_t>())
-        add_reference(*reference);
+        add_reference(item, *reference);
     else
-        parts.add(item);
+        add_part(item);
 }
 
 Inventory::Inventory() : work_(std::make_unique<Work>()) {}

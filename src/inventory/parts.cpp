@@ -15,6 +15,14 @@ std::vector<double> entries(const std::vector<double> &list, int held)
     return {list.begin(), list.begin() + held};
 }
 
+/// The same of errors; empty when all are 0, as mostly.
+std::vector<double> errors(const std::vector<double> &list, int held)
+{
+    if (std::all_of(list.begin(), list.begin() + held, [](double error) { return error == 0.0; }))
+        return {};
+    return entries(list, held);
+}
+
 std::vector<std::complex<double>> roots(const std::vector<Complex_t> &list, int held)
 {
     std::vector<std::complex<double>> all;
@@ -24,12 +32,21 @@ std::vector<std::complex<double>> roots(const std::vector<Complex_t> &list, int 
     return all;
 }
 
+std::vector<std::complex<double>> root_errors(const std::vector<Complex_t> &list, int held)
+{
+    if (std::all_of(list.begin(), list.begin() + held,
+                    [](const Complex_t &error) { return error.real == 0.0 && error.imag == 0.0; }))
+        return {};
+    return roots(list, held);
+}
+
 template <class Blk> ResponseList list_of(const Blk &blk, int held)
 {
     ResponseList list;
     list.entries.reserve(held);
     for (int i = 0; i < held; ++i)
-        list.entries.push_back({blk.frequency[i], blk.amplitude[i], blk.phase[i]});
+        list.entries.push_back({blk.frequency[i], blk.amplitude[i], blk.phase[i],
+                                blk.amplitude_error[i], blk.phase_error[i]});
     return list;
 }
 
@@ -48,7 +65,9 @@ template <class Blk> PolesZeros roots_of(const Blk &blk, int zeros, int poles)
             .factor = blk.normal_factor,
             .frequency = blk.normal_freq,
             .zeros = roots(blk.zero, zeros),
-            .poles = roots(blk.pole, poles)};
+            .poles = roots(blk.pole, poles),
+            .zero_errors = root_errors(blk.zero_error, zeros),
+            .pole_errors = root_errors(blk.pole_error, poles)};
 }
 
 template <class Blk> Decimation rates_of(const Blk &blk)
@@ -79,7 +98,8 @@ Polynomial polynomial_of(const blk_062_t &blk)
             .lower_bound = blk.lower_bound_of_approximation,
             .upper_bound = blk.upper_bound_of_approximation,
             .maximum_error = blk.maximum_absolute_error,
-            .coefficients = blk.coef};
+            .coefficients = blk.coef,
+            .coefficient_errors = errors(blk.coef_error, blk.num_coef)};
 }
 
 } // namespace
@@ -105,7 +125,9 @@ std::optional<StagePart> stage_part(const Item &item, FilterMaker *make)
     if (const auto *blk = item.get<blk_054_t>())
         return part(*blk,
                     Coefficients{blk->func_type, entries(blk->numer_coef, blk->num_numer_held),
-                                 entries(blk->denom_coef, blk->num_denom_held)});
+                                 entries(blk->denom_coef, blk->num_denom_held),
+                                 errors(blk->numer_error, blk->num_numer_held),
+                                 errors(blk->denom_error, blk->num_denom_held)});
     if (const auto *blk = item.get<blk_053_t>())
         return part(*blk, roots_of(*blk, blk->num_zeros_held, blk->num_poles_held));
     if (const auto *blk = item.get<blk_055_t>())
@@ -124,7 +146,10 @@ std::optional<Part> dictionary_part(const Item &item, FilterMaker *make)
     if (const auto *roots = item.get<blk_043_t>())
         return named_filter(*roots, roots_of(*roots, roots->num_zeros, roots->num_poles), make);
     if (const auto *blk = item.get<blk_044_t>())
-        return named_filter(*blk, Coefficients{blk->func_type, blk->numer_coef, blk->denom_coef},
+        return named_filter(*blk,
+                            Coefficients{blk->func_type, blk->numer_coef, blk->denom_coef,
+                                         errors(blk->numer_error, blk->num_numer),
+                                         errors(blk->denom_error, blk->num_denom)},
                             make);
     if (const auto *list = item.get<blk_045_t>())
         return named_filter(*list, list_of(*list, list->num_resp), make);

@@ -5,20 +5,21 @@
 namespace quarl
 {
 
-void ResponseParts::add(const Item &item)
+std::optional<int> ResponseParts::add(const Item &item)
 {
     std::optional<StagePart> part = stage_part(item, &make_);
     if (!part)
-        return;
+        return std::nullopt;
     if (unit_changes_ < 0)
         unit_changes_ = dictionaries_.unit_changes();
     open_.push_back({part->stage, No_Key, std::move(part->part)});
+    return part->stage;
 }
 
-void ResponseParts::refer(int stage, int key)
+void ResponseParts::refer(int stage, int key, std::int64_t record)
 {
     refers_ = true;
-    open_.push_back({stage, key, Gain()});
+    open_.push_back({stage, key, Gain(), record});
 }
 
 Part ResponseParts::named(const Part &part)
@@ -37,18 +38,25 @@ Part ResponseParts::named(const Part &part)
     return known;
 }
 
-Response ResponseParts::resolved(const std::vector<Raw> &raw, double sample_rate)
+void ResponseParts::resolve(const Raw &reference, ChannelEpoch *epoch)
+{
+    const DictionaryEntry *entry = dictionaries_.find(Dictionary::responses, reference.key);
+    if (!entry || entry->damaged || entry->held < entry->promised)
+        epoch->lacks.push_back({60, reference.key, reference.stage, reference.record});
+    if (entry)
+        for (const Part &part : entry->parts)
+            builder_.add(reference.stage, named(part));
+}
+
+void ResponseParts::resolve(const std::vector<Raw> &raw, ChannelEpoch *epoch)
 {
     for (const Raw &each : raw) {
-        const DictionaryEntry *entry =
-            each.key == No_Key ? nullptr : dictionaries_.find(Dictionary::responses, each.key);
         if (each.key == No_Key)
             builder_.add(each.stage, named(each.part));
-        else if (entry)
-            for (const Part &part : entry->parts)
-                builder_.add(each.stage, named(part));
+        else
+            resolve(each, epoch);
     }
-    return builder_.take(sample_rate);
+    epoch->response = builder_.take(epoch->sample_rate);
 }
 
 Response ResponseParts::renamed(const Response &response)
@@ -76,10 +84,8 @@ void ResponseParts::finish(std::deque<ChannelEpoch> *epochs)
     if (unit_changes_ >= 0 && unit_changes_ != dictionaries_.unit_changes())
         for (ChannelEpoch &epoch : *epochs)
             epoch.response = renamed(epoch.response);
-    for (const auto &[index, raw] : waiting_) {
-        ChannelEpoch &epoch = (*epochs)[index];
-        epoch.response = resolved(raw, epoch.sample_rate);
-    }
+    for (const auto &[index, raw] : waiting_)
+        resolve(raw, &(*epochs)[index]);
     waiting_.clear();
 }
 

@@ -5,6 +5,7 @@
 #include "inventory/parts.h"
 
 #include <deque>
+#include <optional>
 #include <quarl/contents.h>
 #include <unordered_map>
 #include <vector>
@@ -20,10 +21,11 @@ class ResponseParts
 public:
     explicit ResponseParts(const Dictionaries &dictionaries) : dictionaries_(dictionaries) {}
 
-    /// Takes what a blockette of the open epoch says of a stage.
-    void add(const Item &item);
-    /// A stage of it is entry `key` of the response dictionary.
-    void refer(int stage, int key);
+    /// Takes what a blockette of the open epoch says of a stage, and returns the stage's number;
+    /// nothing when it says nothing.
+    std::optional<int> add(const Item &item);
+    /// A stage of it is entry `key` of the response dictionary, says a blockette of this record.
+    void refer(int stage, int key, std::int64_t record);
     /// Gives `epoch`, with this index, what was collected. The next one is open.
     void close(std::size_t index, ChannelEpoch *epoch);
     void finish(std::deque<ChannelEpoch> *epochs);
@@ -34,8 +36,10 @@ private:
         int stage = 0;
         int key = No_Key;
         Part part; ///< when it is no reference
+        std::int64_t record = 0;
     };
-    [[nodiscard]] Response resolved(const std::vector<Raw> &raw, double sample_rate);
+    void resolve(const std::vector<Raw> &raw, ChannelEpoch *epoch);
+    void resolve(const Raw &reference, ChannelEpoch *epoch);
     [[nodiscard]] Response renamed(const Response &response);
     Part named(const Part &part);
 

@@ -48,18 +48,24 @@ public:
         add(shape.frequency);
         add(shape.zeros);
         add(shape.poles);
+        add(shape.zero_errors);
+        add(shape.pole_errors);
     }
     void add(const Coefficients &shape)
     {
         add(shape.type);
         add(shape.numerators);
         add(shape.denominators);
+        add(shape.numerator_errors);
+        add(shape.denominator_errors);
     }
     void add(const ResponseList::Entry &entry)
     {
         add(entry.frequency);
         add(entry.amplitude);
         add(entry.phase);
+        add(entry.amplitude_error);
+        add(entry.phase_error);
     }
     void add(const ResponseList &shape) { add(shape.entries); }
     void add(const GenericResponse::Corner &corner)
@@ -83,6 +89,7 @@ public:
         add(shape.upper_bound);
         add(shape.maximum_error);
         add(shape.coefficients);
+        add(shape.coefficient_errors);
     }
 
     void add(const FilterPtr &filter) { add(filter->hash()); }

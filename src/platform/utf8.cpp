@@ -32,33 +32,41 @@ Lead lead_of(unsigned char lead)
 }
 
 /// A character that shows: no control, no separator, nothing that turns the direction of writing.
-bool shows(std::uint32_t character, std::size_t size)
+bool shows(std::uint32_t character)
 {
-    constexpr std::array<std::uint32_t, 5> Least = {0, 0x20, First_Shown, 0x800, 0x10000};
-    const bool surrogate = character >= 0xD800 && character < 0xE000;
+    const bool control = character < 0x20 || (character >= 0x7F && character < First_Shown);
     const bool formats = (character >= 0x200B && character < 0x2010) ||
                          (character >= 0x2028 && character < 0x2030) ||
                          (character >= 0x2060 && character < 0x2070) || character == Soft_Hyphen;
-    return character >= Least[size] && character != 0x7F && character < 0x110000 && !surrogate &&
-           !formats && character != 0xFEFF;
+    return !control && !formats && character != 0xFEFF;
 }
 
 } // namespace
+
+Utf8Character utf8_character(std::string_view bytes)
+{
+    constexpr std::array<std::uint32_t, 5> Least = {0, 0, 0x80, 0x800, 0x10000};
+    auto [size, character] = lead_of(static_cast<unsigned char>(bytes[0]));
+    if (size == 0 || size > bytes.size())
+        return {};
+    for (std::size_t i = 1; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        if ((byte & 0xC0) != 0x80)
+            return {};
+        character = character << 6 | (byte & 0x3FU);
+    }
+    const bool surrogate = character >= 0xD800 && character < 0xE000;
+    if (character < Least[size] || character >= 0x110000 || surrogate)
+        return {};
+    return {size, character};
+}
 
 std::size_t plain_character(std::string_view bytes)
 {
     if (bytes.empty())
         return 0;
-    auto [size, character] = lead_of(static_cast<unsigned char>(bytes[0]));
-    if (size > bytes.size())
-        return 0;
-    for (std::size_t i = 1; i < size; ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        if ((byte & 0xC0) != 0x80)
-            return 0;
-        character = character << 6 | (byte & 0x3FU);
-    }
-    return size > 0 && shows(character, size) ? size : 0;
+    const Utf8Character character = utf8_character(bytes);
+    return character.size > 0 && shows(character.code) ? character.size : 0;
 }
 
 bool is_plain_utf8(std::string_view bytes)

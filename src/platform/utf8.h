@@ -2,10 +2,19 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace quarl
 {
+
+struct Utf8Character {
+    std::size_t size = 0;   ///< bytes; 0: none begins here
+    std::uint32_t code = 0; ///< of Unicode, no surrogate
+};
+
+/// The character with which `bytes` begin, which are not empty.
+Utf8Character utf8_character(std::string_view bytes);
 
 /// Bytes of the UTF-8 character that `bytes` begin with; 0 when there is none, or one that does not
 /// show.

@@ -1,9 +1,9 @@
 #include "programs/check.h"
 
-#include "platform/escaped.h"
 #include "platform/json_text.h"
 #include "platform/utf8.h"
 #include "programs/checked.h"
+#include "programs/finding_line.h"
 #include "programs/progress.h"
 
 #include <memory>
@@ -17,13 +17,11 @@ namespace quarl
 namespace
 {
 
-/// A volume's texts may hold anything: a finding stays on its line, and beside its path in ASCII.
 std::string line_of(const std::string &path, const Finding &finding)
 {
     const Rule &rule = all_rules()[finding.rule];
-    return escaped(path) + ":" + std::to_string(finding.record) + ": " +
-           std::string(name_of(rule.severity)) + ": " + escaped_in_ascii(finding.told.subject) +
-           ": " + escaped_in_ascii(text_of(finding)) + " [" + std::string(rule.name) + "]\n";
+    return finding_line(path, finding.record, name_of(rule.severity), finding.told.subject,
+                        text_of(finding), rule.name);
 }
 
 std::string json_of(const std::string &path, const Finding &finding)
