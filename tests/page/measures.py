@@ -1,4 +1,28 @@
-"""What scripts measure in a page."""
+"""What is looked at in a page, and what scripts measure there."""
+import json
+
+
+def count(browser, selector):
+    return browser.evaluate(f"document.querySelectorAll({json.dumps(selector)}).length")
+
+
+def text(browser, selector):
+    return browser.evaluate(f"document.querySelector({json.dumps(selector)}).textContent")
+
+
+def rows(browser, table):
+    """All of a table, in sight or not."""
+    return browser.evaluate(f"Tables.rowsOf('{table}').length")
+
+
+def equal(what, value, expected):
+    assert value == expected, f"{what}: {value!r}, expected {expected!r}"
+
+
+def silent(browser, page):
+    equal(f"{page.name}: messages", browser.messages, [])
+    equal(f"{page.name}: requests", [r.split("#")[0] for r in browser.requests], [page.resolve().as_uri()])
+
 
 # The longest line of the phase, as a share of its panel.
 STEEPEST = """(() => {
