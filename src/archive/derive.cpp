@@ -256,10 +256,11 @@ void Derived::derive_formats()
     // Other locations of these channels may have the same rows.
     database_->run("insert into want_format (" + listed(all) +
                    ") select distinct s.sta, s.code, s.seedstart, s.seedend, s.format"
-                   " from scope_code k cross join quarl_epoch s"
-                   " where s.sta = k.sta and s.code = k.chan and s.wins = 1 and s.format <> '-'"
-                   " and not exists (select 1 from want_format x where x.sta = s.sta"
-                   " and x.chan = s.code and x.seedstart = s.seedstart"
+                   " from (select distinct sta from scope_code) k cross join quarl_epoch s"
+                   " where s.sta = k.sta and s.wins = 1 and s.format <> '-'"
+                   " and exists (select 1 from scope_code c where c.sta = s.sta"
+                   " and c.chan = s.code) and not exists (select 1 from want_format x"
+                   " where x.sta = s.sta and x.chan = s.code and x.seedstart = s.seedstart"
                    " and x.seedend = s.seedend and x.seedformat = s.format)");
     const std::string scope = "(sta, chan) in (select sta, chan from scope_code)";
     database_->run("delete from seedformat where " + scope + " and" +

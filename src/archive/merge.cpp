@@ -2,7 +2,6 @@
 
 #include "platform/json_text.h"
 #include "platform/read_number.h"
-#include "platform/sha256.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -64,17 +63,6 @@ std::string field_text(const TextRows &rows, std::size_t row, std::size_t column
 const Column Volume_Id = {"volid", Column::Kind::whole, 0, ""};
 
 } // namespace
-
-/// What becomes of each volume, and of those that the archive has.
-struct Merge::Plan {
-    struct Step {
-        Fate fate = Fate::added;
-        std::int64_t id = 0;
-    };
-    std::vector<Step> steps;
-    std::vector<std::int64_t> gone; ///< what these have said before is taken back
-    std::map<std::int64_t, std::size_t> by_id;
-};
 
 std::size_t VolumeRows::size() const
 {
@@ -276,70 +264,22 @@ void Merge::clear()
     database_.run(dialect_.clear("gone_volume"));
 }
 
-void Merge::keep_contradiction(const Contradiction &found, std::int64_t number, Rows *rows) const
+/// The paths of volumes, by their numbers.
+std::map<std::int64_t, std::string> Merge::paths_of(std::vector<std::int64_t> volumes)
 {
-    const std::string text = found.told + (found.wins ? " there" : " there, which wins");
-    RowText row;
-    row.whole(found.volume).whole(number);
-    row.any(sha256("volumes-contradict\n" + found.subject + "\n" + found.told));
-    row.any("volumes-contradict").any("warning").any(found.subject).any(text);
-    row.whole(0).whole(0).whole(found.other);
-    rows->add(row);
-}
-
-void Merge::tell(const std::vector<VolumeToMerge> &volumes, const Plan &plan,
-                 std::vector<Merged> *merged)
-{
-    Rows rows;
-    std::int64_t number = 1'000'000'000; // behind those of the check
-    std::vector<std::pair<std::size_t, Contradiction>> found;
-    std::vector<std::int64_t> others;
-    for (const auto &each : sources_)
-        for (Contradiction &one : each->contradictions()) {
-            keep_contradiction(one, ++number, &rows);
-            others.push_back(one.other);
-            found.emplace_back(plan.by_id.at(one.volume), std::move(one));
-        }
-    if (found.empty())
-        return;
+    std::sort(volumes.begin(), volumes.end());
+    volumes.erase(std::unique(volumes.begin(), volumes.end()), volumes.end());
+    const std::string rows = database_.is_postgresql()
+                                 ? "jsonb_array_elements(cast(:given as jsonb)) as g(value)"
+                                   " cross join quarl_volume v"
+                                   " where v.volid = cast(g.value->>0 as bigint)"
+                                 : "json_each(:given) g cross join quarl_volume v"
+                                   " where v.volid = json_extract(g.value, '$[0]')";
     std::map<std::int64_t, std::string> paths;
-    const std::string number_of = database_.is_postgresql()
-                                      ? "jsonb_array_elements(cast(:given as jsonb)) as g(value)"
-                                        " cross join quarl_volume v where v.volid ="
-                                        " cast(g.value->>0 as bigint)"
-                                      : "json_each(:given) g cross join quarl_volume v"
-                                        " where v.volid = json_extract(g.value, '$[0]')";
-    std::sort(others.begin(), others.end());
-    others.erase(std::unique(others.begin(), others.end()), others.end());
     for (const KnownVolume &volume : read_known(database_.ask(
-             "select " + std::string(Known_Columns) + " from " + number_of, 6, array_of(others))))
+             "select " + std::string(Known_Columns) + " from " + rows, 6, array_of(volumes))))
         paths[volume.id] = volume.file.path;
-    for (auto &[at, one] : found) {
-        (*merged)[at].contradicts = true;
-        (*merged)[at].told.push_back(one.subject + ": " + one.told + " in " + paths[one.other] +
-                                     (one.wins ? ", which is older" : ", which wins"));
-    }
-    std::string array = "[";
-    rows.append_to(&array, "", nullptr);
-    std::vector<Column> columns = our_table("quarl_finding").columns;
-    columns.pop_back();
-    database_.run(dialect_.insert_rows("quarl_finding", columns), array + "]");
-    (void)volumes;
-}
-
-void Merge::write_findings(const std::vector<VolumeToMerge> &volumes, const Plan &plan)
-{
-    std::string array = "[";
-    for (std::size_t i = 0; i < volumes.size(); ++i)
-        if (plan.steps[i].fate == Fate::added || plan.steps[i].fate == Fate::changed)
-            volumes[i].rows.findings.append_to(&array, std::to_string(plan.steps[i].id) + ",",
-                                               nullptr);
-    if (array.size() == 1)
-        return;
-    std::vector<Column> columns = our_table("quarl_finding").columns;
-    columns.pop_back(); // the time of loading
-    columns.pop_back(); // another volume
-    database_.run(dialect_.insert_rows("quarl_finding", columns), array + "]");
+    return paths;
 }
 
 std::vector<Merged> Merge::merge(const std::vector<VolumeToMerge> &volumes)
@@ -357,7 +297,7 @@ std::vector<Merged> Merge::merge(const std::vector<VolumeToMerge> &volumes)
         if (merged[i].fate == Fate::added || merged[i].fate == Fate::changed)
             merged[i].told = volumes[i].rows.told;
     }
-    tell(volumes, steps, &merged);
+    tell(steps, &merged);
     clear();
     database_.commit();
     return merged;

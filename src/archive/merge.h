@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -81,7 +82,23 @@ public:
     void finish();
 
 private:
-    struct Plan;
+    /// What becomes of each volume, and of those that the archive has.
+    struct Plan {
+        struct Step {
+            Fate fate = Fate::added;
+            std::int64_t id = 0;
+        };
+        std::vector<Step> steps;
+        std::vector<std::int64_t> gone; ///< what these have said before is taken back
+        std::map<std::int64_t, std::size_t> by_id;
+    };
+    /// A finding of the merge.
+    struct Ambiguity {
+        std::int64_t volume = 0;
+        std::string rule;
+        std::string subject;
+        std::string text;
+    };
 
     [[nodiscard]] std::vector<KnownVolume> read_known(const TextRows &rows) const;
     std::vector<KnownVolume> known_sums(const std::vector<VolumeToMerge> &volumes);
@@ -90,9 +107,11 @@ private:
     void write(const std::vector<VolumeToMerge> &volumes, const Plan &plan);
     void write_move(const VolumeToMerge &volume, std::int64_t id);
     void write_findings(const std::vector<VolumeToMerge> &volumes, const Plan &plan);
-    void tell(const std::vector<VolumeToMerge> &volumes, const Plan &plan,
-              std::vector<Merged> *merged);
-    void keep_contradiction(const Contradiction &found, std::int64_t number, Rows *rows) const;
+    std::vector<Ambiguity> ambiguities();
+    std::map<std::int64_t, std::string> paths_of(std::vector<std::int64_t> volumes);
+    void tell(const Plan &plan, std::vector<Merged> *merged);
+    static void keep_finding(const Ambiguity &found, std::int64_t number, std::int64_t other,
+                             Rows *rows);
     void settle();
     void clear();
 

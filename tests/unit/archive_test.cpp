@@ -211,6 +211,20 @@ TEST_F(ArchiveTest, SharesAndExtends)
     merge({put("a.seed", written_on("003")), put("b.seed", more)});
     EXPECT_EQ(rows("select channel from quarl_channel order by 1", 1), "BHZ\nLHZ\n");
     EXPECT_EQ(rows("select count(*) from quarl_row where tablename = 'quarl_epoch'", 1), "3\n");
+    // Two networks may have one code, and two locations of a channel two formats.
+    SoundVolume twin = written_on("003");
+    twin.stations[0].network = "YY";
+    twin.channels[0].location = "10";
+    twin.channels[0].format = 2;
+    twin.dictionaries.emplace_back(30, b030("Steim1 Integer Compression Format", 2, 50, {}));
+    twin.data.clear();
+    twin.series.clear();
+    const std::string told = merge({put("twin.seed", twin)});
+    EXPECT_NE(told.find("QRL: site has one row for the networks 'XX' and 'YY'"), std::string::npos);
+    EXPECT_NE(told.find("QRL BHZ: locations or networks have the formats 'Steim1"),
+              std::string::npos);
+    EXPECT_EQ(rows("select network from quarl_channel where channel = 'BHZ' order by 1", 1),
+              "XX\nYY\n");
     // Two epochs that begin on one day are one row of CSS 3.0, the last.
     SoundVolume day = of_station("DAY");
     day.stations.push_back(day.stations[0]);
