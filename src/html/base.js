@@ -118,7 +118,8 @@ const Page = (() => {
         target.addEventListener("touchmove", event => {
             if (!before || event.touches.length !== 2)
                 return;
-            event.preventDefault();
+            if (event.cancelable)
+                event.preventDefault();
             const now = seen(event);
             act(now.size / before.size, now.x - before.x, now.y - before.y, now);
             before = now;

@@ -178,6 +178,17 @@ class Browser:
                       **({"text": text} if text and kind == "keyDown" else {}))
         self.settle()
 
+    def touch(self, selector, fingers, step):
+        """Fingers at these distances across from an element's middle move, each by so much nine times."""
+        left, top, width, height = self.box(selector)
+        self.settle()
+        for i in range(10):
+            points = [{"x": left + width / 2 + at + i * dx, "y": top + height / 2 + i * dy, "id": n}
+                      for n, (at, (dx, dy)) in enumerate(zip(fingers, step))]
+            self.call("Input.dispatchTouchEvent", type="touchMove" if i else "touchStart", touchPoints=points)
+        self.call("Input.dispatchTouchEvent", type="touchEnd", touchPoints=[])
+        self.settle()
+
     def screenshot(self, path, whole=False):
         data = self.call("Page.captureScreenshot", format="png", captureBeyondViewport=whole)["data"]
         pathlib.Path(path).write_bytes(base64.b64decode(data))

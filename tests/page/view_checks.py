@@ -39,9 +39,20 @@ def check_phone(browser, page):
                              ".map(e => [e.getBoundingClientRect(), e.outerHTML.slice(0, 80)])"
                              ".filter(([box]) => box.width > 0 && box.height < 24).map(([, shown]) => shown)")
     equal("small targets", small, [])
-    for selector in (".frame", "svg.map"):
-        equal(f"fingers on {selector}", browser.evaluate(f"getComputedStyle(document.querySelector('{selector}')).touchAction"),
-              "pan-x pan-y")
+    browser.call("Emulation.setTouchEmulationEnabled", enabled=True, maxTouchPoints=2)
+    for selector, view in ((".rows-scroll", "JSON.stringify(document.querySelector('.rows-scroll').dataset)"),
+                           ("svg.map", "document.querySelector('.graticule').getAttribute('d')")):
+        browser.box(selector)
+        browser.settle()
+        before, top = browser.evaluate(view), browser.evaluate("scrollY")
+        browser.touch(selector, [0], [(0, -10)])
+        equal(f"{selector} under one finger", browser.evaluate(view), before)
+        assert browser.evaluate("scrollY") > top + 40, f"a finger on {selector} does not scroll the page"
+        before = browser.evaluate(view)
+        browser.touch(selector, [-20, 20], [(-6, 0), (6, 0)])
+        assert browser.evaluate(view) != before, f"two fingers do not move {selector}"
+    equal("messages", browser.messages, [])
+    browser.call("Emulation.setTouchEmulationEnabled", enabled=False)
     browser.resize(1280, 900)
 
 
