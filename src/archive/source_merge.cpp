@@ -187,7 +187,10 @@ std::vector<Contradiction> SourceMerge::contradictions()
             " from (select n.seq, n.volid, o.volid as other, m.wins" + inner +
             ", row_number() over (partition by n.seq order by o.wins desc, o.written desc,"
             " o.volid, o.{ID} desc) as place from new_{S} n cross join {S} m cross join {S} o"
-            " where m.digest = n.digest and {o.KEY = n.KEY} and o.{ID} <> m.{ID}) c"
+            " where m.digest = n.digest and {o.KEY = n.KEY} and o.{ID} <> m.{ID}"
+            // Of two that come at the same time, the second one tells.
+            " and (o.volid < n.volid or not exists"
+            " (select 1 from new_{S} x where x.digest = o.digest))) c"
             " where c.place = 1 order by c.seq"),
         3 + 2 * source_.told);
     for (std::size_t row = 0; row < rows.count(); ++row)
@@ -220,6 +223,8 @@ Contradiction SourceMerge::read_contradiction(const TextRows &rows, std::size_t 
                               : column.name == "starttime" ? " "
                                                            : "_") +
                              (mine == column.missing ? "" : shown(column, mine));
+        } else if (column.name == "response" && mine != others) {
+            found.told += (found.told.empty() ? "" : ", ") + std::string("another response");
         } else if (mine != others) {
             found.told += (found.told.empty() ? "" : ", ") + column.name + " " +
                           shown(column, mine) + " here, " + shown(column, others);
