@@ -5,7 +5,7 @@ const Strips = (() => {
     const FEW = 200; // strips that stand there without being asked for
     const DOTTED = 6; // pixels between samples from which each is a dot
     const part = {};
-    const strips = []; // {index, figure, canvas, isInSight}
+    const strips = new Map(); // of each figure: {index, canvas, isInSight}
     let shown = null; // what the timeline has in view
     let matches = () => true;
     let most = FEW;
@@ -98,7 +98,7 @@ const Strips = (() => {
     }
 
     const redraw = Page.onFrame(() => {
-        for (const strip of shown ? strips : [])
+        for (const strip of shown ? strips.values() : [])
             if (strip.isInSight)
                 draw(strip);
     });
@@ -156,9 +156,9 @@ const Strips = (() => {
         const canvas = Page.element("canvas", {class: "wave", role: "img", "aria-label": `Samples of ${Text.channel(channel)}: ${text}`});
         const figure = Page.element("figure", {class: "strip", "data-channel": index},
             Page.element("figcaption", {}, Page.element("b", {}, Text.channel(channel)), ` ${text}`), canvas);
-        const strip = {index, figure, canvas, isInSight: false};
+        const strip = {index, canvas, isInSight: false};
         listen(strip);
-        strips.push(strip);
+        strips.set(figure, strip);
         sight.observe(figure);
         return figure;
     }
@@ -166,7 +166,7 @@ const Strips = (() => {
     // Puts up the strips that were found, as many as are wanted.
     function fill() {
         part.sight.disconnect();
-        strips.length = 0;
+        strips.clear();
         const found = part.channels.filter(matches);
         part.list.replaceChildren(...found.slice(0, most).map(index => make(index, part.sight)));
         part.rest.replaceChildren();
@@ -191,7 +191,7 @@ const Strips = (() => {
         }
         part.sight = new IntersectionObserver(entries => {
             for (const entry of entries) {
-                const strip = strips.find(({figure}) => figure === entry.target);
+                const strip = strips.get(entry.target);
                 if (strip)
                     strip.isInSight = entry.isIntersecting;
             }
@@ -208,7 +208,7 @@ const Strips = (() => {
         });
         window.matchMedia("(prefers-color-scheme: dark)").addEventListener("change", redraw);
         window.addEventListener("beforeprint", () => {
-            for (const strip of strips)
+            for (const strip of strips.values())
                 draw(strip);
         });
     }
