@@ -85,9 +85,9 @@ bool FindingRows::link(const Target &target, std::string_view text)
 void FindingRows::row(const Finding &finding)
 {
     const std::string text = text_of(finding);
-    page_.put("<li><small>record ");
+    page_.put("<li><span>record ");
     page_.number(finding.record);
-    page_.put("</small> ");
+    page_.put("</span> ");
     const bool is_link = link(targets_.find(finding.told.subject), text);
     page_.text(notation_.put(finding.told.subject));
     if (is_link)

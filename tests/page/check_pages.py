@@ -22,7 +22,7 @@ sys.path.insert(0, str(HERE.parent / "json"))
 from volumes import REAL, run, volumes  # noqa: E402
 
 TAGS = set("html head meta title style body header h1 h2 dl div dt dd svg rect ul li table caption span thead "
-           "tbody tr th td nav a main section small p details summary b noscript script".split())
+           "tbody tr th td nav a main section p details summary b noscript script".split())
 
 
 class Page(html.parser.HTMLParser):
