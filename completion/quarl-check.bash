@@ -13,9 +13,12 @@ _quarl_check()
         COMPREPLY=($(compgen -P "$before" -W "$(quarl-check --list 2>/dev/null | cut -d ' ' -f 1)" -- "${current##*,}"))
         compopt -o nospace 2>/dev/null
         return ;;
+    --baseline)
+        COMPREPLY=($(compgen -f -- "$current"))
+        return ;;
     esac
     case $current in
-    -*) COMPREPLY=($(compgen -W $'-h\n-V\n--rules\n--ignore\n--json\n--list\n--help\n--version' -- "$current")) ;;
+    -*) COMPREPLY=($(compgen -W $'-h\n-V\n--rules\n--ignore\n--baseline\n--summary\n--json\n--list\n--help\n--version' -- "$current")) ;;
     *) COMPREPLY=($(compgen -f -- "$current")) ;;
     esac
 }

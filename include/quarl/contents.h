@@ -191,8 +191,10 @@ struct DataOverlap {
 struct Occurrences {
     std::int64_t count = 0;
     std::int64_t record = 0;
-    double from = 0.0; ///< what was there before ends, or starts, here
+    double from = 0.0; ///< what was there before starts here; of an overlap: what both share ends
     double to = 0.0;   ///< what comes next starts here
+    double largest = 0.0; ///< of overlaps, seconds
+    double sum = 0.0;     ///< the same of all
 };
 
 /// The data of a channel.

@@ -23,6 +23,20 @@ struct LogicalRecord {
     bool follows_full = false;    ///< the record before had no room for another blockette's prefix
 };
 
+/// What the reading passed over, where it goes on behind damage.
+struct PassedOver {
+    enum class Why {
+        header,       ///< no header of a logical record stands where one should
+        continuation, ///< the record does not go on with the blockette that began before it
+        blockette     ///< no blockette begins where one should
+    };
+    Why why = Why::header;
+    Place place;                 ///< where it begins, and in which logical record
+    int type = -1;               ///< of the blockette that was given up
+    std::array<char, 8> bytes{}; ///< the first ones, as far as there are as many
+    std::int64_t count = 0;      ///< bytes
+};
+
 /// All may be left out. The functions are called while an item is asked for, in the same thread,
 /// and may not ask the same volume for another. One that throws ends the volume.
 struct VolumeOptions {
@@ -49,6 +63,12 @@ struct VolumeOptions {
     /// no message but Item::bad. And take a negative count of a list for a bad field, where the
     /// listing ends with an Error.
     bool unlisted = true;
+
+    /// Go on behind damage where the framing of a listing reads one thing for another: behind a
+    /// record that is missing or no record, from where blockettes or records can be told again.
+    bool recover = false;
+    /// Gets what was passed over so.
+    std::function<void(const PassedOver &)> passed_over = {};
 
     /// Gets each message; when it is empty, messages go to standard error.
     std::function<void(const Message &)> message = {};

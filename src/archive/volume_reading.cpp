@@ -32,6 +32,12 @@ bool is_fill(const std::array<char, 8> &header)
                        [](char c) { return c == ' ' || c == '\0' || c == '\n'; });
 }
 
+/// What a finding is about and says, as the database has it.
+struct FoundText {
+    std::string subject;
+    std::string text;
+};
+
 double share(std::int64_t part, std::int64_t all)
 {
     return all > 0 ? static_cast<double>(part) / static_cast<double>(all) : 0.0;
@@ -53,7 +59,7 @@ struct VolumeReading::Work {
     }
 
     void add_finding(VolumeRows *rows, std::string_view rule, std::string_view severity,
-                     const Told &told, std::int64_t record = 0, std::int64_t more = 0);
+                     const FoundText &told, std::int64_t record = 0, std::int64_t more = 0);
     void add_findings(VolumeRows *rows);
     [[nodiscard]] RowText facts(const StatementRows &statements) const;
 
@@ -146,7 +152,7 @@ RowText VolumeReading::Work::facts(const StatementRows &statements) const
 }
 
 void VolumeReading::Work::add_finding(VolumeRows *rows, std::string_view rule,
-                                      std::string_view severity, const Told &told,
+                                      std::string_view severity, const FoundText &told,
                                       std::int64_t record, std::int64_t more)
 {
     RowText row;
@@ -160,9 +166,10 @@ void VolumeReading::Work::add_findings(VolumeRows *rows)
 {
     for (const Finding &finding : checker->take(&inventory)) {
         const Rule &rule = all_rules()[finding.rule];
-        ++severities[static_cast<std::size_t>(rule.severity)];
-        add_finding(rows, rule.name, name_of(rule.severity),
-                    {finding.told.subject, text_of(finding)}, finding.record, finding.more);
+        ++severities[static_cast<std::size_t>(severity_of(finding))];
+        add_finding(rows, rule.name, name_of(severity_of(finding)),
+                    {text_of(finding.told.subject, finding.record), text_of(finding)},
+                    finding.record, finding.more);
     }
 }
 

@@ -1,5 +1,8 @@
 #include "check/checker.h"
 
+#include "blockette/msd.h"
+#include "platform/text.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -8,12 +11,6 @@ namespace quarl
 
 namespace
 {
-
-bool is_blank(const LogicalRecord &record)
-{
-    return std::all_of(record.header.begin(), record.header.end(),
-                       [](char c) { return c == ' ' || c == '\0' || c == '\n'; });
-}
 
 /// Complaints about the fields of a blockette, and about the end of the input.
 bool is_about_item(MessageKind kind)
@@ -33,10 +30,17 @@ bool is_about_item(MessageKind kind)
 }
 
 /// What a data record holds of a series that ends in it.
-SeriesSeen::End end_of(const blk_dh_t &header)
+SeriesSeen::End end_of(const DataSeen &data)
 {
-    const double length = header.samp_rate > 0 ? header.nsamps / header.samp_rate : 0.0;
-    return {true, header.epoch, header.epoch + length, header.samp_rate};
+    SeriesSeen::End end;
+    end.met = true;
+    end.start = end.end = data.header.epoch;
+    end.rate = data.rate;
+    if (data.times && data.rate > 0.0) {
+        end.start = seconds(data.times->start);
+        end.end = seconds(data.times->next);
+    }
+    return end;
 }
 
 std::string one_line(std::string_view text)
@@ -56,6 +60,7 @@ Checker::Checker(const Chosen &chosen, bool keeps_responses)
             continue;
         ask(all_rules()[rule].check, rule);
         ask(all_rules()[rule].other, rule);
+        ask(all_rules()[rule].third, rule);
     }
     begin();
 }
@@ -69,6 +74,14 @@ void Checker::begin()
     refers_ = false;
     deferred_.clear();
     series_ = {};
+    is_open_ = is_broken_ = any_record_ = false;
+    attachment_ = {};
+    input_ = {};
+    marked_.reset();
+    broken_.reset();
+    placed_in_ = copy_ = 0;
+    read_ = read_before_ = {};
+    last_look_ = HeaderLook::sound;
 }
 
 void Checker::ask(const Check &check, std::size_t rule)
@@ -86,12 +99,6 @@ template <class T> void Checker::add(Look<T> function, std::size_t rule)
     std::get<std::vector<Asked<T>>>(asked_).push_back({function, Report(&findings_, rule)});
 }
 
-template <class T> void Checker::look(const T &at) const
-{
-    for (const Asked<T> &asked : std::get<std::vector<Asked<T>>>(asked_))
-        asked.look(*context_, at, asked.report);
-}
-
 void Checker::hear(const Message &message)
 {
     if (message.kind == MessageKind::formats_differ)
@@ -99,17 +106,6 @@ void Checker::hear(const Message &message)
     constexpr std::size_t Enough = 4;
     if (is_about_item(message.kind) && context_->complaints.size() < Enough)
         context_->complaints.push_back(one_line(full_text(message)));
-}
-
-void Checker::enter(const LogicalRecord &record)
-{
-    if (is_blank(record))
-        return;
-    static constexpr std::string_view Headers = "VAST";
-    context_->has_headers |= Headers.find(record.place.type_code) != std::string_view::npos;
-    look(record);
-    context_->before = record;
-    context_->has_before = true;
 }
 
 void Checker::add(const Item &item)
@@ -125,14 +121,26 @@ void Checker::add(const Item &item)
 void Checker::add_data(const Item &item, const blk_dh_t &header)
 {
     Inventory &inventory = context_->inventory;
+    tell_pending();
     inventory.add(item);
+    any_record_ = true;
+    is_open_ = false;
     const DataChannel &channel = *inventory.data_channel();
+    const DataRefinement more = item.data_blockettes().refinement();
+    const DataSeen data{item,
+                        header,
+                        item.place().record,
+                        channel,
+                        inventory.data_epoch(),
+                        more.sample_rate > 0.0 ? more.sample_rate : header.samp_rate,
+                        data_times(header, more)};
     if (!series_.is_empty())
-        series_.meet(item.place().sequence_number, channel.code, end_of(header));
-    look(DataSeen{header, item.place().record, channel, inventory.data_epoch()});
+        series_.meet(item.place().sequence_number, channel.code, end_of(data));
+    look(data);
+    context_->before.length = header.length; // has turned out
 }
 
-std::string Checker::subject(const Item &item) const
+Subject Checker::subject(const Item &item) const
 {
     const bool of_channel = item.type() >= 52 && item.type() <= 62;
     const bool of_station = item.type() == 50 || item.type() == 51;
@@ -140,31 +148,70 @@ std::string Checker::subject(const Item &item) const
     if (of_channel && !inventory.channel_epochs().empty())
         return subject_of(inventory, inventory.channel_epochs().back());
     if (of_station && !inventory.station_epochs().empty())
-        return inventory.station_of(inventory.station_epochs().back()).code.text();
-    return formatted<"blockette %03d">(item.type());
+        return about::Station{inventory.station_of(inventory.station_epochs().back()).code};
+    return about::Blockette{item.type()};
+}
+
+/// Numbers the item among those of its type in its record, and finds what it describes.
+void Checker::place(const Item &item)
+{
+    context_->number_in_record = ++types_placed_[item.type()];
+    context_->describes = [this, &item] {
+        const Subject about = subject(item);
+        return std::holds_alternative<about::Blockette>(about) ? std::string() : text_of(about, 0);
+    };
+}
+
+/// What later items need to know of this one.
+void Checker::note_item(const Item &item)
+{
+    constexpr int First = 10;
+    constexpr int Last = 62;
+    const int type = item.type();
+    context_->has_headers |= item.record() && type >= First && type <= Last;
+    any_record_ |= item.record() != nullptr;
+    ++context_->control_items;
+    context_->identifiers += type == 5 || type == 8 || type == 10;
+    if (type == blk_050_t::Number || type == blk_052_t::Number)
+        context_->last_station_item = type;
+    if (const auto *index = item.get<blk_011_t>())
+        for (int i = 0; i < index->num_stn_held; ++i)
+            attachment_.add_station(index->seq_num[i]);
+    if (item.get<blk_074_t>())
+        series_.add(context_->inventory.series_index().back());
+    if (item.bad() && type >= blk_052_t::Number && type <= Last)
+        break_epoch(item.place().record);
+    context_->in_step = true;
 }
 
 void Checker::add_control(const Item &item)
 {
     Inventory &inventory = context_->inventory;
+    const auto *end = item.get<FileEnd>();
+    tell_pending();
+    const bool copy = !end && is_copy(item);
+    if (std::exchange(placed_in_, item.place().record) != item.place().record)
+        types_placed_.clear();
+    if (copy || (!end && !attachment_.takes(item.type())))
+        return;
+    if (end && end->cut) {
+        context_->cut = context_->headers_lost = true;
+        break_epoch(item.place().record);
+    }
+    is_open_ &= item.type() < blk_070_t::Number;
     inventory.add(item);
     end_epoch();
-    if (item.get<blk_052_t>()) {
+    if (item.get<blk_050_t>() || item.get<blk_052_t>()) {
         uses_before_ = uses_.count();
-        refers_ = false;
+        refers_ = is_broken_ = false;
+        is_open_ = item.get<blk_052_t>() && !inventory.channel_epochs().empty();
     }
     refers_ |= item.type() == blk_060_t::Number;
+    place(item);
     uses_.see(item, inventory, [&] { return subject(item); });
     look(item);
-    if (item.get<FileEnd>())
-        return;
-    context_->has_headers = true;
-    ++context_->control_items;
-    context_->identifiers += item.type() == 5 || item.type() == 8 || item.type() == 10;
-    if (item.type() == blk_050_t::Number || item.type() == blk_052_t::Number)
-        context_->last_station_item = item.type();
-    if (item.get<blk_074_t>())
-        series_.add(inventory.series_index().back());
+    if (!end)
+        note_item(item);
 }
 
 /// The units that a channel epoch and its response refer to.
@@ -184,10 +231,17 @@ void Checker::note_units(const ChannelEpoch &epoch)
 void Checker::look_at_epoch(const ChannelEpoch &epoch)
 {
     const Inventory &inventory = context_->inventory;
+    if (!(epoch.start < epoch.end))
+        return; // is told, and no more is judged
     note_units(epoch);
     look(epoch);
-    if (!epoch.response.stages.empty() && !is_log(inventory, epoch))
-        look(ResponseSeen(inventory, epoch, &room_));
+    if (epoch.response.stages.empty() || context_->damaged.contains(&epoch) ||
+        is_log(inventory, epoch))
+        return;
+    const ResponseSeen seen(inventory, epoch, &room_);
+    look(StagesSeen{seen});
+    if (!seen.has_repeated())
+        look(seen);
 }
 
 /// Looks at the channel epoch that has ended while it is at hand, and lets its response go when
@@ -212,6 +266,15 @@ std::vector<Finding> Checker::take(Inventory *taken)
 {
     const Inventory &inventory = context_->inventory;
     context_->inventory.finish();
+    if (!any_record_) {
+        (void)findings_.take();
+        look(input_);
+        if (taken)
+            *taken = std::move(context_->inventory);
+        begin();
+        return findings_.take();
+    }
+    tell_pending();
     end_epoch();
     context_->uses = uses_.take();
     context_->series = series_.seen();

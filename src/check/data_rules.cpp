@@ -11,36 +11,85 @@ namespace quarl
 namespace
 {
 
-std::string subject_of(const DataSeen &data)
+about::Channel subject_of(const DataSeen &data)
 {
-    return data.channel.code.text() + " " + data.header.start_time;
+    return {data.channel.code, data.header.start_time};
+}
+
+/// How far an epoch is from a time: below 0 when the epoch is over.
+double away(const ChannelEpoch &epoch, double time)
+{
+    return time < epoch.start ? epoch.start - time : std::min(epoch.end - time, 0.0);
+}
+
+/// Where the epochs are that do not describe the data.
+Told undescribed(const Context &context, const DataSeen &data)
+{
+    const Inventory &inventory = context.inventory;
+    const double time = seconds(data.times->start);
+    const ChannelEpoch *nearest = nullptr;
+    for (const Channel &channel : inventory.channels()) {
+        const ChannelCode &code = channel.code;
+        const ChannelCode &of = data.channel.code;
+        if (code.station() != of.station() || code.location() != of.location() ||
+            code.channel() != of.channel() ||
+            (code.network() != of.network() && !code.network().empty() && !of.network().empty()))
+            continue;
+        for (const std::size_t index : channel.epochs) {
+            const ChannelEpoch &epoch = inventory.channel_epochs()[index];
+            if (epoch.start < epoch.end &&
+                (!nearest || std::abs(away(epoch, time)) < std::abs(away(*nearest, time))))
+                nearest = &epoch;
+        }
+    }
+    if (!nearest)
+        return {subject_of(data), "no header describes the channel"};
+    const double step = away(*nearest, time);
+    return {subject_of(data),
+            "no channel epoch describes it: the nearest, of " + shown_time(nearest->start) +
+                " to " + shown_time(nearest->end) + (step > 0 ? ", starts " : ", ends ") +
+                duration_text(std::abs(step)) + (step > 0 ? " behind it" : " before it"),
+            "no channel epoch"};
 }
 
 void data_undescribed(const Context &context, const DataSeen &data, const Report &report)
 {
-    if (!context.has_headers || data.epoch || !data_times(data.header))
+    if (context.inventory.channel_epochs().empty() || data.epoch || !data.times ||
+        context.headers_lost)
         return;
-    report(data.record, data.channel.code.text(), [&] {
-        return Told{subject_of(data), "no channel epoch describes it"};
-    });
+    report(data.record, data.channel.code.text(), [&] { return undescribed(context, data); });
 }
 
 void data_rate(const Context & /*context*/, const DataSeen &data, const Report &report)
 {
     constexpr double Part = 1e-4;
-    if (!data.epoch || data.header.nsamps == 0 || data.header.samp_rate == 0.0 ||
-        std::abs(data.header.samp_rate - data.epoch->sample_rate) <=
-            Part * std::abs(data.epoch->sample_rate))
+    if (!data.epoch || data.header.nsamps == 0 || data.rate == 0.0 ||
+        std::abs(data.rate - data.epoch->sample_rate) <= Part * std::abs(data.epoch->sample_rate))
         return;
     report(data.record, data.channel.code.text(), [&] {
-        return Told{subject_of(data), "sample rate " + shown(data.header.samp_rate) +
-                                          " Hz, its epoch's is " + shown(data.epoch->sample_rate) +
-                                          " Hz"};
+        return Told{subject_of(data), "sample rate " + shown(data.rate) + " Hz, its epoch's is " +
+                                          shown(data.epoch->sample_rate) + " Hz"};
     });
 }
 
-void data_length(const Context & /*context*/, const DataSeen &data, const Report &report)
+/// A listing takes the 8 bytes behind such a record for a part of its header.
+void data_too_short(const Context & /*context*/, const DataSeen &data, const Report &report)
 {
+    constexpr int Read = 136;
+    if (data.header.length < Read)
+        report(data.record, "short", [&] {
+            Told told{about::Channel{data.channel.code},
+                      "has records of " + std::to_string(data.header.length) +
+                          " bytes, less than the 136 that quarl(1) reads of one at least: its "
+                          "listing is off there"};
+            told.severity = Severity::note;
+            return told;
+        });
+}
+
+void data_length(const Context &context, const DataSeen &data, const Report &report)
+{
+    data_too_short(context, data, report);
     if (!data.epoch || data.header.length == data.epoch->record_length)
         return;
     report(data.record, data.channel.code.text(), [&] {
@@ -86,53 +135,120 @@ void data_format(const Context &context, const DataSeen &data, const Report &rep
     });
 }
 
-void data_time(const Context & /*context*/, const DataSeen &data, const Report &report)
+/// What is wrong with the time of a record; empty: nothing.
+std::string fault_of_time(const DataSeen &data)
 {
-    if (data_times(data.header))
-        return;
-    report(data.record, data.channel.code.text(), [&] {
-        return Told{data.channel.code.text(), std::string("starts at ") + data.header.start_time +
-                                                  ", which is no time of the calendar"};
-    });
+    constexpr int Announced = 0x10;
+    constexpr int Leap_Second = 60;
+    const blk_dh_t &header = data.header;
+    if (!data.times)
+        return std::string("starts at ") + header.start_time + ", which is no time of the calendar";
+    const bool may_leap =
+        (header.activity & Announced) != 0
+            ? header.hour == 23 && header.minutes == 59
+            : may_have_leap_second(header.year, header.doy, header.hour, header.minutes);
+    if (header.sec_int == Leap_Second && !may_leap)
+        return std::string("starts at ") + header.start_time +
+               ", a second 60 that is neither announced nor at the end of June or December";
+    return {};
 }
 
-std::string seconds(double time) { return shown(std::round(time * 1e4) / 1e4) + " s"; }
+void data_time(const Context & /*context*/, const DataSeen &data, const Report &report)
+{
+    std::string text = fault_of_time(data);
+    if (!text.empty())
+        report(data.record, data.channel.code.text(), [&] {
+            return Told{about::Channel{data.channel.code}, std::move(text)};
+        });
+}
+
+/// What is wrong with the blockettes of a record; empty: nothing.
+std::string fault_of_chain(const DataSeen &data)
+{
+    constexpr int Fixed = 48; ///< bytes of a data record in front of its first blockette
+    const blk_dh_t &header = data.header;
+    const DataBlockettes &chain = data.item.data_blockettes();
+    const int counted = header.blks_fol & 0xFF;
+    const int begin = header.beg_data & 0xFFFF;
+    if (!chain.remark.empty())
+        return chain.remark;
+    if (chain.list.size() != static_cast<std::size_t>(counted))
+        return "its header counts " + std::to_string(counted) + " blockette" +
+               (counted == 1 ? "" : "s") + ", " + std::to_string(chain.list.size()) +
+               (chain.list.size() == 1 ? " is there" : " are there");
+    if (header.nsamps == 0)
+        return {};
+    const int behind = chain.list.empty()
+                           ? Fixed
+                           : chain.list.back().offset + static_cast<int>(chain.list.back().size);
+    if (begin < behind)
+        return "its data begin at byte " + std::to_string(begin) + ", its headers end at byte " +
+               std::to_string(behind);
+    if (begin >= header.length)
+        return "its data begin at byte " + std::to_string(begin) + ", it has " +
+               std::to_string(header.length) + " bytes";
+    return {};
+}
+
+void blockette_chain(const Context & /*context*/, const DataSeen &data, const Report &report)
+{
+    std::string text = fault_of_chain(data);
+    if (!text.empty())
+        report(data.record, data.channel.code.text(), [&] {
+            return Told{subject_of(data), std::move(text), "blockette chain"};
+        });
+}
 
 void data_order(const Context & /*context*/, const DataChannel &channel, const Report &report)
 {
     const Occurrences &back = channel.steps_back;
     if (back.count > 0)
-        report.counted(back.record, channel.code.text() + " " + time_text(back.to),
-                       "starts " + seconds(back.from - back.to) +
+        report.counted(back.record, about::Channel{channel.code, time_text(back.to)},
+                       "starts " + duration_text(back.from - back.to) +
                            " before the record in front of it",
                        back.count - 1);
+}
+
+/// What stands behind the number of further gaps or overlaps.
+std::string of_all(double largest, double sum)
+{
+    return ", the largest of " + duration_text(largest) + ", " + duration_text(sum) + " in all";
 }
 
 void data_gap(const Context & /*context*/, const DataChannel &channel, const Report &report)
 {
     if (channel.spans.size() < 2)
         return;
-    const DataSpan *first = &channel.spans[1]; ///< the first in the volume of those behind a gap
-    double before = channel.spans[0].end;
-    for (std::size_t i = 2; i < channel.spans.size(); ++i)
-        if (channel.spans[i].record < first->record) {
-            first = &channel.spans[i];
-            before = channel.spans[i - 1].end;
-        }
-    report.counted(first->record, channel.code.text() + " " + time_text(before),
-                   "a gap of " + seconds(first->start - before) + ", until " +
-                       time_text(first->start),
+    std::size_t first = 1; ///< the first in the volume of those behind a gap
+    double largest = 0.0;
+    double sum = 0.0;
+    for (std::size_t i = 1; i < channel.spans.size(); ++i) {
+        const double gap = channel.spans[i].start - channel.spans[i - 1].end;
+        largest = std::max(largest, gap);
+        sum += gap;
+        if (channel.spans[i].record < channel.spans[first].record)
+            first = i;
+    }
+    const double before = channel.spans[first - 1].end;
+    const DataSpan &behind = channel.spans[first];
+    Told told{about::Channel{channel.code, time_text(before)},
+              "a gap of " + duration_text(behind.start - before) + ", until " +
+                  time_text(behind.start)};
+    told.rest = of_all(largest, sum);
+    report.counted(behind.record, std::move(told),
                    static_cast<std::int64_t>(channel.spans.size()) - 2);
 }
 
 void data_overlap(const Context & /*context*/, const DataChannel &channel, const Report &report)
 {
     const Occurrences &twice = channel.overlaps;
-    if (twice.count > 0)
-        report.counted(twice.record, channel.code.text() + " " + time_text(twice.to),
-                       "overlaps data up to " + time_text(twice.from) + " by " +
-                           seconds(twice.from - twice.to),
-                       twice.count - 1);
+    if (twice.count == 0)
+        return;
+    Told told{about::Channel{channel.code, time_text(twice.to)},
+              "overlaps other data by " + duration_text(twice.from - twice.to) + ", up to " +
+                  time_text(twice.from)};
+    told.rest = of_all(twice.largest, twice.sum);
+    report.counted(twice.record, std::move(told), twice.count - 1);
 }
 
 constexpr std::array Rules = {
@@ -148,6 +264,10 @@ constexpr std::array Rules = {
          "records", Look<DataSeen>(data_format)},
     Rule{"data-time", Severity::error, "the time of a data record is one of the calendar",
          "records", Look<DataSeen>(data_time)},
+    Rule{"blockette-chain", Severity::error,
+         "the blockettes of a data record lie in it one behind the other, as many as its header "
+         "says, and its data behind them",
+         "records", Look<DataSeen>(blockette_chain)},
     Rule{"data-order", Severity::note, "records of a channel come in order of time", "records",
          Look<DataChannel>(data_order)},
     Rule{"data-gap", Severity::note, "records of a channel join, to half a sample", "gaps",

@@ -21,22 +21,24 @@ void station_epoch(const Context &context, const Station &station, const Report 
         const StationEpoch &epoch = context.inventory.station_epochs()[index];
         if (!(epoch.start < epoch.end))
             report(epoch.record, station.code.text(), [&] {
-                return Told{station.code.text(), "an epoch of " +
-                                                     span_text(epoch.start, epoch.end) +
-                                                     " does not start before it ends"};
+                return Told{subject_of(context.inventory, epoch),
+                            "an epoch of " + span_text(epoch.start, epoch.end) +
+                                " does not start before it ends"};
             });
     }
 }
 
-void channel_epoch(const Context &context, const ChannelEpoch &epoch, const Report &report)
+void channel_epoch(const Context &context, const Channel &channel, const Report &report)
 {
-    if (epoch.start < epoch.end)
-        return;
-    report(epoch.record, context.inventory.channel_of(epoch).code.text(), [&] {
-        return Told{subject_of(context.inventory, epoch), "an epoch of " +
-                                                              span_text(epoch.start, epoch.end) +
-                                                              " does not start before it ends"};
-    });
+    for (const std::size_t index : channel.epochs) {
+        const ChannelEpoch &epoch = context.inventory.channel_epochs()[index];
+        if (!(epoch.start < epoch.end))
+            report(epoch.record, channel.code.text(), [&] {
+                return Told{subject_of(context.inventory, epoch),
+                            "an epoch of " + span_text(epoch.start, epoch.end) +
+                                " does not start before it ends"};
+            });
+    }
 }
 
 /// Pointers to the epochs of a station or channel in order of their starts.
@@ -53,16 +55,29 @@ std::vector<const Epoch *> in_order(const std::vector<std::size_t> &indexes,
     return sorted;
 }
 
+template <class Epoch> std::string overlap_text(const Epoch &epoch, const Epoch &last)
+{
+    const std::string text = "the epoch of " + span_text(epoch.start, epoch.end);
+    if (epoch.start != last.start || epoch.end != last.end)
+        return text + " overlaps that of " + span_text(last.start, last.end);
+    if (epoch.record == last.record)
+        return text + " is there twice, in record " + std::to_string(epoch.record);
+    return text + " is there twice, records " +
+           std::to_string(std::min(epoch.record, last.record)) + " and " +
+           std::to_string(std::max(epoch.record, last.record));
+}
+
 template <class Epoch>
-void find_overlaps(const std::string &subject, const std::vector<const Epoch *> &epochs,
+void find_overlaps(const Subject &subject, const std::vector<const Epoch *> &epochs,
                    const Report &report)
 {
     const Epoch *last = nullptr; ///< the one that ends last of those before
     for (const Epoch *epoch : epochs) {
-        if (last && epoch->start < last->end && epoch->start < epoch->end)
-            report(std::max(epoch->record, last->record), subject, [&] {
-                return Told{subject, "the epoch of " + span_text(epoch->start, epoch->end) +
-                                         " overlaps that of " + span_text(last->start, last->end)};
+        if (!(epoch->start < epoch->end))
+            continue;
+        if (last && epoch->start < last->end)
+            report(std::max(epoch->record, last->record), text_of(subject, 0), [&] {
+                return Told{subject, overlap_text(*epoch, *last)};
             });
         if (!last || epoch->end > last->end)
             last = epoch;
@@ -71,14 +86,14 @@ void find_overlaps(const std::string &subject, const std::vector<const Epoch *> 
 
 void station_epoch_overlap(const Context &context, const Station &station, const Report &report)
 {
-    find_overlaps(station.code.text(), in_order(station.epochs, context.inventory.station_epochs()),
-                  report);
+    find_overlaps(about::Station{station.code},
+                  in_order(station.epochs, context.inventory.station_epochs()), report);
 }
 
 void channel_epoch_overlap(const Context &context, const Channel &channel, const Report &report)
 {
-    find_overlaps(channel.code.text(), in_order(channel.epochs, context.inventory.channel_epochs()),
-                  report);
+    find_overlaps(about::Channel{channel.code},
+                  in_order(channel.epochs, context.inventory.channel_epochs()), report);
 }
 
 struct Covered {
@@ -106,6 +121,8 @@ void channel_outside_station(const Context &context, const Station &station, con
     for (const std::size_t channel : station.channels) {
         for (const std::size_t index : context.inventory.channels()[channel].epochs) {
             const ChannelEpoch &epoch = context.inventory.channel_epochs()[index];
+            if (!(epoch.start < epoch.end))
+                continue;
             const auto next = std::upper_bound(
                 times.begin(), times.end(), epoch.start,
                 [](double start, const Covered &covered) { return start < covered.start; });
@@ -115,7 +132,8 @@ void channel_outside_station(const Context &context, const Station &station, con
             report(epoch.record, context.inventory.channels()[channel].code.text(), [&] {
                 return Told{subject_of(context.inventory, epoch),
                             "an epoch of " + span_text(epoch.start, epoch.end) +
-                                ", its station's is of " + span_text(near.start, near.end)};
+                                ", its station's is of " + span_text(near.start, near.end),
+                            "outside"};
             });
         }
     }
@@ -125,7 +143,7 @@ constexpr std::array Rules = {
     Rule{"station-epoch", Severity::error, "a station epoch starts before it ends", "epochs",
          Look<Station>(station_epoch)},
     Rule{"channel-epoch", Severity::error, "a channel epoch starts before it ends", "epochs",
-         Look<ChannelEpoch>(channel_epoch)},
+         Look<Channel>(channel_epoch)},
     Rule{"station-epoch-overlap", Severity::error, "epochs of one station do not overlap", "epochs",
          Look<Station>(station_epoch_overlap)},
     Rule{"channel-epoch-overlap", Severity::error, "epochs of one channel do not overlap", "epochs",

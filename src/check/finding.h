@@ -5,9 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
+#include <quarl/contents.h>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace quarl
@@ -17,10 +20,59 @@ enum class Severity { error, warning, note };
 
 std::string_view name_of(Severity severity);
 
+/// What a finding may be about. Indexes are those of the inventory.
+namespace about
+{
+
+struct Volume {
+};
+/// The logical record at which it is found.
+struct Record {
+};
+/// Of a station, or without one. `number` tells which of its type in the logical record it is, from
+/// 1; 0 when it is the only one.
+struct Blockette {
+    int type = 0;
+    int number = 0;
+    std::string of = {}; ///< codes of the channel or station that it describes
+};
+struct Station {
+    ChannelCode code;
+    double time = Always; ///< start of an epoch
+};
+struct Channel {
+    ChannelCode code;
+    std::string time = {}; ///< of data, as text; empty: the channel as a whole
+};
+struct Epoch {
+    ChannelCode code;
+    double start = Always;
+    std::size_t index = 0; ///< among the channel epochs
+    int stage = 0;         ///< the first one concerned; 0: none
+};
+struct Unit {
+    int code = 0;
+};
+
+} // namespace about
+
+using Subject = std::variant<about::Volume, about::Record, about::Blockette, about::Station,
+                             about::Channel, about::Epoch, about::Unit>;
+
+/// "IU_ANMO_00_BHZ 2018,191", "blockette 052", "volume", "record 7".
+std::string text_of(const Subject &subject, std::int64_t record);
+
 /// What a finding is about and what it says.
 struct Told {
-    std::string subject; ///< "IU_ANMO_00_BHZ 2018,191", "blockette 052", "volume"
-    std::string text;    ///< both values that disagree, with units, and what was expected
+    Subject subject;
+    std::string text; ///< both values that disagree, with units, and what was expected
+    /// Findings of a rule with the same kind at several channels of a station are told as one;
+    /// empty: those with the same text.
+    std::string kind = {};
+    /// Another one than the rule's.
+    std::optional<Severity> severity = {};
+    /// Stands behind the number of further ones: ", the largest of 3 s".
+    std::string rest = {};
 };
 
 struct Finding {
@@ -50,7 +102,8 @@ public:
             known->more += more + 1;
     }
 
-    /// All of them in order of records; there are none left.
+    /// All of them in order of records, those of several channels of a station joined; there are
+    /// none left.
     std::vector<Finding> take();
 
 private:

@@ -12,31 +12,10 @@ namespace quarl
 namespace
 {
 
-struct DictionaryName {
-    Dictionary dictionary;
-    std::string_view name;
-};
-
-std::string_view name_of(Dictionary dictionary)
-{
-    static constexpr std::array Names = {
-        DictionaryName{Dictionary::data_formats, "data format (030)"},
-        DictionaryName{Dictionary::comments, "comment (031)"},
-        DictionaryName{Dictionary::sources, "cited source (032)"},
-        DictionaryName{Dictionary::abbreviations, "abbreviation (033)"},
-        DictionaryName{Dictionary::units, "unit (034)"},
-        DictionaryName{Dictionary::responses, "response (041-048)"},
-    };
-    const auto *found = std::find_if(Names.begin(), Names.end(), [&](const DictionaryName &row) {
-        return row.dictionary == dictionary;
-    });
-    return found == Names.end() ? "code" : found->name;
-}
-
 void undefined_code(const Context &context, const Context &, const Report &report)
 {
     for (const PendingUse &use : context.uses) {
-        if (context.inventory.entry(use.dictionary, use.code))
+        if (context.headers_lost || context.inventory.entry(use.dictionary, use.code))
             continue;
         const std::string text = formatted<"blockette %03d">(use.type) + " uses " +
                                  std::string(name_of(use.dictionary)) + " " +
@@ -48,7 +27,7 @@ void undefined_code(const Context &context, const Context &, const Report &repor
 void code_redefined(const Context &context, const Context &, const Report &report)
 {
     for (const Redefinition &again : context.inventory.redefinitions())
-        report(again.record, "volume",
+        report(again.record, about::Volume{},
                std::string(name_of(again.dictionary)) + " " + std::to_string(again.code) + " is " +
                    quoted(again.before) + " and, from here on, " + quoted(again.after));
 }
@@ -57,7 +36,8 @@ void instrument_missing(const Context &context, const ChannelEpoch &epoch, const
 {
     const DictionaryEntry *instrument =
         context.inventory.entry(Dictionary::abbreviations, epoch.instrument);
-    if (epoch.instrument != 0 && (!instrument || !blank(instrument->text)))
+    if (context.headers_lost ||
+        (epoch.instrument != 0 && (!instrument || !blank(instrument->text))))
         return;
     report(epoch.record, context.inventory.channel_of(epoch).code.text(), [&] {
         return Told{subject_of(context.inventory, epoch),
@@ -80,7 +60,8 @@ void check_code(std::string_view code, std::size_t least, std::size_t most, std:
     if (is_code(code, least, most))
         return;
     report(record, of.text(), [&] {
-        return Told{quoted(of.text()).substr(1, quoted(of.text()).size() - 2),
+        const bool is_channel = !of.channel().empty() || !of.location().empty();
+        return Told{is_channel ? Subject(about::Channel{of}) : Subject(about::Station{of}),
                     "code " + quoted(code) + ", expected " + expected + " of A-Z and 0-9"};
     });
 }
@@ -94,7 +75,7 @@ std::int64_t record_of(const Context &context, const Station &station)
 bool has_networks(const Context &context)
 {
     const VolumeIdentifier &volume = context.inventory.volume();
-    return volume.record == 0 || volume.version >= 2.3;
+    return volume.record == 0 ? !context.has_headers : volume.version >= 2.3;
 }
 
 ChannelCode station_part(const ChannelCode &code) { return {code.network(), code.station()}; }
@@ -179,7 +160,7 @@ void station_position(const Context &context, const Station &station, const Repo
             {{"latitude", epoch.latitude, -90, 90}, {"longitude", epoch.longitude, -180, 180}});
         if (!text.empty())
             report(epoch.record, station.code.text(), [&] {
-                return Told{station.code.text() + " " + time_text(epoch.start), text};
+                return Told{subject_of(context.inventory, epoch), text};
             });
     }
 }
@@ -259,6 +240,39 @@ void orientation_code(const Context &context, const ChannelEpoch &epoch, const R
     });
 }
 
+struct Band {
+    std::string_view letters;
+    double least; ///< samples per second
+    double most;
+};
+
+void band_code(const Context &context, const ChannelEpoch &epoch, const Report &report)
+{
+    static constexpr std::array Bands = {
+        Band{"FG", 1000, 5000}, Band{"CD", 250, 1000}, Band{"EH", 80, 250},
+        Band{"BS", 10, 80},     Band{"M", 1, 10},      Band{"L", 1, 1},
+        Band{"V", 0.1, 0.1},    Band{"U", 0.01, 0.01}, Band{"R", 0.0001, 0.001}};
+    constexpr double Part = 0.05;
+    const std::string_view code = context.inventory.channel_of(epoch).code.channel();
+    if (code.size() != 3 || std::string_view("HLN").find(code[1]) == std::string_view::npos ||
+        epoch.sample_rate == 0.0)
+        return;
+    const auto *band = std::find_if(Bands.begin(), Bands.end(), [&](const Band &row) {
+        return row.letters.find(code[0]) != std::string_view::npos;
+    });
+    if (band == Bands.end() || (epoch.sample_rate >= band->least * (1 - Part) &&
+                                epoch.sample_rate <= band->most * (1 + Part)))
+        return;
+    report(epoch.record, context.inventory.channel_of(epoch).code.text(), [&] {
+        std::string range = shown(band->least);
+        if (band->most > band->least)
+            range += " to " + shown(band->most);
+        return Told{subject_of(context.inventory, epoch),
+                    "a sample rate of " + shown(epoch.sample_rate) + " Hz, band code " +
+                        std::string(1, code[0]) + " is of " + range + " Hz"};
+    });
+}
+
 constexpr std::array Rules = {
     Rule{"undefined-code", Severity::error, "every code that is used is in its dictionary", "uses",
          Look<Context>(undefined_code)},
@@ -287,9 +301,31 @@ constexpr std::array Rules = {
     Rule{"orientation-code", Severity::warning,
          "a seismometer's code that ends with N, E or Z agrees with azimuth and dip, to 5 degrees",
          "epochs", Look<ChannelEpoch>(orientation_code)},
+    Rule{"band-code", Severity::warning,
+         "the band code of a seismometer channel suits its sample rate, to 5 %", "epochs",
+         Look<ChannelEpoch>(band_code)},
 };
 
 } // namespace
+
+std::string_view name_of(Dictionary dictionary)
+{
+    struct Named {
+        Dictionary dictionary;
+        std::string_view name;
+    };
+    static constexpr std::array Names = {
+        Named{Dictionary::data_formats, "data format (030)"},
+        Named{Dictionary::comments, "comment (031)"},
+        Named{Dictionary::sources, "cited source (032)"},
+        Named{Dictionary::abbreviations, "abbreviation (033)"},
+        Named{Dictionary::units, "unit (034)"},
+        Named{Dictionary::responses, "response (041-048)"},
+    };
+    const auto *found = std::find_if(
+        Names.begin(), Names.end(), [&](const Named &row) { return row.dictionary == dictionary; });
+    return found == Names.end() ? "code" : found->name;
+}
 
 std::span<const Rule> header_rules() { return Rules; }
 

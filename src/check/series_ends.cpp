@@ -38,7 +38,7 @@ std::size_t SeriesEnds::open(std::size_t *place)
 
 SeriesEnds::Pointers SeriesEnds::point(int number, const ChannelCode &channel)
 {
-    std::map<ChannelCode, Places> &channels = places_[number];
+    std::map<ChannelCode, Places> &channels = places_[number].channels;
     Places &nameless = channels[without_network(channel)];
     if (channel.network().empty())
         return {open(&nameless.any), None};
@@ -59,15 +59,17 @@ void SeriesEnds::note(std::size_t place, const SeriesSeen::End &data)
 
 void SeriesEnds::meet(int number, const ChannelCode &channel, const SeriesSeen::End &data)
 {
-    const auto channels = places_.find(number);
-    if (channels == places_.end())
+    const auto numbered = places_.find(number);
+    if (numbered == places_.end())
         return;
-    const auto nameless = channels->second.find(without_network(channel));
-    if (nameless == channels->second.end())
+    numbered->second.met = true;
+    const auto &channels = numbered->second.channels;
+    const auto nameless = channels.find(without_network(channel));
+    if (nameless == channels.end())
         return;
     note(nameless->second.any, data);
-    const auto named = channel.network().empty() ? nameless : channels->second.find(channel);
-    if (named != channels->second.end())
+    const auto named = channel.network().empty() ? nameless : channels.find(channel);
+    if (named != channels.end())
         note(named->second.same, data);
 }
 
@@ -86,6 +88,14 @@ std::vector<SeriesSeen> SeriesEnds::seen() const
     all.reserve(entries_.size());
     for (const Entry &entry : entries_)
         all.push_back({entry.entry, joined(entry.first), joined(entry.last)});
+    const auto has = [this](int number) {
+        const auto found = places_.find(number);
+        return found != places_.end() && found->second.met;
+    };
+    for (SeriesSeen &series : all) {
+        series.first.has_record = has(series.entry.first_sequence_number);
+        series.last.has_record = has(series.entry.last_sequence_number);
+    }
     return all;
 }
 

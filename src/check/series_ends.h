@@ -15,7 +15,8 @@ namespace quarl
 struct SeriesSeen {
     /// The data of the channel in the record to which it points.
     struct End {
-        bool met = false; ///< there are any
+        bool met = false;        ///< there are any
+        bool has_record = false; ///< the volume has such a record of data, of whatever channel
         double start = 0.0;
         double end = 0.0;
         double rate = 0.0; ///< of those that end last
@@ -63,7 +64,11 @@ private:
 
     std::vector<Entry> entries_;
     std::vector<SeriesSeen::End> ends_;
-    std::unordered_map<int, std::map<ChannelCode, Places>> places_; ///< by record number
+    struct Numbered {
+        bool met = false;
+        std::map<ChannelCode, Places> channels;
+    };
+    std::unordered_map<int, Numbered> places_; ///< by record number
 };
 
 } // namespace quarl

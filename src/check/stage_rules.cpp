@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quarl
 {
@@ -29,7 +30,7 @@ void response_unwanted(const Context &context, const ChannelEpoch &epoch, const 
 void response_missing(const Context &context, const ChannelEpoch &epoch, const Report &report)
 {
     if (epoch.sample_rate == 0.0 || !epoch.response.stages.empty() ||
-        is_log(context.inventory, epoch))
+        context.damaged.contains(&epoch) || is_log(context.inventory, epoch))
         return;
     report(epoch.record, context.inventory.channel_of(epoch).code.text(), [&] {
         return Told{subject_of(context.inventory, epoch),
@@ -37,6 +38,7 @@ void response_missing(const Context &context, const ChannelEpoch &epoch, const R
     });
 }
 
+/// Until instrument code N came in August 2000, accelerometers were coded L, and many still are.
 void sensor_units(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     const StageSeen *first = seen.first_filter();
@@ -48,8 +50,30 @@ void sensor_units(const Context & /*context*/, const ResponseSeen &seen, const R
     if (unit.empty() || (!velocity && !acceleration) ||
         (velocity ? is_velocity(unit) : is_acceleration(unit)))
         return;
-    seen.tell(report, [&] {
+    if (seen.code[1] == 'L' && is_acceleration(unit))
+        return report(seen.epoch.record, "accelerometers", [&] {
+            return Told{subject_of(seen.inventory, seen.epoch),
+                        "an accelerometer coded L; its instrument code is N today", "coded L",
+                        Severity::note};
+        });
+    seen.tell_at(report, first->number, [&] {
         return "stage 1 takes " + quoted(unit) + ", expected is " + (velocity ? "M/S" : "M/S**2");
+    });
+}
+
+void signal_units(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
+{
+    const StageSeen *first = seen.first_filter();
+    const std::string_view signal = seen.inventory.unit(seen.epoch.signal_units);
+    if (!first || signal.empty())
+        return;
+    const Unit &unit = first->filters.front()->input();
+    const std::string &takes = unit.name;
+    if (takes.empty() || unit.code == seen.epoch.signal_units || is_same_unit(takes, signal))
+        return;
+    seen.tell_at(report, first->number, [&] {
+        return stage_text(*first) + " takes " + quoted(takes) +
+               ", the signal of its channel (052) is in " + quoted(signal);
     });
 }
 
@@ -59,59 +83,94 @@ void unit_name(const Context &context, const Context &, const Report &report)
     for (const auto &[code, user] : context.unit_users)
         if (const DictionaryEntry *unit = inventory.entry(Dictionary::units, code);
             unit && !is_known_unit(unit->text))
-            report(unit->record, "unit (034) " + std::to_string(code),
+            report(unit->record, about::Unit{code},
                    quoted(unit->text) + " is no unit of the standard or the SI; " +
-                       subject_of(inventory, *user) + " uses it");
+                       text_of(subject_of(inventory, *user), 0) + " uses it");
+}
+
+/// What a stage has more than once: "2 filters, 2 gains (058)".
+std::string repeated_parts(const StageSeen &stage)
+{
+    std::string text;
+    const auto add = [&](std::size_t count, const char *what) {
+        if (count > 1)
+            text += (text.empty() ? "" : ", ") + std::to_string(count) + what;
+    };
+    add(stage.filters.size() > 1 ? count_filters(stage) : 1, " filters");
+    add(stage.decimations, " decimations (057)");
+    add(stage.gains, " gains (058)");
+    if (!text.empty())
+        return text;
+    return stage.comes_again ? "comes again" : "";
+}
+
+void stage_repeated(const Context & /*context*/, const StagesSeen &stages, const Report &report)
+{
+    const ResponseSeen &seen = stages.seen;
+    StageFaults faults;
+    bool again = false;
+    const auto look = [&](const StageSeen &stage) {
+        faults.add(stage, repeated_parts(stage));
+        again |= stage.comes_again;
+    };
+    for (const StageSeen &stage : seen.stages)
+        look(stage);
+    look(seen.whole);
+    if (!faults.empty())
+        seen.tell(report, [&] {
+            return faults.text() +
+                   (again ? "; a channel identifier (052) may be missing between them" : "");
+        });
 }
 
 void stage_sequence(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     int expected = 1;
+    std::string text;
     for (const StageSeen &stage : seen.stages) {
-        if (stage.number != expected)
-            return seen.tell(report, [&] {
-                return stage_text(stage) + " stands where stage " + std::to_string(expected) +
-                       " is expected";
-            });
-        ++expected;
+        if (stage.number != expected && text.size() < 100)
+            text += (text.empty() ? "" : ", ") + stage_text(stage) + " stands where stage " +
+                    std::to_string(expected) + " is expected";
+        expected = stage.number + 1;
     }
+    if (!text.empty())
+        seen.tell(report, [&] { return text; });
 }
 
 void stage_units(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     const StageSeen *before = nullptr;
-    for (const StageSeen &stage : seen.stages) {
+    seen.tell_stages(report, [&](const StageSeen &stage) -> std::string {
         if (stage.filters.empty())
-            continue;
+            return {};
+        const StageSeen *last = std::exchange(before, &stage);
         const std::string &takes = stage.filters.front()->input().name;
-        const std::string &gives = before ? before->filters.back()->output().name : takes;
-        if (takes != gives && !takes.empty() && !gives.empty() && upper(takes) != upper(gives))
-            return seen.tell(report, [&] {
-                return stage_text(stage) + " takes " + quoted(takes) + ", " + stage_text(*before) +
-                       " gives " + quoted(gives);
-            });
-        before = &stage;
-    }
+        const std::string &gives = last ? last->filters.back()->output().name : takes;
+        if (takes.empty() || gives.empty() || is_same_unit(takes, gives))
+            return {};
+        return "takes " + quoted(takes) + ", " + stage_text(*last) + " gives " + quoted(gives);
+    });
 }
 
 void stage_incomplete(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
-    for (const StageSeen &stage : seen.stages)
-        if (stage.is_digital() && (!stage.decimation || !stage.gain))
-            return seen.tell(report, [&] {
-                return stage_text(stage) + " is digital and has no " +
-                       (stage.decimation ? "gain (058)" : "decimation (057)");
-            });
+    seen.tell_stages(report, [](const StageSeen &stage) -> std::string {
+        if (!stage.is_digital() || (stage.decimation && stage.gain))
+            return {};
+        return std::string("digital, and has no ") + (stage.decimation ? "gain (058)"
+                                                      : stage.gain
+                                                          ? "decimation (057)"
+                                                          : "decimation (057) and no gain (058)");
+    });
 }
 
 void stage_filterless(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
-    for (const StageSeen &stage : seen.stages)
-        if (stage.decimation && stage.filters.empty())
-            return seen.tell(report, [&] {
-                return stage_text(stage) + " has a decimation from " +
-                       shown(stage.decimation->input_rate) + " Hz and no filter";
-            });
+    seen.tell_stages(report, [](const StageSeen &stage) -> std::string {
+        if (!stage.decimation || !stage.filters.empty())
+            return {};
+        return "a decimation from " + shown(stage.decimation->input_rate) + " Hz and no filter";
+    });
 }
 
 void list_only(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
@@ -130,14 +189,15 @@ void list_only(const Context & /*context*/, const ResponseSeen &seen, const Repo
         });
 }
 
+/// Thermometers and the like may give what they measure.
 void output_units(const Context & /*context*/, const ResponseSeen &seen, const Report &report)
 {
     const StageSeen *last = seen.last_filter();
-    if (!last)
+    if (!last || !is_of_motion(seen.code))
         return;
     const std::string &unit = last->filters.back()->output().name;
     if (!unit.empty() && !is_counts(unit))
-        seen.tell(report, [&] {
+        seen.tell_at(report, last->number, [&] {
             return stage_text(*last) + " is the last and gives " + quoted(unit) +
                    ", expected is COUNTS";
         });
@@ -154,6 +214,13 @@ constexpr std::array Rules = {
     Rule{"unit-name", Severity::warning,
          "the units that channels and responses use are those of the standard and the SI", "units",
          Look<Context>(unit_name)},
+    Rule{"signal-units", Severity::warning,
+         "the first filter of a channel takes the signal units of its 052", "epochs",
+         Look<ResponseSeen>(signal_units)},
+    Rule{"stage-repeated", Severity::error,
+         "a stage has one filter, one 057 and one 058, and does not come again behind a higher "
+         "stage or stage 0",
+         "epochs", Look<StagesSeen>(stage_repeated)},
     Rule{"stage-sequence", Severity::error, "stage numbers begin at 1 and have no hole", "epochs",
          Look<ResponseSeen>(stage_sequence)},
     Rule{"stage-units", Severity::error, "a stage takes what the stage before it gives", "epochs",
@@ -164,7 +231,8 @@ constexpr std::array Rules = {
          Look<ResponseSeen>(stage_filterless)},
     Rule{"list-only", Severity::warning, "a response has a stage other than a response list",
          "epochs", Look<ResponseSeen>(list_only)},
-    Rule{"output-units", Severity::error, "the last stage gives counts", "epochs",
+    Rule{"output-units", Severity::error,
+         "the last stage of a channel of ground motion gives counts", "epochs",
          Look<ResponseSeen>(output_units)},
 };
 

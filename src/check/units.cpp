@@ -102,6 +102,17 @@ bool is_counts(std::string_view unit)
     return is_one_of(upper(trimmed(unit)), Names);
 }
 
+bool is_same_unit(std::string_view unit, std::string_view other)
+{
+    const std::string a = upper(trimmed(unit));
+    const std::string b = upper(trimmed(other));
+    const auto before_bar = [](const std::string &name) { return name.substr(0, name.find('/')); };
+    if (a == b || (is_counts(a) && is_counts(b)))
+        return true;
+    return ((is_acceleration(a) && is_acceleration(b)) || (is_velocity(a) && is_velocity(b))) &&
+           before_bar(a) == before_bar(b);
+}
+
 bool is_known_unit(std::string_view unit)
 {
     const std::string name = upper(trimmed(unit));

@@ -14,7 +14,7 @@ namespace quarl
 class CodeUses
 {
 public:
-    using MakeSubject = std::function<std::string()>;
+    using MakeSubject = std::function<Subject()>;
 
     /// Looks at the codes in an item that was added to the inventory. `subject` names it.
     void see(const Item &item, const Inventory &inventory, const MakeSubject &subject);

@@ -14,13 +14,43 @@ namespace quarl
 
 std::string shown(double value)
 {
+    if (!std::isfinite(value))
+        return "no number";
     std::array<char, 40> text{};
-    const auto short_text = std::to_chars(text.data(), text.data() + text.size(), value);
-    if (short_text.ptr - text.data() <= 9)
-        return {text.data(), short_text.ptr};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, 7);
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value);
     return {text.data(), end.ptr};
+}
+
+std::string rounded(double value)
+{
+    constexpr int Digits = 7;
+    if (!std::isfinite(value))
+        return "no number";
+    std::array<char, 40> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::general, Digits);
+    return {text.data(), end.ptr};
+}
+
+std::string shown(std::complex<double> value)
+{
+    return "(" + shown(value.real()) + ", " + shown(value.imag()) + ")";
+}
+
+std::string duration_text(double seconds)
+{
+    constexpr double Tick = 1e-4;
+    constexpr double Minute = 60.0;
+    constexpr std::int64_t Day = 86400;
+    const double ticks = std::round(seconds / Tick);
+    if (!(ticks * Tick >= Minute) || !(seconds < Forever))
+        return seconds < Forever ? shown(ticks * 1e4 / 1e8) + " s" : "no end";
+    const auto whole = static_cast<std::int64_t>(ticks * Tick + Tick / 2);
+    const std::int64_t of_day = whole % Day;
+    std::string text = whole >= Day ? std::to_string(whole / Day) + " d " : std::string();
+    text += formatted<"%d:%02d:%02d">(of_day / 3600, of_day / 60 % 60, of_day % 60);
+    const auto part = static_cast<std::int64_t>(ticks) - whole * 10000;
+    return part > 0 ? text + formatted<".%04d">(part) : text;
 }
 
 std::string shown_time(double time)
@@ -33,11 +63,19 @@ std::string shown_time(double time)
 
 std::string quoted(std::string_view text) { return "'" + escaped_in_ascii(text) + "'"; }
 
-std::string subject_of(const Inventory &inventory, const ChannelEpoch &epoch)
+about::Epoch subject_of(const Inventory &inventory, const ChannelEpoch &epoch)
 {
-    const std::string start = time_text(epoch.start);
-    const std::string code = inventory.channel_of(epoch).code.text();
-    return start.empty() ? code : code + " " + start;
+    const Channel &channel = inventory.channel_of(epoch);
+    // Mostly the one that was added last.
+    for (auto index = channel.epochs.rbegin(); index != channel.epochs.rend(); ++index)
+        if (&inventory.channel_epochs()[*index] == &epoch)
+            return {channel.code, epoch.start, *index};
+    return {channel.code, epoch.start, 0};
+}
+
+about::Station subject_of(const Inventory &inventory, const StationEpoch &epoch)
+{
+    return {inventory.station_of(epoch).code, epoch.start};
 }
 
 double distance(double latitude, double longitude, double other_latitude, double other_longitude)

@@ -11,14 +11,9 @@ namespace quarl
 namespace
 {
 
-bool is_data_letter(char letter)
+about::Blockette blockette_at(const Context &context, const Item &item)
 {
-    return std::string_view("DRQM").find(letter) != std::string_view::npos;
-}
-
-bool is_header_letter(char letter)
-{
-    return std::string_view("VAST").find(letter) != std::string_view::npos;
+    return {item.type(), context.number_in_record, context.describes()};
 }
 
 std::string blockette(int type) { return formatted<"blockette %03d">(type); }
@@ -59,11 +54,6 @@ bool has_prefix(const Item &item)
 
 void bad_blockette(const Context &context, const Item &item, const Report &report)
 {
-    if (is_control(item) && !has_prefix(item))
-        return report(item.place().record, "prefix", [&] {
-            return Told{"volume", "a blockette's type and length are " + quoted(prefix_of(item)) +
-                                      ", expected are digits"};
-        });
     if (!is_control(item) || !is_read(item))
         return;
     const std::size_t taken = item.fields_size();
@@ -78,8 +68,33 @@ void bad_blockette(const Context &context, const Item &item, const Report &repor
         else if (!item.bad())
             text = "its counts need " + std::to_string(taken) + " bytes, it has " +
                    std::to_string(item.length());
-        return Told{blockette(item.type()), text};
+        if (item.type() >= 52 && item.type() <= 62)
+            text += "; the response of its channel is not judged";
+        return Told{blockette_at(context, item), text};
     });
+}
+
+void blockette_lost(const Context &context, const PassedOver &passed, const Report &report)
+{
+    const std::string_view bytes(passed.bytes.data(), passed.bytes.size());
+    if (passed.why == PassedOver::Why::continuation)
+        report(passed.place.record, "broken off", [&] {
+            return Told{about::Blockette{passed.type},
+                        "ends with the record before: this one does not go on with it" +
+                            left_out(context, passed.place.record)};
+        });
+    else if (passed.why == PassedOver::Why::blockette && bytes.front() == '\n')
+        report(passed.place.record, "line feeds", [&] {
+            return Told{about::Record{}, "a line feed stands between blockettes"};
+        });
+    else if (passed.why == PassedOver::Why::blockette)
+        report(passed.place.record, "no blockette", [&] {
+            return Told{about::Record{},
+                        "a blockette should begin with " + quoted(bytes.substr(0, 7)) +
+                            ", expected are digits of a type and a length; " +
+                            std::to_string(passed.count) + " bytes are passed over" +
+                            left_out(context, passed.place.record)};
+        });
 }
 
 /// FIR filters of the response dictionary whose blockettes do not hold what they promise together.
@@ -89,7 +104,7 @@ void short_filters(const Context &context, const Context &, const Report &report
     for (int key = 0; key < Keys; ++key) {
         const DictionaryEntry *entry = context.inventory.entry(Dictionary::responses, key);
         if (entry && entry->promised > entry->held)
-            report(entry->record, "blockette 041",
+            report(entry->record, about::Blockette{41},
                    "response key " + std::to_string(key) + " has " + std::to_string(entry->held) +
                        " coefficients, expected are " + std::to_string(entry->promised));
     }
@@ -109,95 +124,21 @@ void blockette_length(const Context &context, const Item &item, const Report &re
     if (item.bad() || (!too_long && !too_short))
         return;
     report(item.place().record, group_of(item), [&] {
-        return Told{blockette(item.type()), "declares " + std::to_string(item.length()) +
-                                                " bytes, its fields take " + std::to_string(taken)};
+        return Told{blockette_at(context, item), "declares " + std::to_string(item.length()) +
+                                                     " bytes, its fields take " +
+                                                     std::to_string(taken)};
     });
 }
 
-void blockette_unknown(const Context & /*context*/, const Item &item, const Report &report)
+void blockette_unknown(const Context &context, const Item &item, const Report &report)
 {
     if (!is_control(item) || is_read(item) || !has_prefix(item))
         return;
     report(item.place().record, group_of(item), [&] {
         const std::string_view name = item.name();
-        return Told{blockette(item.type()), name.empty()
-                                                ? "this type is not defined"
-                                                : "'" + std::string(name) + "' is not read"};
-    });
-}
-
-/// Data records within one logical record of the volume share its number.
-bool may_share_number(const Context &context, const LogicalRecord &record)
-{
-    const int whole = context.inventory.volume().record_length;
-    return is_data_letter(record.place.type_code) &&
-           is_data_letter(context.before.place.type_code) && context.before.length < whole;
-}
-
-void record_sequence(const Context &context, const LogicalRecord &record, const Report &report)
-{
-    constexpr int Last = 999999;
-    if (!context.has_headers || !context.has_before)
-        return;
-    const int before = context.before.place.sequence_number;
-    const int number = record.place.sequence_number;
-    const bool rises = number == before + 1 || (before == Last && (number == 0 || number == 1));
-    if (rises || (number == before && may_share_number(context, record)))
-        return;
-    report(record.place.record, "", [&] {
-        return Told{"volume", formatted<"record number %06d follows %06d, expected %06d">(
-                                  number, before, before >= Last ? 1 : before + 1)};
-    });
-}
-
-/// The letter of records that hold blockettes of a type; a blank for types of no header.
-char letter_of(int type)
-{
-    if (type >= 5 && type <= 12)
-        return 'V';
-    if (type >= 30 && type <= 48)
-        return 'A';
-    if (type >= 50 && type <= 62)
-        return 'S';
-    return type >= 70 && type <= 74 ? 'T' : ' ';
-}
-
-void record_type(const Context & /*context*/, const Item &item, const Report &report)
-{
-    const char letter = item.place().type_code;
-    const char expected = is_control(item) ? letter_of(item.type()) : letter;
-    if (item.get<FileEnd>() || expected == letter || (expected == ' ' && is_header_letter(letter)))
-        return;
-    report(item.place().record, std::string{letter, expected}, [&] {
-        return Told{blockette(item.type()), "stands in a record of type " + quoted({&letter, 1}) +
-                                                ", expected is " + quoted({&expected, 1})};
-    });
-}
-
-void record_type_goes_on(const Context &context, const LogicalRecord &record, const Report &report)
-{
-    const char letter = record.place.type_code;
-    const char before = context.before.place.type_code;
-    if (!record.continues || !context.has_before || letter == before)
-        return;
-    report(record.place.record, std::string{letter, before, '+'}, [&] {
-        return Told{"volume", "a blockette of a record of type " + quoted({&before, 1}) +
-                                  " goes on in one of type " + quoted({&letter, 1})};
-    });
-}
-
-void record_continuation(const Context & /*context*/, const LogicalRecord &record,
-                         const Report &report)
-{
-    const bool star = record.place.continuation_code == '*';
-    if (is_data_letter(record.place.type_code) || star == record.continues ||
-        (star && record.follows_full))
-        return;
-    report(record.place.record, star ? "*" : "", [&] {
-        return Told{"volume", star ? "the record is marked '*', but nothing goes on in it"
-                                   : "a blockette goes on in the record, but it is marked " +
-                                         quoted({&record.place.continuation_code, 1}) +
-                                         " instead of '*'"};
+        return Told{blockette_at(context, item), name.empty()
+                                                     ? "this type is not defined"
+                                                     : "'" + std::string(name) + "' is not read"};
     });
 }
 
@@ -207,12 +148,12 @@ void volume_start(const Context &context, const Item &item, const Report &report
 {
     if (!is_control(item))
         return;
-    if (context.control_items == 0 && !is_identifier(item.type()))
-        report(item.place().record, "volume",
+    if (context.control_items == 0 && !is_identifier(item.type()) && item.record())
+        report(item.place().record, about::Volume{},
                "begins with " + blockette(item.type()) + ", expected is 010");
     if (is_identifier(item.type()) && context.identifiers > 0)
         report(item.place().record, "again", [&] {
-            return Told{blockette(item.type()), "identifies the volume another time"};
+            return Told{about::Blockette{item.type()}, "identifies the volume another time"};
         });
 }
 
@@ -225,10 +166,10 @@ void headers_in_order(const Context &context, const Item &item, const Report &re
         (!of_channel || context.last_station_item == 52))
         return;
     report(item.place().record, group_of(item), [&] {
-        return Told{blockette(type), of_station
-                                         ? "no station identifier (050) stands before it"
-                                         : "no channel identifier (052) of its station stands "
-                                           "before it"};
+        return Told{about::Blockette{type},
+                    of_station ? "no station identifier (050) stands before it"
+                               : "no channel identifier (052) of its station stands "
+                                 "before it"};
     });
 }
 
@@ -237,8 +178,9 @@ void definitions_in_order(const Context &context, const Context &, const Report 
     for (const PendingUse &use : context.uses)
         if (const DictionaryEntry *entry = context.inventory.entry(use.dictionary, use.code))
             report(use.record, use.subject,
-                   blockette(use.type) + " uses code " + std::to_string(use.code) +
-                       ", which is defined later, in record " + std::to_string(entry->record));
+                   blockette(use.type) + " uses " + std::string(name_of(use.dictionary)) + " " +
+                       std::to_string(use.code) + ", which is defined later, in record " +
+                       std::to_string(entry->record));
 }
 
 void cut_volume(const Context &context, const Item &item, const Report &report)
@@ -246,29 +188,22 @@ void cut_volume(const Context &context, const Item &item, const Report &report)
     const auto *end = item.get<FileEnd>();
     if (!end || !end->cut)
         return;
-    report(item.place().record, "volume",
-           context.complaints.empty() ? "ends inside a record or blockette"
-                                      : context.complaints.front());
+    report(item.place().record, about::Volume{},
+           (context.complaints.empty() ? "ends inside a record or blockette"
+                                       : context.complaints.front()) +
+               left_out(context, item.place().record));
 }
 
 constexpr std::array Rules = {
     Rule{"bad-blockette", Severity::error,
          "no field of a blockette is bad, no text too long, no count above what the text holds",
-         "blockettes", Look<Item>(bad_blockette), Look<Context>(short_filters)},
+         "blockettes", Look<Item>(bad_blockette), Look<Context>(short_filters),
+         Look<PassedOver>(blockette_lost)},
     Rule{"blockette-length", Severity::error,
          "the declared length of a blockette is what its fields take, blanks and NULs apart",
          "blockettes", Look<Item>(blockette_length)},
     Rule{"blockette-unknown", Severity::note, "every blockette type is one that is read",
          "blockettes", Look<Item>(blockette_unknown)},
-    Rule{"record-sequence", Severity::warning,
-         "logical record numbers rise by one in a volume with headers", "records",
-         Look<LogicalRecord>(record_sequence)},
-    Rule{"record-type", Severity::error,
-         "records of type V, A, S and T hold volume, dictionary, station and time span headers",
-         "blockettes", Look<Item>(record_type), Look<LogicalRecord>(record_type_goes_on)},
-    Rule{"record-continuation", Severity::warning,
-         "a record is marked \"*\" where a blockette of the record before goes on, and only there",
-         "records", Look<LogicalRecord>(record_continuation)},
     Rule{"volume-start", Severity::error,
          "the first header is a volume identifier (010, 005 or 008), and the only one",
          "blockettes", Look<Item>(volume_start)},

@@ -3,7 +3,7 @@
 #include "check/rule.h"
 #include "html/notation.h"
 
-#include <optional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -15,20 +15,11 @@ namespace
 
 constexpr std::size_t Unfolded = 50; ///< findings of a rule that are shown at first
 
-/// The stage that a finding's text names.
-std::optional<std::int64_t> stage_in(std::string_view text)
+/// The stage that a finding is about; 0: none.
+int stage_of(const Subject &subject)
 {
-    constexpr std::string_view Word = "stage ";
-    for (std::size_t at = text.find(Word); at != text.npos; at = text.find(Word, at + 1)) {
-        std::int64_t number = 0;
-        std::size_t end = at + Word.size();
-        while (end < text.size() && end < at + Word.size() + 3 && text[end] >= '0' &&
-               text[end] <= '9')
-            number = 10 * number + (text[end++] - '0');
-        if (end > at + Word.size())
-            return number;
-    }
-    return {};
+    const auto *epoch = std::get_if<about::Epoch>(&subject);
+    return epoch ? epoch->stage : 0;
 }
 
 class FindingRows
@@ -49,7 +40,7 @@ public:
 
 private:
     void row(const Finding &finding);
-    bool link(const Target &target, std::string_view text);
+    bool link(const Subject &subject);
 
     Markup &page_;
     const Targets &targets_;
@@ -57,10 +48,11 @@ private:
 };
 
 /// The beginning of a link to what a finding is about; whether there is such a thing.
-bool FindingRows::link(const Target &target, std::string_view text)
+bool FindingRows::link(const Subject &subject)
 {
-    const std::optional<std::int64_t> stage = target.epoch ? stage_in(text) : std::nullopt;
-    if (stage)
+    const Target target = targets_.find(subject);
+    const int stage = stage_of(subject);
+    if (stage > 0)
         page_.put("<a href=#stage-");
     else if (target.epoch)
         page_.put("<a href=#epoch-");
@@ -74,9 +66,9 @@ bool FindingRows::link(const Target &target, std::string_view text)
                               : target.channel ? *target.channel
                                                : *target.station;
     page_.number(static_cast<std::int64_t>(index));
-    if (stage) {
+    if (stage > 0) {
         page_.put("-");
-        page_.number(*stage);
+        page_.number(stage);
     }
     page_.put(">");
     return true;
@@ -88,8 +80,8 @@ void FindingRows::row(const Finding &finding)
     page_.put("<li><span>record ");
     page_.number(finding.record);
     page_.put("</span> ");
-    const bool is_link = link(targets_.find(finding.told.subject), text);
-    page_.text(notation_.put(finding.told.subject));
+    const bool is_link = link(finding.told.subject);
+    page_.text(notation_.put(text_of(finding.told.subject, finding.record)));
     if (is_link)
         page_.put("</a>");
     page_.put(" ");
@@ -101,12 +93,13 @@ void FindingRows::row(const Finding &finding)
 void FindingRows::group(const std::vector<const Finding *> &findings)
 {
     const Rule &rule = all_rules()[findings.front()->rule];
+    const std::string_view severity = name_of(severity_of(*findings.front()));
     page_.put("<details open class=\"");
-    page_.text(name_of(rule.severity));
+    page_.text(severity);
     page_.put("\" data-rule=\"");
     page_.text(rule.name);
     page_.put("\"><summary><span class=\"severity\">");
-    page_.text(name_of(rule.severity));
+    page_.text(severity);
     page_.put("</span> <b>");
     page_.text(rule.name);
     page_.put("</b> <span class=\"count\">");
@@ -132,19 +125,19 @@ void FindingRows::group(const std::vector<const Finding *> &findings)
 
 void write_findings(Markup &page, const VolumeRead &volume, const Targets &targets)
 {
-    std::vector<std::vector<const Finding *>> by_rule(all_rules().size());
+    using OfOneRule = std::map<std::size_t, std::vector<const Finding *>>;
+    std::map<Severity, OfOneRule> groups;
     for (const Finding &finding : volume.findings)
-        by_rule[finding.rule].push_back(&finding);
+        groups[severity_of(finding)][finding.rule].push_back(&finding);
     page.put("<section id=\"findings\"><h2>Findings</h2>\n");
     if (holds_nothing(volume))
         page.put("<p>There is nothing to look at.</p>\n");
     else if (volume.findings.empty())
         page.put("<p>No findings: all rules hold.</p>\n");
     FindingRows findings(page, volume, targets);
-    for (const Severity severity : {Severity::error, Severity::warning, Severity::note})
-        for (std::size_t rule = 0; rule < by_rule.size(); ++rule)
-            if (!by_rule[rule].empty() && all_rules()[rule].severity == severity)
-                findings.group(by_rule[rule]);
+    for (const auto &[severity, rules] : groups)
+        for (const auto &[rule, of_rule] : rules)
+            findings.group(of_rule);
     page.put("</section>\n");
 }
 

@@ -249,7 +249,7 @@ std::array<std::int64_t, 3> count_findings(const VolumeRead &volume)
 {
     std::array<std::int64_t, 3> count{};
     for (const Finding &finding : volume.findings)
-        ++count[static_cast<std::size_t>(all_rules()[finding.rule].severity)];
+        ++count[static_cast<std::size_t>(severity_of(finding))];
     return count;
 }
 

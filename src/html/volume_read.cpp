@@ -36,10 +36,10 @@ ChannelCode of_data(const ChannelCode &code, std::string_view network)
     return {network, code.station(), code.location(), code.channel()};
 }
 
-struct CodeHash {
+struct HashOfCode {
     std::size_t operator()(const ChannelCode &code) const { return code.hash(); }
 };
-using ChannelByCode = std::unordered_map<ChannelCode, std::size_t, CodeHash>;
+using ChannelByCode = std::unordered_map<ChannelCode, std::size_t, HashOfCode>;
 
 ChannelByCode channels_by_code(const std::vector<PageChannel> &channels)
 {
@@ -224,29 +224,34 @@ std::vector<PageChannel> page_channels(const VolumeRead &volume)
 }
 
 Targets::Targets(const Inventory &inventory, const std::vector<PageChannel> &channels)
+    : inventory_(inventory), channels_(channels)
 {
     for (std::size_t i = 0; i < inventory.stations().size(); ++i)
-        by_name_.try_emplace(inventory.stations()[i].code.text(), Target{i, {}, {}});
-    for (std::size_t i = 0; i < channels.size(); ++i) {
-        Target target{{}, i, {}};
-        if (channels[i].described)
-            target.station = channels[i].described->station;
-        by_name_.try_emplace(channels[i].code.text(), target);
-    }
-    for (std::size_t i = 0; i < inventory.channel_epochs().size(); ++i) {
-        const ChannelEpoch &epoch = inventory.channel_epochs()[i];
-        by_name_.try_emplace(subject_of(inventory, epoch),
-                             Target{inventory.channel_of(epoch).station, epoch.channel, i});
-    }
+        stations_.try_emplace(inventory.stations()[i].code, i);
+    for (std::size_t i = 0; i < channels.size(); ++i)
+        by_code_.try_emplace(channels[i].code, i);
 }
 
-Target Targets::find(std::string_view subject) const
+Target Targets::find(const Subject &subject) const
 {
-    const auto named = [this](std::string_view name) { return by_name_.find(std::string(name)); };
-    auto found = named(subject);
-    if (found == by_name_.end())
-        found = named(subject.substr(0, subject.rfind(' '))); // without a time
-    return found == by_name_.end() ? Target() : found->second;
+    Target target;
+    if (const auto *epoch = std::get_if<about::Epoch>(&subject)) {
+        const ChannelEpoch &described = inventory_.channel_epochs()[epoch->index];
+        return {inventory_.channel_of(described).station, described.channel, epoch->index};
+    }
+    if (const auto *channel = std::get_if<about::Channel>(&subject)) {
+        const auto found = by_code_.find(channel->code);
+        if (found == by_code_.end())
+            return target;
+        target.channel = found->second;
+        if (const Channel *described = channels_[found->second].described)
+            target.station = described->station;
+    } else if (const auto *station = std::get_if<about::Station>(&subject)) {
+        const auto found = stations_.find(station->code);
+        if (found != stations_.end())
+            target.station = found->second;
+    }
+    return target;
 }
 
 } // namespace quarl::html

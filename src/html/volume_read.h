@@ -81,15 +81,22 @@ struct Target {
     std::optional<std::size_t> epoch;
 };
 
-/// Finds stations, channels and epochs by the names that findings give them.
+/// Finds the places of findings' subjects in the page.
 class Targets
 {
 public:
     Targets(const Inventory &inventory, const std::vector<PageChannel> &channels);
-    [[nodiscard]] Target find(std::string_view subject) const;
+    [[nodiscard]] Target find(const Subject &subject) const;
 
 private:
-    std::unordered_map<std::string, Target> by_name_;
+    struct CodeHash {
+        std::size_t operator()(const ChannelCode &code) const { return code.hash(); }
+    };
+
+    const Inventory &inventory_;
+    const std::vector<PageChannel> &channels_;
+    std::unordered_map<ChannelCode, std::size_t, CodeHash> stations_;
+    std::unordered_map<ChannelCode, std::size_t, CodeHash> by_code_; ///< channels of the page
 };
 
 /// What the reading hands over.

@@ -44,13 +44,15 @@ void SpanJoiner::join(std::vector<DataSpan> *joined, const DataSpan &span)
 /// `second` starts before `first` ends, and not before it starts.
 void SpanJoiner::note_overlap(const DataSpan &first, const DataSpan &second)
 {
-    if (overlaps_.count++ == 0 || second.record < overlaps_.record) {
-        overlaps_.record = second.record;
-        overlaps_.from = first.end;
-        overlaps_.to = second.start;
-    }
     const double start = second.start;
     const double end = std::min(first.end, second.end);
+    if (overlaps_.count++ == 0 || second.record < overlaps_.record) {
+        overlaps_.record = second.record;
+        overlaps_.from = end;
+        overlaps_.to = start;
+    }
+    overlaps_.largest = std::max(overlaps_.largest, end - start);
+    overlaps_.sum += end - start;
     if (!overlapping_.empty() && start >= overlapping_.back().start &&
         start - overlapping_.back().end <= second.tolerance) {
         overlapping_.back().end = std::max(overlapping_.back().end, end);

@@ -114,11 +114,13 @@ void CarriedVolumes::read_validated(const std::string &path)
         Inventory inventory;
         for (const Finding &finding : checker->take(&inventory)) {
             const Rule &rule = all_rules()[finding.rule];
-            console_->err().write(finding_line(path, finding.record, name_of(rule.severity),
-                                               finding.told.subject, text_of(finding), rule.name));
-            ++(rule.severity == Severity::error     ? errors_
-               : rule.severity == Severity::warning ? warnings_
-                                                    : notes_);
+            const Severity severity = severity_of(finding);
+            console_->err().write(finding_line(path, finding.record, name_of(severity),
+                                               text_of(finding.told.subject, finding.record),
+                                               text_of(finding), rule.name));
+            ++(severity == Severity::error     ? errors_
+               : severity == Severity::warning ? warnings_
+                                               : notes_);
         }
         if (is_whole || !inventory.station_epochs().empty())
             keep(path, std::move(inventory));

@@ -36,6 +36,8 @@ VolumeOptions checked_options(Console *console, Checker *checker, const std::str
 {
     VolumeOptions options;
     options.message = [=](const Message &message) { hear(console, checker, path, message); };
+    options.recover = true;
+    options.passed_over = [=](const PassedOver &passed) { checker->pass_over(passed); };
     options.logical_record = [=](const LogicalRecord &record) { checker->enter(record); };
     return options;
 }

@@ -17,14 +17,18 @@ using namespace quarl;
 constexpr int Unusable = 2; ///< a volume could not be read
 
 constexpr std::string_view Help =
-    R"(Usage: quarl-check [--rules=LIST] [--ignore=LIST] [--json] [VOLUME...]
+    R"(Usage: quarl-check [--rules=LIST] [--ignore=LIST] [--baseline=FILE] [--summary] [--json]
+                   [VOLUME...]
 Checks SEED volumes: their records, headers, indexes, dictionaries, epochs, responses and data
 against each other. Prints one line for each finding. Without VOLUME, or with "-", standard input
 is read.
 
       --rules=LIST   check these rules only: names with commas between them
       --ignore=LIST  leave these rules out
-      --json         print each finding as a JSON object
+      --baseline=FILE
+                     leave out the findings that stand in FILE, printed with --json before
+      --summary      print a table of the rules that found something instead
+      --json         print each finding, or row of the table, as a JSON object
       --list         print all rules with their severities
   -h, --help         print this text
   -V, --version      print the version
@@ -35,8 +39,10 @@ Exit status: 0 no error was found, 1 one was, 2 a volume could not be read.
 The man page quarl-check(1) explains every rule.
 )";
 
-constexpr std::array<option, 7> Options = {{{"rules", required_argument, nullptr, 'r'},
+constexpr std::array<option, 9> Options = {{{"rules", required_argument, nullptr, 'r'},
                                             {"ignore", required_argument, nullptr, 'i'},
+                                            {"baseline", required_argument, nullptr, 'b'},
+                                            {"summary", no_argument, nullptr, 's'},
                                             {"json", no_argument, nullptr, 'j'},
                                             {"list", no_argument, nullptr, 'l'},
                                             {"help", no_argument, nullptr, 'h'},
@@ -50,6 +56,8 @@ struct Wishes {
     bool has_only = false;
     bool json = false;
     bool list = false;
+    bool summary = false;
+    Baseline baseline;
 };
 
 void say(Console *console, const std::string &text)
@@ -97,6 +105,11 @@ std::string take_option(int option, Wishes *wishes)
         return choose(optarg, &wishes->only);
     case 'i':
         return choose(optarg, &wishes->ignored);
+    case 'b':
+        return wishes->baseline.read(optarg);
+    case 's':
+        wishes->summary = true;
+        break;
     case 'j':
         wishes->json = true;
         break;
@@ -125,17 +138,22 @@ int check_volumes(Console *console, int argc, char *argv[])
         return list_rules(console);
     CheckRun run;
     run.json = wishes.json;
+    run.summary = wishes.summary;
+    run.baseline = std::move(wishes.baseline);
     run.chosen = chosen_rules(wishes);
-    std::int64_t volumes = 0;
     for (const std::string &path : paths) {
         if (stop_asked())
             break;
         check_volume(console, &run, path);
         console->elog_clear_register();
-        ++volumes;
     }
-    say(console, counted(run.errors, "error") + ", " + counted(run.warnings, "warning") + ", " +
-                     counted(run.notes, "note") + " in " + counted(volumes, "volume"));
+    if (run.summary)
+        print_summary(console, run);
+    say(console,
+        counted(run.errors, "error") + ", " + counted(run.warnings, "warning") + ", " +
+            counted(run.notes, "note") + " in " + counted(run.volumes, "volume") +
+            (run.baseline.is_used() ? "; " + counted(run.known, "known finding") + " not told"
+                                    : std::string()));
     if (run.unread)
         return Unusable;
     return run.errors > 0 ? 1 : 0;

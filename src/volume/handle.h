@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <quarl/item.h>
+#include <quarl/options.h>
 #include <string>
 
 namespace quarl
@@ -98,7 +99,8 @@ struct read_handle_t {
     bool cut = false;            ///< this file ended inside an item
     std::function<void(const Item &)> on_bad_item;
     bool reads_unlisted = false; ///< types without a listing get records too
-    Record unlisted;             ///< the record of such a one
+    std::function<void(const PassedOver &)> on_passed_over;
+    Record unlisted; ///< the record of such a one
 };
 
 /// The orderings that the sorted sets stand for: codes as text (the channel before the location),

@@ -1,10 +1,12 @@
 #include "volume/rseed.h"
 
 #include "blockette/msd.h"
+#include "blockette/record_header.h"
 #include "platform/allocate.h"
 #include "platform/elog.h"
 #include "platform/number.h"
 #include "platform/text.h"
+#include "volume/recover.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -44,12 +46,6 @@ constexpr int Page = 4096;
 constexpr int Slides = 3;
 
 std::uintptr_t place_in_page(const char *at) { return reinterpret_cast<std::uintptr_t>(at) % Page; }
-
-/// Bytes that belong to no record: what a text tool or a blocked device puts behind a volume.
-bool is_fill(std::string_view bytes)
-{
-    return bytes.find_first_not_of(std::string_view(" \n\0", 3)) == std::string_view::npos;
-}
 
 void announce(const SeedInput *in, int sequence_number)
 {
@@ -226,12 +222,37 @@ struct SeedInput::Work {
         return true;
     }
 
+    /// The length that the record entered has, as far as its kind tells, and whether the item that
+    /// began before goes on in it.
+    static void find_step(SeedInput *in, int before)
+    {
+        if (is_header_type(in->type_code_)) {
+            const bool names_length = may_begin_volume(in->held());
+            if (in->control_length_ == 0 && !names_length)
+                in->control_length_ = guessed_length(in->held());
+            if (in->control_length_ != 0)
+                in->recsiz_ = in->control_length_;
+        } else if (is_ok_msd_quality(in->type_code_)) {
+            in->recsiz_ = std::max(in->recsiz_, Default_Record_Length);
+        }
+        if (in->entry_ != Entry::continue_item)
+            return;
+        const std::string_view body = in->record_from(sizeof(RecordHeader));
+        const HeaderLook look = look_of({in->header_.data(), in->header_.size()});
+        if (look == HeaderLook::none || look == HeaderLook::fill ||
+            is_ok_msd_quality(in->type_code_) ||
+            !goes_on(body, static_cast<std::size_t>(in->wanted_), in->seq_num_ == before + 1,
+                     in->cont_code_ == '*'))
+            in->entry_ = Entry::broken_off;
+    }
+
     /// Reads the header of the logical record at `start`.
     static bool enter_record(SeedInput *in)
     {
         RecordHeader header;
         if (!take(in, in->start_, reinterpret_cast<char *>(&header), sizeof header))
             return false;
+        const int before = in->seq_num_;
         in->seq_num_ = read_sequence_number(in, header.sequence_number);
         std::memcpy(in->header_.data(), &header, sizeof header);
         in->type_code_ = header.type_code;
@@ -240,6 +261,8 @@ struct SeedInput::Work {
         in->cur_ += sizeof header;
         if (in->recsiz_ == 0)
             in->recsiz_ = Default_Record_Length;
+        if (in->recovers)
+            find_step(in, before);
         if (in->on_entered)
             in->on_entered();
         return true;
@@ -264,6 +287,7 @@ void clrSeedInput(SeedInput *in)
     SeedInput::Work::drop(in, in->pbytes_);
     in->totbytes_ = in->recno_ = 0;
     in->start_ = in->cur_ = in->recsiz_ = in->seq_num_ = 0;
+    in->control_length_ = in->wanted_ = 0;
     in->type_code_ = in->cont_code_ = '#';
     in->told_cut_ = in->length_open_ = false;
     in->ending_ = Ending::open;
@@ -289,11 +313,13 @@ void tell_if_cut(SeedInput *in)
         SeedInput::Work::tell_cut(in, in->start_);
 }
 
-int advanceLogicalRecord(SeedInput *in, Entry entry)
+int advanceLogicalRecord(SeedInput *in, Entry entry) { return advance_by(in, entry, in->recsiz_); }
+
+int advance_by(SeedInput *in, Entry entry, int step)
 {
     in->entry_ = in->recno_ == 0 ? Entry::begin : entry;
     const int left = in->start_;
-    in->start_ = saturated_sum(in->start_, in->recsiz_);
+    in->start_ = saturated_sum(in->start_, step);
     in->cur_ = in->start_;
     if (has_ended(in->ending_) && in->pbytes_ <= in->start_) {
         SeedInput::Work::tell_cut(in, left); // what is missing may be fill that nobody asked for
@@ -324,7 +350,9 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n)
         tell_if_cut(in);
         dest += part;
         n -= part;
-        if (n > 0 && advanceLogicalRecord(in, Entry::continue_item) != 0)
+        in->wanted_ = n;
+        if (n > 0 && (advanceLogicalRecord(in, Entry::continue_item) != 0 ||
+                      in->entry_ == Entry::broken_off))
             return 0;
     }
     return 1;
@@ -338,6 +366,10 @@ int read_open_remainder(SeedInput *in, char *dest, int n)
     return whole;
 }
 
-void setReadRecLen(SeedInput *in, int exponent) { in->recsiz_ = record_length(exponent); }
+void setReadRecLen(SeedInput *in, int exponent)
+{
+    in->recsiz_ = record_length(exponent);
+    in->control_length_ = in->recsiz_;
+}
 
 } // namespace quarl

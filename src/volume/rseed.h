@@ -1,7 +1,9 @@
 // The input stream and its logical records.
 #pragma once
 
+#include "blockette/msd.h"
 #include "platform/gz_cat.h"
+#include "platform/number.h"
 
 #include <algorithm>
 #include <array>
@@ -10,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quarl
@@ -17,9 +20,10 @@ namespace quarl
 
 /// What makes the input enter a logical record.
 enum class Entry {
-    begin,        ///< the first one, or the rest of the one before is padding
-    full,         ///< the one before has no room for a prefix
-    continue_item ///< an item goes on
+    begin,         ///< the first one, or the rest of the one before is padding
+    full,          ///< the one before has no room for a prefix
+    continue_item, ///< an item goes on
+    broken_off     ///< an item would go on, but another one begins
 };
 
 /// How the input ends.
@@ -40,6 +44,7 @@ public:
     std::unique_ptr<Stream> stream;
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
     std::function<void()> on_entered;   ///< called when its header was read
+    bool recovers = false;              ///< goes on behind damage
 
     /// The current record, whose length will be set, is at least so long.
     void hold_header(int length) { recsiz_ = std::max(recsiz_, length); }
@@ -68,6 +73,19 @@ public:
     [[nodiscard]] std::int64_t record_begin() const { return totbytes_ - pbytes_ + start_; }
     /// Bytes of it that were read.
     [[nodiscard]] int record_read() const { return cur_ - start_; }
+    /// Its bytes from the one with this number on, as far as the buffer holds them.
+    [[nodiscard]] std::string_view record_from(int at) const
+    {
+        const int end = std::min(pbytes_, saturated_sum(start_, recsiz_));
+        const int begin = std::min(start_ + at, end);
+        return {buffer_ + begin, static_cast<std::size_t>(end - begin)};
+    }
+    /// The bytes that the buffer holds from its first one on.
+    [[nodiscard]] std::string_view held() const
+    {
+        const int begin = std::min(start_, pbytes_);
+        return {buffer_ + begin, static_cast<std::size_t>(pbytes_ - begin)};
+    }
 
 private:
     struct Work;
@@ -75,6 +93,8 @@ private:
     friend void clrSeedInput(SeedInput *in);
     friend int moredata(SeedInput *in);
     friend int advanceLogicalRecord(SeedInput *in, Entry entry);
+    friend int advance_by(SeedInput *in, Entry entry, int step);
+    friend void pass(SeedInput *in, int n);
     friend int bytes_left(const SeedInput *in);
     friend std::int64_t position(const SeedInput *in);
     friend void tell_if_cut(SeedInput *in);
@@ -109,6 +129,8 @@ private:
     char cont_code_ = '#';
     std::array<char, 8> header_{};
     Entry entry_ = Entry::begin;
+    int wanted_ = 0;         ///< bytes of the item that goes on
+    int control_length_ = 0; ///< of records of control blockettes, as the volume states it
 };
 
 /// Opens `path` ("" or "-": standard input). A path that cannot be opened, or whose opening is
@@ -128,6 +150,12 @@ int moredata(SeedInput *in);
 /// and line feeds.
 int advanceLogicalRecord(SeedInput *in, Entry entry);
 inline int advanceLogicalRecord(SeedInput *in) { return advanceLogicalRecord(in, Entry::begin); }
+
+/// The same for one that begins `step` bytes behind the beginning of the current one.
+int advance_by(SeedInput *in, Entry entry, int step);
+
+/// Moves `n` bytes on, or back, in the current record.
+inline void pass(SeedInput *in, int n) { in->cur_ += n; }
 
 /// Bytes left in the current logical record.
 inline int bytes_left(const SeedInput *in)

@@ -10,6 +10,7 @@
 #include "volume/fixup_dh.h"
 #include "volume/format_lookup.h"
 #include "volume/item_access.h"
+#include "volume/resume.h"
 #include "volume/run.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ namespace quarl
 namespace
 {
 
-constexpr int Prefix = 7; ///< type and length of a control blockette
+constexpr int Broken_Off = -1; ///< the item was given up, another one follows
 constexpr int Data_Header =
     128; ///< bytes of a data record that are read before its length is known
 
@@ -257,6 +258,8 @@ int frame_control(read_handle_t *handle, Record *record, int *type)
                                                                               run().Tapefile);
     const int rest = std::max(length - Prefix, 0);
     if (!read_remainder(handle->logical.get(), handle->item.write(Prefix, rest), rest)) {
+        if (broke_off(handle, *type))
+            return Broken_Off;
         if (is_cut(handle))
             elog_complain<MessageKind::item_cut,
                           "Unexpected end of file reading blockette type %d file #%d\n">(
@@ -301,13 +304,21 @@ int read_blk(read_handle_t *handle, Record *record, int *type)
     SeedInput *in = handle->logical.get();
     handle->framing = false;
     while (read_fixed_header(in, handle->item.write(0, Prefix), Prefix)) {
+        const Step step = in->recovers ? find_step(handle) : Step::right;
+        if (step == Step::end)
+            break;
+        if (step == Step::found)
+            continue;
         if (is_ok_msd_quality(in->type_code())) {
             begin_item(handle, 0);
             return frame_data(handle, record, type);
         }
         if (!blank(up_to_nul({handle->item.area(), Prefix}))) {
             begin_item(handle, in->record_read() - Prefix);
-            return frame_control(handle, record, type);
+            const int framed = frame_control(handle, record, type);
+            if (framed != Broken_Off)
+                return framed;
+            continue;
         }
         if (advanceLogicalRecord(in) != 0) // the rest of the record is padding
             break;

@@ -52,6 +52,8 @@ void open_input(State *state, const std::string &path)
     state->handle->reads_unlisted = state->options.unlisted;
     state->parsing.for_listing = !state->options.unlisted;
     state->handle->logical->on_record = state->options.record;
+    state->handle->logical->recovers = state->options.recover;
+    state->handle->on_passed_over = state->options.passed_over;
     if (state->options.logical_record)
         state->handle->logical->on_entered = [state] { tell_record(*state); };
     state->run.Tapefile = state->options.first_file;

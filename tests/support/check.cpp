@@ -19,6 +19,8 @@ std::vector<Finding> check(const std::string &bytes)
     Checker checker(Chosen(all_rules().size(), true));
     VolumeOptions options;
     options.message = [&](const Message &message) { checker.hear(message); };
+    options.recover = true;
+    options.passed_over = [&](const PassedOver &passed) { checker.pass_over(passed); };
     options.logical_record = [&](const LogicalRecord &record) { checker.enter(record); };
     Volume volume(path, options);
     for (const Item &item : volume)
@@ -94,9 +96,18 @@ std::string findings(const std::string &bytes)
 {
     std::string all;
     for (const Finding &finding : check(bytes))
-        all += std::to_string(finding.record) + ": " + finding.told.subject + ": " +
-               finding.told.text + " +" + std::to_string(finding.more) + " [" +
-               std::string(all_rules()[finding.rule].name) + "]\n";
+        all += std::to_string(finding.record) + ": " +
+               text_of(finding.told.subject, finding.record) + ": " + finding.told.text + " +" +
+               std::to_string(finding.more) + " [" + std::string(all_rules()[finding.rule].name) +
+               "]\n";
+    return all;
+}
+
+std::vector<std::string> fingerprints(const std::string &bytes)
+{
+    std::vector<std::string> all;
+    for (const Finding &finding : check(bytes))
+        all.push_back(fingerprint_of(finding));
     return all;
 }
 

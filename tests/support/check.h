@@ -36,6 +36,8 @@ struct SoundVolume {
 std::string rules_broken(const std::string &bytes);
 /// The findings as quarl-check prints them, the volume being "V".
 std::string findings(const std::string &bytes);
+/// The fingerprints of what is found, in order of records.
+std::vector<std::string> fingerprints(const std::string &bytes);
 
 /// A rule with what makes a sound volume break it and no other, and what nearly does.
 struct CheckCase {

@@ -85,8 +85,41 @@ const CheckCase Cases[] = {
          set(v, Filter_Rate, b057(4, 80, 4, 0, 0, 0));
          set(v, Filter_Gain, b058(4, 1, 0));
      },
+     [](SoundVolume &v) { // stage 3 in front of stage 2
+         std::rotate(v.response.begin() + Digitiser, v.response.begin() + Filter,
+                     v.response.end() - 1);
+     }},
+    {"stage-repeated",
+     [](SoundVolume &v) { // as it looks when the 052 between two responses is lost
+         const auto again = v.response;
+         v.response.insert(v.response.end(), again.begin(), again.end());
+     },
+     [](SoundVolume &v) { // a filter that continues
+         set(v, Filter, b061({.stage = 3, .symmetry = 'A', .coefficients = {.25, .5}}));
+         v.response.insert(v.response.begin() + Filter_Rate,
+                           {61, b061({.stage = 3, .symmetry = 'A', .coefficients = {.25}})});
+     }},
+    {"stage-repeated", [](SoundVolume &v) { v.response.insert(v.response.begin(), v.response[0]); },
+     [](SoundVolume &v) { set(v, Roots_Gain, b058(1, 1000, 1)); }},
+    {"signal-units", [](SoundVolume &v) { v.channels[0].units_signal = 2; },
      [](SoundVolume &v) {
-         std::rotate(v.response.begin(), v.response.begin() + Digitiser, v.response.end() - 1);
+         v.dictionaries.push_back({34, b034(4, "m/s", "Velocity")});
+         v.channels[0].units_signal = 4;
+     }},
+    {"decimation-factor", [](SoundVolume &v) { set(v, Filter_Rate, b057(3, 80, 0, 0, 0, 0)); },
+     [](SoundVolume &v) { set(v, Filter_Rate, b057(3, 80, 4, 0, 0, 0)); }},
+    {"pole-unstable",
+     [](SoundVolume &v) {
+         B053 r = roots();
+         r.poles = {{1, 1}, {1, -1}};
+         r.factor = 6.3636;
+         set(v, Roots, b053(r));
+     },
+     [](SoundVolume &v) {
+         B053 r = roots();
+         r.poles = {{0, 0}};
+         r.factor = 1;
+         set(v, Roots, b053(r));
      }},
     {"stage-units",
      [](SoundVolume &v) {
@@ -101,11 +134,10 @@ const CheckCase Cases[] = {
     {"stage-incomplete", [](SoundVolume &v) { drop(v, Digitiser_Rate); },
      [](SoundVolume &v) {
          drop(v, Digitiser_Rate);
-         v.response[Digitiser] = {58, b058(2, 1, 0)};
+         drop(v, Digitiser); // its gain is left
          B053 r = roots();
          r.output_units = 3;
          set(v, Roots, b053(r));
-         v.response[Digitiser_Gain - 1].second = b058(2, 100, 0);
      }},
     {"stage-filterless", [](SoundVolume &v) { drop(v, Filter); },
      [](SoundVolume &v) { set(v, Filter, b061({.stage = 3, .symmetry = 'B'})); }},
@@ -141,6 +173,8 @@ const CheckCase Cases[] = {
      [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 10)); }},
     {"sensitivity-product", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1.06e5, 1)); },
      [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1.04e5, 1)); }},
+    {"sensitivity-value", [](SoundVolume &v) { set(v, Sensitivity, b058(0, -1e5, 1)); },
+     [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 1)); }},
     {"zero-at-origin", [](SoundVolume &v) { set(v, Sensitivity, b058(0, 1e5, 0)); },
      [](SoundVolume &v) {
          set(v, Sensitivity, b058(0, 1e5, 0));

@@ -3,6 +3,7 @@
 #include "check/rule.h"
 #include "support/check.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -65,6 +66,26 @@ void wrap_numbers(SoundVolume &v)
     };
 }
 
+/// One channel of this rate, without data or response.
+void set_rate(SoundVolume &v, double rate)
+{
+    v.channels[0].rate = rate;
+    v.channels[0].flags = "CGH";
+    v.response.clear();
+    v.series.clear();
+    v.data.clear();
+}
+
+/// One data record, at this time, in a volume that has any.
+void leap(SoundVolume &v, const char *time, int activity)
+{
+    v.begin = v.span_index[0].begin = v.end = v.span_index[0].end = "";
+    v.series.clear();
+    v.data.erase(v.data.begin());
+    v.data[0].time = time;
+    v.data[0].activity = activity;
+}
+
 /// Dictionaries that go on in a record of their own.
 void go_on(SoundVolume &v)
 {
@@ -88,12 +109,40 @@ const CheckCase Cases[] = {
      [](SoundVolume &v) {
          v.dictionaries.push_back({47, "0001D~8.0000E+01    1    0 0.0000E+00 0.0000E+00"});
      }},
+    {"no-records",
+     [](SoundVolume &v) {
+         v.edit = [](const std::string &b) { return std::string(b.size(), ' '); };
+     },
+     [](SoundVolume &v) {
+         v.edit = [](const std::string &) { return "000001V " + std::string(504, ' '); };
+     }},
+    {"record-sequence",
+     [](SoundVolume &v) {
+         replace(v, "000006D", "00000xD");
+         v.series.clear();
+     },
+     [](SoundVolume &v) {
+         v.edit = [](const std::string &b) { return b + std::string(512, '\0'); };
+     }},
     {"record-sequence",
      [](SoundVolume &v) {
          replace(v, "000006D", "000007D");
          v.series[0].last.seq = 7;
      },
      wrap_numbers},
+    {"record-type",
+     [](SoundVolume &v) {
+         v.edit = [](std::string b) { return b.replace(16384, 8, "garbage!"); };
+         v.series.clear();
+         v.data[0].time = "2024,001,00:00:00.0000";
+         v.data.push_back(v.data[1]);
+         v.data[1] = v.data[0];
+     },
+     [](SoundVolume &v) {
+         v.data.erase(v.data.begin(), v.data.end());
+         v.series.clear();
+     }},
+    {"record-type", [](SoundVolume &v) { replace(v, "000002A", "000002X"); }, go_on},
     {"record-type", [](SoundVolume &v) { replace(v, "000002A", "000002V"); },
      [](SoundVolume &v) {
          v.edit = [](const std::string &b) { return b + "000007  " + std::string(504, ' '); };
@@ -138,6 +187,33 @@ const CheckCase Cases[] = {
      [](SoundVolume &v) {
          v.edit = [](const std::string &b) { return b + std::string(20, '\n'); };
      }},
+    {"span-index", [](SoundVolume &v) { v.span_index[0].end = "2024,001,23:59:59.9998"; },
+     [](SoundVolume &v) { v.span_index[0].end = "2024,001,23:59:59.9999"; }},
+    {"series-index", [](SoundVolume &v) { v.series[0].last.seq = 9; },
+     [](SoundVolume &v) { v.series[0].last.time = "2024,001,00:00:19.9500"; }},
+    {"series-index",
+     [](SoundVolume &v) {
+         v.channels.push_back({.channel = "BHN", .dip = 0, .exponent = 9});
+         v.data.push_back({.channel = "BHN", .samples = 200, .b1000 = DataOnly{}});
+     },
+     [](SoundVolume &v) {
+         v.series.clear();
+         v.channels.push_back({.channel = "BHN", .dip = 0, .exponent = 9});
+         v.data.push_back({.channel = "BHN", .samples = 200, .b1000 = DataOnly{}});
+     }},
+    {"header-time", [](SoundVolume &v) { v.stations[0].start = "2019,366"; },
+     [](SoundVolume &v) { v.stations[0].start = "2016,366,23:59:60"; }},
+    {"header-time",
+     [](SoundVolume &v) {
+         v.begin = v.span_index[0].begin = "2024,002,00:00:01";
+         v.series.clear();
+         v.data.clear();
+     },
+     [](SoundVolume &v) {
+         v.begin = v.span_index[0].begin = "2024,002";
+         v.series.clear();
+         v.data.clear();
+     }},
     {"undefined-code", [](SoundVolume &v) { v.stations[0].net_id = 9; },
      [](SoundVolume &v) { v.channels[0].units_calibration = 0; }},
     {"code-redefined",
@@ -169,6 +245,13 @@ const CheckCase Cases[] = {
      [](SoundVolume &v) { v.channels[0].elev = 1000; }},
     {"orientation-code", [](SoundVolume &v) { v.channels[0].dip = -84; },
      [](SoundVolume &v) { v.channels[0].dip = 85; }},
+    {"band-code", [](SoundVolume &v) { set_rate(v, 9); },
+     [](SoundVolume &v) {
+         set_rate(v, 84);
+         v.channels[0].channel = "SHZ";
+     }},
+    {"band-code", [](SoundVolume &v) { be_channel(v, "EHZ"); },
+     [](SoundVolume &v) { be_channel(v, "AHZ"); }},
     {"station-epoch", [](SoundVolume &v) { be_older(v, "2019,002", "2019,001"); },
      [](SoundVolume &v) { be_older(v, "2019,001", "2019,001,00:00:01"); }},
     {"channel-epoch",
@@ -221,12 +304,23 @@ const CheckCase Cases[] = {
          v.data.erase(v.data.begin());
          v.data[0].time = "2024,366,23:59:59.0000";
      }},
+    {"data-time", [](SoundVolume &v) { leap(v, "2024,182,00:00:60.0000", 0); },
+     [](SoundVolume &v) { leap(v, "2024,182,23:59:60.0000", 0); }},
+    {"data-time", [](SoundVolume &v) { leap(v, "2024,100,23:59:60.0000", 0); },
+     [](SoundVolume &v) { leap(v, "2024,100,23:59:60.0000", 0x10); }},
+    {"blockette-chain", [](SoundVolume &v) { v.data[1].num_blockettes = 2; },
+     [](SoundVolume &v) { v.data[1].timing_quality = 90; }},
+    {"blockette-chain", [](SoundVolume &v) { v.data[1].begin_data = 55; },
+     [](SoundVolume &v) { v.data[1].begin_data = 56; }},
+    {"data-rate", [](SoundVolume &v) { v.data[1].actual_rate = 20.01F; },
+     [](SoundVolume &v) { v.data[1].actual_rate = 20.001F; }},
     {"data-order",
      [](SoundVolume &v) {
          std::swap(v.data[0], v.data[1]);
          std::swap(v.series[0].first.seq, v.series[0].last.seq);
      },
      [](SoundVolume &v) {
+         v.series.clear();
          v.channels.push_back({.channel = "BHN", .dip = 0, .exponent = 9});
          v.data.push_back({.channel = "BHN", .samples = 200, .b1000 = DataOnly{}});
      }},
@@ -252,8 +346,10 @@ TEST(CheckRules, NegativeCountsAreBad)
         return bytes.replace(entry - 4, 4, "-999");
     };
     EXPECT_EQ(findings(volume.bytes()),
-              "1: blockette 012: Negative count -999 of a list +0 [bad-blockette]\n"
-              "3: blockette 054: Negative count -1 of a list +0 [bad-blockette]\n");
+              "1: blockette 012 (number 1 of its record): Negative count -999 of a list +0 "
+              "[bad-blockette]\n"
+              "3: blockette 054 (number 1 of its record) of XX_QRL__BHZ 2020,001: Negative count "
+              "-1 of a list; the response of its channel is not judged +0 [bad-blockette]\n");
 }
 
 TEST(CheckRules, CountsWhatIsRepeated)
@@ -270,10 +366,10 @@ TEST(CheckRules, CountsWhatIsRepeated)
              ++end)
             repeated += told.substr(told.rfind('\n', end) + 1,
                                     told.find('\n', end) - told.rfind('\n', end));
-    EXPECT_EQ(repeated, "7: XX_QRL__BHZ 2024,001,00:00:20.0000: a gap of 580 s, until "
+    EXPECT_EQ(repeated, "7: XX_QRL__BHZ 2024,001,00:00:20.0000: a gap of 0:09:40, until "
                         "2024,001,00:10:00.0000 +1 [data-gap]\n"
-                        "9: XX_QRL__BHZ 2024,001,00:20:05.0000: overlaps data up to "
-                        "2024,001,00:20:10.0000 by 5 s +0 [data-overlap]\n");
+                        "9: XX_QRL__BHZ 2024,001,00:20:05.0000: overlaps other data by 5 s, up to "
+                        "2024,001,00:20:10.0000 +0 [data-overlap]\n");
 }
 
 TEST(CheckRules, EachHasACase)
