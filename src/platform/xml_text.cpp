@@ -2,9 +2,11 @@
 
 #include "platform/utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace quarl::xml
 {
@@ -13,7 +15,7 @@ namespace
 {
 
 constexpr std::string_view Replacement = "\xEF\xBF\xBD"; // U+FFFD
-constexpr std::size_t Enough = 60000;                    ///< bytes that are handed over at a time
+constexpr std::size_t Enough = 1 << 17;                  ///< bytes that are handed over at a time
 
 /// Whether XML 1.0 can hold a character that is none of Unicode's surrogates.
 constexpr bool is_of_xml(std::uint32_t character)
@@ -83,6 +85,21 @@ void append_latin(std::string *to, unsigned char byte)
     *to += static_cast<char>(0x80 | (byte & 0x3F));
 }
 
+constexpr std::size_t Number_Room = 32;
+
+/// Writes a number to where there is Number_Room; returns the end.
+char *put_number(char *to, double value)
+{
+    constexpr double Few_Digits = 1e5; // from here on an exponent may be shorter
+    const int whole = std::fabs(value) < Few_Digits ? static_cast<int>(value) : 0;
+    if (whole == value && whole != 0)
+        return std::to_chars(to, to + Number_Room, whole).ptr;
+    if (std::isfinite(value))
+        return std::to_chars(to, to + Number_Room, value).ptr;
+    const std::string_view name = std::isnan(value) ? "NaN" : value > 0 ? "INF" : "-INF";
+    return to + name.copy(to, name.size());
+}
+
 } // namespace
 
 std::size_t append_escaped(std::string *to, std::string_view text)
@@ -115,16 +132,8 @@ std::size_t append_escaped(std::string *to, std::string_view text)
 
 void append_number(std::string *to, double value)
 {
-    if (std::isnan(value)) {
-        *to += "NaN";
-        return;
-    }
-    if (std::isinf(value)) {
-        *to += value > 0 ? "INF" : "-INF";
-        return;
-    }
-    std::array<char, 32> room{};
-    to->append(room.data(), std::to_chars(room.begin(), room.end(), value).ptr);
+    std::array<char, Number_Room> room; // not cleared: this is most of the work on a document
+    to->append(room.data(), put_number(room.data(), value));
 }
 
 void Writer::declaration() { held_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"; }
@@ -153,20 +162,31 @@ void Writer::open(Name name)
 
 void Writer::attribute(Name name, std::string_view text)
 {
-    held_ += ' ';
-    held_ += name.text();
-    held_ += "=\"";
+    begin_attribute(name);
     replaced_ += append_escaped(&held_, text);
     held_ += '"';
 }
 
-void Writer::attribute(Name name, std::int64_t number) { attribute(name, std::to_string(number)); }
+void Writer::begin_attribute(Name name)
+{
+    held_ += ' ';
+    held_ += name.text();
+    held_ += "=\"";
+}
+
+void Writer::attribute(Name name, std::int64_t number)
+{
+    std::array<char, 24> room; // not cleared, as above
+    begin_attribute(name);
+    held_.append(room.data(), std::to_chars(room.begin(), room.end(), number).ptr);
+    held_ += '"';
+}
 
 void Writer::attribute(Name name, double number)
 {
-    std::string text;
-    append_number(&text, number);
-    attribute(name, text);
+    begin_attribute(name);
+    append_number(&held_, number);
+    held_ += '"';
 }
 
 void Writer::value(std::string_view text)
@@ -202,6 +222,26 @@ void Writer::close()
     }
     in_tag_ = false;
     has_value_ = false;
+}
+
+void Writer::row(Name name, Name attribute, std::int64_t place, double number)
+{
+    begin_content();
+    if (held_.size() > Enough)
+        finish();
+    const std::size_t indent = 2 * names_.size();
+    const std::size_t before = held_.size();
+    const auto put = [](char *to, std::string_view text) {
+        return to + text.copy(to, text.size());
+    };
+    held_.resize(before + indent + 2 * name.text().size() + attribute.text().size() + 80);
+    char *to = held_.data() + before;
+    to = put(std::fill_n(to, indent, ' '), "<");
+    to = put(put(put(put(to, name.text()), " "), attribute.text()), "=\"");
+    to = put(std::to_chars(to, to + 24, place).ptr, "\">");
+    to = put_number(to, number);
+    to = put(put(put(to, "</"), name.text()), ">\n");
+    held_.resize(static_cast<std::size_t>(to - held_.data()));
 }
 
 /// Two hyphens in a row would end it.

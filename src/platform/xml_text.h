@@ -63,6 +63,8 @@ public:
         value(content);
         close();
     }
+    /// One of many elements with a number and its place, in one go.
+    void row(Name name, Name attribute, std::int64_t place, double number);
     void comment(std::string_view text);
     /// Hands over what is left.
     void finish();
@@ -72,6 +74,7 @@ public:
 
 private:
     void begin_line();
+    void begin_attribute(Name name);
     void begin_content();
 
     std::function<void(std::string_view)> sink_;

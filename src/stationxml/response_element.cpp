@@ -64,11 +64,16 @@ void write_list(xml::Writer &to, xml::Name name, const std::vector<double> &list
                 const std::vector<double> &errors, std::int64_t first)
 {
     for (std::size_t i = 0; i < list.size(); ++i) {
-        to.open(name);
-        to.attribute("number", static_cast<std::int64_t>(i) + first);
-        write_error(to, error_at(errors, i));
-        to.value(list[i]);
-        to.close();
+        const std::int64_t number = static_cast<std::int64_t>(i) + first;
+        if (const double error = error_at(errors, i); error == 0.0) {
+            to.row(name, "number", number, list[i]);
+        } else {
+            to.open(name);
+            to.attribute("number", number);
+            write_error(to, error);
+            to.value(list[i]);
+            to.close();
+        }
     }
 }
 
@@ -138,12 +143,9 @@ struct FilterWriter {
         to.element("Symmetry", std::string_view(shape.symmetry == 'B'   ? "ODD"
                                                 : shape.symmetry == 'C' ? "EVEN"
                                                                         : "NONE"));
-        for (std::size_t i = 0; i < shape.coefficients.size(); ++i) {
-            to.open("NumeratorCoefficient");
-            to.attribute("i", static_cast<std::int64_t>(i) + 1);
-            to.value(shape.coefficients[i]);
-            to.close();
-        }
+        for (std::size_t i = 0; i < shape.coefficients.size(); ++i)
+            to.row("NumeratorCoefficient", "i", static_cast<std::int64_t>(i) + 1,
+                   shape.coefficients[i]);
         to.close();
     }
     void operator()(const Polynomial &shape) const { write_polynomial(shape, "Polynomial"); }
