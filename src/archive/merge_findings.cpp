@@ -11,7 +11,7 @@ void Merge::keep_finding(const Ambiguity &found, std::int64_t number, std::int64
 {
     RowText row;
     row.whole(found.volume).whole(number);
-    row.any(sha256(found.rule + "\n" + found.subject + "\n" + found.text));
+    row.any(sha256(found.rule + "\n" + found.subject + "\n" + found.text).substr(0, 16));
     row.any(found.rule).any(other < 0 ? "note" : "warning").any(found.subject).any(found.text);
     row.whole(0).whole(0).whole(other);
     rows->add(row);

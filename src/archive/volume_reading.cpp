@@ -36,6 +36,7 @@ bool is_fill(const std::array<char, 8> &header)
 struct FoundText {
     std::string subject;
     std::string text;
+    std::string fingerprint = {}; ///< empty: made of the two
 };
 
 double share(std::int64_t part, std::int64_t all)
@@ -157,7 +158,9 @@ void VolumeReading::Work::add_finding(VolumeRows *rows, std::string_view rule,
 {
     RowText row;
     row.whole(++findings);
-    row.any(sha256(std::string(rule) + "\n" + told.subject + "\n" + told.text));
+    row.any(told.fingerprint.empty()
+                ? sha256(std::string(rule) + "\n" + told.subject + "\n" + told.text).substr(0, 16)
+                : told.fingerprint);
     row.any(rule).any(severity).any(told.subject).any(told.text).whole(record).whole(more);
     rows->findings.add(row);
 }
@@ -168,7 +171,8 @@ void VolumeReading::Work::add_findings(VolumeRows *rows)
         const Rule &rule = all_rules()[finding.rule];
         ++severities[static_cast<std::size_t>(severity_of(finding))];
         add_finding(rows, rule.name, name_of(severity_of(finding)),
-                    {text_of(finding.told.subject, finding.record), text_of(finding)},
+                    {text_of(finding.told.subject, finding.record), text_of(finding),
+                     fingerprint_of(finding)},
                     finding.record, finding.more);
     }
 }
