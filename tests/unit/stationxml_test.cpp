@@ -212,6 +212,13 @@ const Carried Cases[] = {
      [](SoundVolume &v) { v.response[2].second = b054({.stage = 2, .input_units = 9}); },
      {"<Stage number=\"2\"><Coefficients><InputUnits><Name>V</Name>"},
      "response-part"},
+    {"delay and correction, filters of two symmetries",
+     [](SoundVolume &v) {
+         v.response[6].second = b057(3, 80, 4, 1, .25, .5);
+         v.response.push_back({61, b061({.stage = 3, .coefficients = {1}})});
+     },
+     {"<Offset>1</Offset><Delay>0.25</Delay><Correction>0.5</Correction></Decimation>",
+      "<Stage number=\"4\"><FIR>"}},
     {"one stage without gain has that of the channel",
      [](SoundVolume &v) {
          v.response = {{53, b053({.poles = {{-1, 0}}})}, {58, b058(0, 7, .5)}};
