@@ -18,8 +18,11 @@ _quarl_json()
         COMPREPLY+=($(compgen -f -- "$current"))
         return ;;
     esac
+    case $previous in
+    --select | --start | --end) return ;;
+    esac
     case $current in
-    -*) COMPREPLY=($(compgen -W $'-t\n-d\n-h\n-V\n--types\n--database\n--schema\n--help\n--version' \
+    -*) COMPREPLY=($(compgen -W $'-t\n-n\n-d\n-h\n-V\n--types\n--name\n--database\n--samples\n--select\n--start\n--end\n--epoch\n--utf8\n--schema\n--help\n--version' \
         -- "$current")) ;;
     *) COMPREPLY=($(compgen -f -- "$current")) ;;
     esac

@@ -46,6 +46,15 @@ enum class Meaning {
     absent,   ///< has its place in the record, but no parser fills it
 };
 
+/// Why the volume has no value for a field.
+enum class Absence : char {
+    none,       ///< it has one
+    blank,      ///< of a number
+    unreadable, ///< not a finite number, with something behind it, or a text that nothing closes
+    cut,        ///< the item's bytes end before the field does
+    left_out,   ///< the same, where older versions of the format end, or writers as a rule
+};
+
 /// What is said of a field besides its value. Texts live for ever.
 struct About {
     std::string_view name;      ///< the standard's term, in small letters and "_"
@@ -53,6 +62,7 @@ struct About {
     Meaning meaning = Meaning::number;
     Dictionary dictionary = Dictionary::none;
     std::string_view each = {}; ///< the term for one of them, where a field holds several numbers
+    bool may_be_blank = false;  ///< the standard lets a writer leave the number out
 };
 
 namespace fields
@@ -116,6 +126,16 @@ template <class Member> struct Field : About {
     {
         return plain(std::invoke(member, record));
     }
+    /// The member that the value is read from: what Item::absence_at asks for.
+    template <class Record> [[nodiscard]] const void *place(const Record &record) const
+    {
+        if constexpr (requires { record.*(member.flags); })
+            return &(record.*(member.flags));
+        else if constexpr (requires { record.*(member.byte); })
+            return &(record.*(member.byte));
+        else
+            return &std::invoke(member, record);
+    }
 };
 
 /// One field of each entry of a list: `array` is indexed by the entry, `part` is a member of an
@@ -133,6 +153,16 @@ template <class Array, class Part> struct Column : About {
             return plain(std::invoke(array, record)[entry]);
         else
             return plain(std::invoke(part, std::invoke(array, record)[entry]));
+    }
+    template <class Record>
+    [[nodiscard]] const void *place(const Record &record, std::size_t entry) const
+    {
+        if constexpr (std::is_invocable_v<Array, const Record &, std::size_t>)
+            return std::invoke(array, record, entry);
+        else if constexpr (std::is_same_v<Part, std::nullptr_t>)
+            return &std::invoke(array, record)[entry];
+        else
+            return &std::invoke(part, std::invoke(array, record)[entry]);
     }
 };
 
@@ -154,6 +184,10 @@ template <class Count, class Promised, class... Columns> struct List : About {
     template <class Record> [[nodiscard]] int promised(const Record &record) const
     {
         return std::invoke(promised_count, record);
+    }
+    template <class Record> [[nodiscard]] const void *promised_place(const Record &record) const
+    {
+        return &std::invoke(promised_count, record);
     }
 };
 
@@ -183,6 +217,12 @@ template <class Member>
 constexpr auto key(std::string_view name, Dictionary dictionary, Member member)
 {
     return Field<Member>{{name, {}, Meaning::key, dictionary}, member};
+}
+/// A number, or the code of one, that the standard lets a writer leave blank.
+template <class Description> constexpr Description or_blank(Description description)
+{
+    description.may_be_blank = true;
+    return description;
 }
 /// Several numbers.
 template <class Member>
@@ -261,15 +301,6 @@ template <class Array, class Part = std::nullptr_t>
 constexpr auto column(About about, Array array, Part part = nullptr)
 {
     return Column<Array, Part>{about, array, part};
-}
-
-/// A list that is kept whole.
-template <class Count, class... Columns>
-constexpr auto list(std::string_view name, std::string_view count_name, Count count,
-                    Columns... columns)
-{
-    return List<Count, Count, Columns...>{
-        {name, {}, Meaning::number}, count_name, count, count, all_fields(columns...)};
 }
 
 /// A list of which the record keeps a limited number of entries.

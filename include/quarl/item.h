@@ -45,6 +45,7 @@ struct FileEnd : record_t {
 };
 
 struct DataRoom;
+class Flaws;
 
 /// One item. It, its record and its bytes live until the next item is asked for.
 class Item
@@ -84,6 +85,28 @@ public:
     /// A field was no number, a text too long for it, or a count above the room for its list.
     [[nodiscard]] bool bad() const { return bad_; }
 
+    /// The bytes end before the fields do: the input is cut inside the item, or the item is shorter
+    /// than its fields.
+    [[nodiscard]] bool cut() const { return cut_; }
+
+    /// Bytes that the input lacks at the end of the item.
+    [[nodiscard]] int missing() const { return missing_; }
+
+    /// Why a field of the record has no value; `field` is the member itself, in an item of a volume
+    /// that is not read as the listing reads (VolumeOptions::unlisted). What has none is 0 or
+    /// empty:
+    ///
+    ///     if (item.absence(station->lat) == quarl::Absence::none)
+    ///         show(station->lat);
+    template <class Value> [[nodiscard]] Absence absence(const Value &field) const
+    {
+        return flaws_ ? absence_at(&field) : Absence::none;
+    }
+    /// The same by the address of the member.
+    [[nodiscard]] Absence absence_at(const void *field) const;
+    /// Some field has no value.
+    [[nodiscard]] bool has_flaws() const { return flaws_ != nullptr; }
+
     /// Bytes that the fields of a blockette took, its type and length included; 0 when it was not
     /// parsed. A list that a bad field ended is counted up to there.
     [[nodiscard]] std::size_t fields_size() const { return fields_size_; }
@@ -100,6 +123,9 @@ private:
     int type_ = 0;
     int length_ = 0;
     bool bad_ = false;
+    bool cut_ = false;
+    int missing_ = 0;
+    const Flaws *flaws_ = nullptr; ///< null when there are none
     const record_t *record_ = nullptr;
     std::size_t fields_size_ = 0;
     std::string_view bytes_;

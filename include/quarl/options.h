@@ -61,8 +61,13 @@ struct VolumeOptions {
     /// the generic response (056), whose items have records then, the history of calibrations (058)
     /// and the coefficients of a polynomial as they were written (062). What is wrong with them is
     /// no message but Item::bad. And take a negative count of a list for a bad field, where the
-    /// listing ends with an Error.
+    /// listing ends with an Error; read on behind a bad entry of a list; keep account of the fields
+    /// that have no value (Item::absence); take counts and offsets of data records, which have no
+    /// sign, and their quality letters as they are.
     bool unlisted = true;
+    /// Read data records of up to 2^20 bytes; without this one of more than 10000 ends the reading
+    /// with an Error, as it ends the listing. Goes with `unlisted` only.
+    bool large_records = false;
 
     /// Go on behind damage where the framing of a listing reads one thing for another: behind a
     /// record that is missing or no record, from where blockettes or records can be told again.
@@ -72,7 +77,8 @@ struct VolumeOptions {
 
     /// Gets each message; when it is empty, messages go to standard error.
     std::function<void(const Message &)> message = {};
-    /// Gets each blockette that has bad fields, behind its messages and before it is yielded.
+    /// Gets each blockette that has bad fields, behind its messages and before it is yielded, with
+    /// the record as the listing reads it.
     std::function<void(const Item &)> bad_item = {};
     /// Gets the sequence number of each logical record that is entered.
     std::function<void(int sequence_number)> record = {};

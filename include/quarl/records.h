@@ -64,7 +64,8 @@ struct channel_context_t {
         using namespace quarl::fields;
         return all_fields(text("location", &channel_context_t::loc_id),
                           text("channel", &channel_context_t::chan_id),
-                          when("epoch_start", &channel_context_t::start_date));
+                          when("epoch_start", &channel_context_t::start_date),
+                          until("epoch_end", &channel_context_t::end_date));
     }
 };
 
@@ -111,9 +112,10 @@ struct blk_011_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(list("stations", "number_of_stations", &blk_011_t::num_stn,
-                               column({"station", {}, Meaning::text}, &blk_011_t::station),
-                               column({"sequence_number"}, &blk_011_t::seq_num)));
+        return all_fields(limited_list("stations", "number_of_stations", &blk_011_t::num_stn_held,
+                                       &blk_011_t::num_stn,
+                                       column({"station", {}, Meaning::text}, &blk_011_t::station),
+                                       column({"sequence_number"}, &blk_011_t::seq_num)));
     }
 };
 
@@ -132,7 +134,7 @@ struct blk_012_t : blk_t {
     {
         using namespace quarl::fields;
         return all_fields(limited_list(
-            "spans", "number_of_spans", &blk_012_t::num_span, &blk_012_t::num_span_promised,
+            "spans", "number_of_spans", &blk_012_t::num_span_held, &blk_012_t::num_span_promised,
             column({"beginning_of_span", {}, Meaning::time}, &blk_012_t::beg_span),
             column({"end_of_span", {}, Meaning::end_time}, &blk_012_t::end_span),
             column({"sequence_number"}, &blk_012_t::seq_num)));
@@ -159,9 +161,10 @@ struct blk_030_t : blk_t {
             text("short_descriptive_name", &blk_030_t::name),
             key("data_format_identifier_code", Dictionary::data_formats, &blk_030_t::format_id),
             number("data_family_type", &blk_030_t::data_type),
-            list("decoder_keys", "number_of_decoder_keys", &blk_030_t::num_keys,
-                 column({"decoder_key", {}, Meaning::text}, &blk_030_t::decode_key,
-                        &blk_030_t::DecodeKey::text)));
+            limited_list("decoder_keys", "number_of_decoder_keys", &blk_030_t::num_keys_held,
+                         &blk_030_t::num_keys,
+                         column({"decoder_key", {}, Meaning::text}, &blk_030_t::decode_key,
+                                &blk_030_t::DecodeKey::text)));
     }
 };
 
@@ -176,10 +179,11 @@ struct blk_031_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(key("comment_code_key", Dictionary::comments, &blk_031_t::comment_id),
-                          text("comment_class_code", &blk_031_t::class_code),
-                          text("description_of_comment", &blk_031_t::comment),
-                          code("units_of_comment_level", Dictionary::units, &blk_031_t::units));
+        return all_fields(
+            key("comment_code_key", Dictionary::comments, &blk_031_t::comment_id),
+            text("comment_class_code", &blk_031_t::class_code),
+            text("description_of_comment", &blk_031_t::comment),
+            or_blank(code("units_of_comment_level", Dictionary::units, &blk_031_t::units)));
     }
 };
 
@@ -291,7 +295,7 @@ struct blk_051_t : blk_t {
         return all_fields(when("beginning_effective_time", &blk_051_t::beg_time),
                           until("end_effective_time", &blk_051_t::end_time),
                           code("comment", Dictionary::comments, &blk_051_t::comment_key),
-                          number("comment_level", &blk_051_t::comment_level));
+                          or_blank(number("comment_level", &blk_051_t::comment_level)));
     }
 };
 
@@ -339,11 +343,11 @@ struct blk_052_t : blk_t {
         using namespace quarl::fields;
         return all_fields(
             text("location", &blk_052_t::loc_id), text("channel", &blk_052_t::chan_id),
-            number("subchannel", &blk_052_t::subchan_id),
+            or_blank(number("subchannel", &blk_052_t::subchan_id)),
             code("instrument", Dictionary::abbreviations, &blk_052_t::instr_id),
             text("optional_comment", &blk_052_t::comment),
             code("signal_units", Dictionary::units, &blk_052_t::units_signal),
-            code("calibration_units", Dictionary::units, &blk_052_t::units_cal),
+            or_blank(code("calibration_units", Dictionary::units, &blk_052_t::units_cal)),
             number("latitude", &blk_052_t::lat, "degrees"),
             number("longitude", &blk_052_t::lon, "degrees"),
             number("elevation", &blk_052_t::elev, "m"),
@@ -354,8 +358,8 @@ struct blk_052_t : blk_t {
             exponent("data_record_length", &blk_052_t::record_length),
             exponent("data_record_length_as_read", &blk_052_t::record_length_read),
             number("sample_rate", &blk_052_t::sample_rate, "Hz"),
-            number("max_clock_drift", &blk_052_t::max_drift, "s/sample"),
-            number("number_of_comments", &blk_052_t::num_comments),
+            or_blank(number("max_clock_drift", &blk_052_t::max_drift, "s/sample")),
+            or_blank(number("number_of_comments", &blk_052_t::num_comments)),
             text("channel_flags", &blk_052_t::chan_flags),
             when("start_date", &blk_052_t::start_date), until("end_date", &blk_052_t::end_date),
             text("update_flag", &blk_052_t::update));
@@ -391,16 +395,18 @@ struct blk_053_t : blk_t, channel_context_t {
             code("output_units", Dictionary::units, &blk_053_t::output_units),
             number("a0_normalization_factor", &blk_053_t::normal_factor),
             number("normalization_frequency", &blk_053_t::normal_freq, "Hz"),
-            list("zeros", "number_of_complex_zeros", &blk_053_t::num_zeros,
-                 column({"real"}, &blk_053_t::zero, &Complex_t::real),
-                 column({"imaginary"}, &blk_053_t::zero, &Complex_t::imag),
-                 column({"real_error"}, &blk_053_t::zero_error, &Complex_t::real),
-                 column({"imaginary_error"}, &blk_053_t::zero_error, &Complex_t::imag)),
-            list("poles", "number_of_complex_poles", &blk_053_t::num_poles,
-                 column({"real"}, &blk_053_t::pole, &Complex_t::real),
-                 column({"imaginary"}, &blk_053_t::pole, &Complex_t::imag),
-                 column({"real_error"}, &blk_053_t::pole_error, &Complex_t::real),
-                 column({"imaginary_error"}, &blk_053_t::pole_error, &Complex_t::imag)));
+            limited_list("zeros", "number_of_complex_zeros", &blk_053_t::num_zeros_held,
+                         &blk_053_t::num_zeros,
+                         column({"real"}, &blk_053_t::zero, &Complex_t::real),
+                         column({"imaginary"}, &blk_053_t::zero, &Complex_t::imag),
+                         column({"real_error"}, &blk_053_t::zero_error, &Complex_t::real),
+                         column({"imaginary_error"}, &blk_053_t::zero_error, &Complex_t::imag)),
+            limited_list("poles", "number_of_complex_poles", &blk_053_t::num_poles_held,
+                         &blk_053_t::num_poles,
+                         column({"real"}, &blk_053_t::pole, &Complex_t::real),
+                         column({"imaginary"}, &blk_053_t::pole, &Complex_t::imag),
+                         column({"real_error"}, &blk_053_t::pole_error, &Complex_t::real),
+                         column({"imaginary_error"}, &blk_053_t::pole_error, &Complex_t::imag)));
     }
 };
 
@@ -424,16 +430,17 @@ struct blk_054_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(text("response_type", &blk_054_t::func_type),
-                          number("stage_sequence_number", &blk_054_t::stage_num),
-                          code("input_units", Dictionary::units, &blk_054_t::input_units),
-                          code("output_units", Dictionary::units, &blk_054_t::output_units),
-                          list("numerators", "number_of_numerators", &blk_054_t::num_numer,
-                               column({"coefficient"}, &blk_054_t::numer_coef),
-                               column({"error"}, &blk_054_t::numer_error)),
-                          list("denominators", "number_of_denominators", &blk_054_t::num_denom,
-                               column({"coefficient"}, &blk_054_t::denom_coef),
-                               column({"error"}, &blk_054_t::denom_error)));
+        return all_fields(
+            text("response_type", &blk_054_t::func_type),
+            number("stage_sequence_number", &blk_054_t::stage_num),
+            code("input_units", Dictionary::units, &blk_054_t::input_units),
+            code("output_units", Dictionary::units, &blk_054_t::output_units),
+            limited_list("numerators", "number_of_numerators", &blk_054_t::num_numer_held,
+                         &blk_054_t::num_numer, column({"coefficient"}, &blk_054_t::numer_coef),
+                         column({"error"}, &blk_054_t::numer_error)),
+            limited_list("denominators", "number_of_denominators", &blk_054_t::num_denom_held,
+                         &blk_054_t::num_denom, column({"coefficient"}, &blk_054_t::denom_coef),
+                         column({"error"}, &blk_054_t::denom_error)));
     }
 };
 
@@ -455,15 +462,16 @@ struct blk_055_t : blk_t, channel_context_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(number("stage_sequence_number", &blk_055_t::stage_num),
-                          code("input_units", Dictionary::units, &blk_055_t::input_units),
-                          code("output_units", Dictionary::units, &blk_055_t::output_units),
-                          list("responses", "number_of_responses_listed", &blk_055_t::num_resp,
-                               column({"frequency", "Hz"}, &blk_055_t::frequency),
-                               column({"amplitude"}, &blk_055_t::amplitude),
-                               column({"amplitude_error"}, &blk_055_t::amplitude_error),
-                               column({"phase_angle", "degrees"}, &blk_055_t::phase),
-                               column({"phase_error", "degrees"}, &blk_055_t::phase_error)));
+        return all_fields(
+            number("stage_sequence_number", &blk_055_t::stage_num),
+            code("input_units", Dictionary::units, &blk_055_t::input_units),
+            code("output_units", Dictionary::units, &blk_055_t::output_units),
+            limited_list("responses", "number_of_responses_listed", &blk_055_t::num_resp_held,
+                         &blk_055_t::num_resp, column({"frequency", "Hz"}, &blk_055_t::frequency),
+                         column({"amplitude"}, &blk_055_t::amplitude),
+                         column({"amplitude_error"}, &blk_055_t::amplitude_error),
+                         column({"phase_angle", "degrees"}, &blk_055_t::phase),
+                         column({"phase_error", "degrees"}, &blk_055_t::phase_error)));
     }
 };
 
@@ -539,7 +547,7 @@ struct blk_059_t : blk_t, channel_context_t {
         return all_fields(when("beginning_effective_time", &blk_059_t::beg_time),
                           until("end_effective_time", &blk_059_t::end_time),
                           code("comment", Dictionary::comments, &blk_059_t::comment_key),
-                          number("comment_level", &blk_059_t::comment_level));
+                          or_blank(number("comment_level", &blk_059_t::comment_level)));
     }
 };
 
@@ -564,8 +572,9 @@ struct blk_061_t : blk_t, channel_context_t {
                           text("symmetry_code", &blk_061_t::symmetry),
                           code("input_units", Dictionary::units, &blk_061_t::input_units),
                           code("output_units", Dictionary::units, &blk_061_t::output_units),
-                          list("coefficients", "number_of_coefficients", &blk_061_t::num_coef,
-                               column({"coefficient"}, &blk_061_t::coef)));
+                          limited_list("coefficients", "number_of_coefficients",
+                                       &blk_061_t::num_coef_held, &blk_061_t::num_coef,
+                                       column({"coefficient"}, &blk_061_t::coef)));
     }
 };
 
@@ -870,12 +879,18 @@ struct blk_060_t : blk_t, channel_context_t {
     static constexpr int Number = 60;
     struct Stage {
         int stage_num = 0;
+        int num_keys_promised = 0;
         std::vector<int> lookup_key; ///< of the response dictionary, in order
     };
     int num_stages = 0;
     int num_stages_promised = 0;
     std::vector<Stage> stage;
 
+    /// How many keys the volume promises for a stage.
+    [[nodiscard]] const int &promised_codes(std::size_t i) const
+    {
+        return stage[i].num_keys_promised;
+    }
     static constexpr auto fields()
     {
         using namespace quarl::fields;
@@ -914,6 +929,7 @@ struct blk_071_t : blk_t {
     double depth = 0.0;        ///< km
     int num_mags = 0;          ///< kept
     int num_mags_promised = 0; ///< as counted by the volume
+    int num_mags_held = 0;
     double mag[Capacity] = {};
     char mag_type[Capacity][11] = {};
     int mag_source[Capacity] = {};   ///< cited source
@@ -931,14 +947,15 @@ struct blk_071_t : blk_t {
             code("hypocenter_source", Dictionary::sources, &blk_071_t::source_id),
             number("latitude", &blk_071_t::lat, "degrees"),
             number("longitude", &blk_071_t::lon, "degrees"),
-            number("depth", &blk_071_t::depth, "km"),
-            limited_list("magnitudes", "number_of_magnitudes", &blk_071_t::num_mags,
+            or_blank(number("depth", &blk_071_t::depth, "km")),
+            limited_list("magnitudes", "number_of_magnitudes", &blk_071_t::num_mags_held,
                          &blk_071_t::num_mags_promised, column({"magnitude"}, &blk_071_t::mag),
                          column({"magnitude_type", {}, Meaning::text}, &blk_071_t::mag_type),
                          column({"magnitude_source", {}, Meaning::code, Dictionary::sources},
                                 &blk_071_t::mag_source)),
             absent("span_start", &blk_071_t::span_start), absent("span_end", &blk_071_t::span_end),
-            number("seismic_region", &blk_071_t::grn), number("seismic_location", &blk_071_t::srn),
+            or_blank(number("seismic_region", &blk_071_t::grn)),
+            or_blank(number("seismic_location", &blk_071_t::srn)),
             text("region_name", &blk_071_t::gregion));
     }
 };
@@ -967,8 +984,9 @@ struct blk_072_t : blk_t {
         return all_fields(
             text("station", &blk_072_t::stn_id), text("location", &blk_072_t::loc_id),
             text("channel", &blk_072_t::chan_id), when("arrival_time", &blk_072_t::arr_time),
-            number("amplitude", &blk_072_t::amp), number("period", &blk_072_t::period, "s"),
-            number("signal_to_noise_ratio", &blk_072_t::snr),
+            or_blank(number("amplitude", &blk_072_t::amp)),
+            or_blank(number("period", &blk_072_t::period, "s")),
+            or_blank(number("signal_to_noise_ratio", &blk_072_t::snr)),
             text("name_of_phase", &blk_072_t::phase), absent("latitude", &blk_072_t::lat),
             absent("longitude", &blk_072_t::lon), absent("depth", &blk_072_t::depth),
             absent("event_time", &blk_072_t::event_time),
@@ -982,6 +1000,7 @@ struct blk_073_t : blk_t {
     static constexpr int Number = 73;
     static constexpr int Capacity = 250;
     int num_segs = 0;
+    int num_segs_held = 0;
     char stn_id[Capacity][Station_Size] = {};
     char loc_id[Capacity][Location_Size] = {};
     char chan_id[Capacity][Channel_Id_Size] = {};
@@ -992,14 +1011,14 @@ struct blk_073_t : blk_t {
     static constexpr auto fields()
     {
         using namespace quarl::fields;
-        return all_fields(
-            list("data_pieces", "number_of_data_pieces", &blk_073_t::num_segs,
-                 column({"station", {}, Meaning::text}, &blk_073_t::stn_id),
-                 column({"location", {}, Meaning::text}, &blk_073_t::loc_id),
-                 column({"channel", {}, Meaning::text}, &blk_073_t::chan_id),
-                 column({"time_of_record", {}, Meaning::time}, &blk_073_t::series_start_time),
-                 column({"sequence_number"}, &blk_073_t::seq_num),
-                 column({"subsequence_number"}, &blk_073_t::sub_seq_num)));
+        return all_fields(limited_list(
+            "data_pieces", "number_of_data_pieces", &blk_073_t::num_segs_held, &blk_073_t::num_segs,
+            column({"station", {}, Meaning::text}, &blk_073_t::stn_id),
+            column({"location", {}, Meaning::text}, &blk_073_t::loc_id),
+            column({"channel", {}, Meaning::text}, &blk_073_t::chan_id),
+            column({"time_of_record", {}, Meaning::time}, &blk_073_t::series_start_time),
+            column({"sequence_number"}, &blk_073_t::seq_num),
+            column({"subsequence_number"}, &blk_073_t::sub_seq_num)));
     }
 };
 
@@ -1019,6 +1038,7 @@ struct blk_074_t : blk_t {
     int last_sub_seq_num = 1;
     int num_repeats = 0;          ///< accelerator repeats, kept
     int num_repeats_promised = 0; ///< as counted by the volume
+    int num_repeats_held = 0;
     char rec_start_time[Capacity][Time_Size] = {};
     int req_seq_num[Capacity] = {};
     int req_sub_seq_num[Capacity] = {};
@@ -1035,7 +1055,8 @@ struct blk_074_t : blk_t {
                           number("last_sequence_number", &blk_074_t::last_seq_num),
                           number("last_subsequence_number", &blk_074_t::last_sub_seq_num),
                           limited_list("accelerator_repeats", "number_of_accelerator_repeats",
-                                       &blk_074_t::num_repeats, &blk_074_t::num_repeats_promised,
+                                       &blk_074_t::num_repeats_held,
+                                       &blk_074_t::num_repeats_promised,
                                        column({"record_start_time", {}, Meaning::time},
                                               &blk_074_t::rec_start_time),
                                        column({"sequence_number"}, &blk_074_t::req_seq_num),

@@ -111,4 +111,28 @@ void parse_dh(blk_dh_t *blk, std::string_view buff)
     blk->beg_blks = in.read2();
 }
 
+void take_unsigned(blk_dh_t *blk)
+{
+    blk->nsamps &= 0xFFFF;
+    blk->beg_data &= 0xFFFF;
+    blk->beg_blks &= 0xFFFF;
+    blk->blks_fol &= 0xFF;
+}
+
+void note_missing(const blk_dh_t &blk, int size, Flaws *flaws)
+{
+    const struct {
+        const void *value;
+        int end; ///< bytes of the record that it needs
+    } needs[] = {
+        {blk.stn_id, 13},     {blk.loc_id, 15},    {blk.chan_id, 18},   {blk.network_code, 20},
+        {blk.start_time, 30}, {&blk.nsamps, 32},   {&blk.rate_f, 34},   {&blk.rate_m, 36},
+        {&blk.samp_rate, 36}, {&blk.activity, 37}, {&blk.io_flags, 38}, {&blk.quality, 39},
+        {&blk.blks_fol, 40},  {&blk.time_cor, 44}, {&blk.beg_data, 46}, {&blk.beg_blks, 48},
+    };
+    for (const auto &need : needs)
+        if (need.end > size)
+            flaws->add(need.value, Absence::cut);
+}
+
 } // namespace quarl

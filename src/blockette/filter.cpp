@@ -16,17 +16,17 @@ constexpr int Listed_Count = 4;             ///< characters of a polynomial's co
 void scan_polynomial(Cursor *in, blk_062_t *blk)
 {
     scan_head(in, blk);
-    blk->transfer_function_type = scan_char(in);
-    blk->stage_num = scan_int(in, 2);
-    blk->input_units = scan_int(in, 3);
-    blk->output_units = scan_int(in, 3);
-    blk->polynomial_approximation_type = scan_char(in);
-    blk->valid_frequency_units = scan_char(in);
-    blk->lower_valid_frequency_bound = scan_double(in, 12);
-    blk->upper_valid_frequency_bound = scan_double(in, 12);
-    blk->lower_bound_of_approximation = scan_double(in, 12);
-    blk->upper_bound_of_approximation = scan_double(in, 12);
-    blk->maximum_absolute_error = scan_double(in, 12);
+    scan_char(in, &blk->transfer_function_type);
+    scan_int(in, 2, &blk->stage_num);
+    scan_int(in, 3, &blk->input_units);
+    scan_int(in, 3, &blk->output_units);
+    scan_char(in, &blk->polynomial_approximation_type);
+    scan_char(in, &blk->valid_frequency_units);
+    scan_double(in, 12, &blk->lower_valid_frequency_bound);
+    scan_double(in, 12, &blk->upper_valid_frequency_bound);
+    scan_double(in, 12, &blk->lower_bound_of_approximation);
+    scan_double(in, 12, &blk->upper_bound_of_approximation);
+    scan_double(in, 12, &blk->maximum_absolute_error);
 }
 
 /// The characters that a polynomial's count takes: three, unless four make the blockette as long as
@@ -48,8 +48,8 @@ void parse_059(blk_059_t *blk, std::string_view buff)
     scan_head(&in, blk);
     scan_var_str(&in, blk->beg_time);
     scan_var_str(&in, blk->end_time);
-    blk->comment_key = scan_int(&in, 4);
-    blk->comment_level = scan_int(&in, 6);
+    scan_int(&in, 4, &blk->comment_key);
+    scan_int(&in, 6, &blk->comment_level);
     stamp_channel(blk);
 }
 
@@ -57,47 +57,49 @@ void parse_061(blk_061_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_head(&in, blk);
-    blk->stage_num = scan_int(&in, 2);
+    scan_int(&in, 2, &blk->stage_num);
     scan_var_str(&in, blk->response_name);
-    blk->symmetry = scan_char(&in);
-    blk->input_units = scan_int(&in, 3);
-    blk->output_units = scan_int(&in, 3);
-    blk->num_coef = scan_listed_count(&in, 4);
+    scan_char(&in, &blk->symmetry);
+    scan_int(&in, 3, &blk->input_units);
+    scan_int(&in, 3, &blk->output_units);
+    scan_listed_count(&in, 4, &blk->num_coef);
     blk->num_coef_held = entries_held(in, blk->length, blk->num_coef, Fir_Coefficient);
     allocate(blk->coef, blk->num_coef, "blk->coef");
     stamp_channel(blk);
-    (void)scan_list(blk->num_coef, "061 fir coefficient",
-                    [&](int i) { blk->coef[i] = scan_double(&in, 14); });
+    (void)scan_list(
+        &in, {blk->num_coef, entries_begun(in, blk->num_coef, Fir_Coefficient), Fir_Coefficient},
+        "061 fir coefficient", [&](int i) { scan_double(&in, 14, &blk->coef[i]); });
 }
 
 void parse_062(blk_062_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_polynomial(&in, blk);
-    blk->num_coef_listed = scan_listed_count(&in, Listed_Count);
+    scan_listed_count(&in, Listed_Count, &blk->num_coef_listed);
     allocate(blk->coef_listed, blk->num_coef_listed, "blk->coef");
     allocate(blk->coef_error_listed, blk->num_coef_listed, "blk->coef_error");
     stamp_channel(blk);
-    (void)scan_list(blk->num_coef_listed, "062 fir coefficient", [&](int i) {
-        blk->coef_listed[i] = scan_double(&in, 12);
-        blk->coef_error_listed[i] = scan_double(&in, 12);
-    });
+    const int there = entries_begun(in, blk->num_coef_listed, Coefficient);
+    (void)scan_list(&in, {blk->num_coef_listed, there, Coefficient}, "062 fir coefficient",
+                    [&](int i) {
+                        scan_double(&in, 12, &blk->coef_listed[i]);
+                        scan_double(&in, 12, &blk->coef_error_listed[i]);
+                    });
 }
 
 void read_whole(blk_062_t *blk, std::string_view buff)
 {
     Cursor in(buff);
     scan_polynomial(&in, blk);
-    blk->num_coef_promised = scan_count(&in, count_width(in, blk->length));
+    scan_count(&in, count_width(in, blk->length), &blk->num_coef_promised);
     blk->num_coef = entries_held(in, blk->length, blk->num_coef_promised, Coefficient);
     allocate(blk->coef, blk->num_coef, "blk->coef");
     allocate(blk->coef_error, blk->num_coef, "blk->coef_error");
-    const bool sound = scan_list(blk->num_coef, "coefficients", [&](int i) {
-        blk->coef[i] = scan_double(&in, 12);
-        blk->coef_error[i] = scan_double(&in, 12);
-    });
-    if (sound)
-        in.advance(Coefficient * (blk->num_coef_promised - blk->num_coef));
+    (void)scan_list(&in, {blk->num_coef_promised, blk->num_coef, Coefficient}, "coefficients",
+                    [&](int i) {
+                        scan_double(&in, 12, &blk->coef[i]);
+                        scan_double(&in, 12, &blk->coef_error[i]);
+                    });
 }
 
 } // namespace quarl

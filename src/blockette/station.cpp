@@ -64,6 +64,7 @@ void check_record_length(blk_052_t *blk)
     }
 }
 
+constexpr double Networks_Since = 2.3;        ///< the format's version that brought network codes
 constexpr std::size_t Skipped_Counts = 4 + 3; ///< numbers of channels and of station comments
 
 } // namespace
@@ -73,18 +74,20 @@ void parse_050(blk_050_t *blk, std::string_view buff)
     Cursor in(buff);
     scan_head(&in, blk);
     scan_str<5>(&in, blk->station);
-    blk->lat = scan_double(&in, 10);
-    blk->lon = scan_double(&in, 11);
-    blk->elev = scan_double(&in, 7);
+    scan_double(&in, 10, &blk->lat);
+    scan_double(&in, 11, &blk->lon);
+    scan_double(&in, 7, &blk->elev);
     in.advance(Skipped_Counts);
     scan_var_str(&in, blk->name);
-    blk->net_id = scan_int(&in, 3);
-    blk->long_order = scan_int(&in, 4);
-    blk->word_order = scan_int(&in, 2);
+    scan_int(&in, 3, &blk->net_id);
+    scan_int(&in, 4, &blk->long_order);
+    scan_int(&in, 2, &blk->word_order);
     scan_var_str(&in, blk->start_date);
     scan_var_str(&in, blk->end_date);
-    blk->update = scan_char(&in);
+    scan_char(&in, &blk->update);
+    in.may_end_before(Networks_Since);
     copy_text(blk->network_code, scan_raw(&in, 2));
+    in.note_text(blk->network_code);
     parsing().blk_050 = *blk;
     parsing().channel_is_of_station = false;
 }
@@ -95,8 +98,8 @@ void parse_051(blk_051_t *blk, std::string_view buff)
     scan_head(&in, blk);
     scan_var_str(&in, blk->beg_time);
     scan_var_str(&in, blk->end_time);
-    blk->comment_key = scan_int(&in, 4);
-    blk->comment_level = scan_int(&in, 6);
+    scan_int(&in, 4, &blk->comment_key);
+    scan_int(&in, 6, &blk->comment_level);
     copy_text(blk->station, parsing().blk_050.station);
     copy_text(blk->network_code, parsing().blk_050.network_code);
 }
@@ -107,26 +110,28 @@ void parse_052(blk_052_t *blk, std::string_view buff)
     scan_head(&in, blk);
     scan_str<2>(&in, blk->loc_id);
     scan_str<3>(&in, blk->chan_id);
-    blk->subchan_id = scan_int(&in, 4);
-    blk->instr_id = scan_int(&in, 3);
+    scan_int(&in, 4, &blk->subchan_id);
+    scan_int(&in, 3, &blk->instr_id);
     scan_var_str(&in, blk->comment);
-    blk->units_signal = scan_int(&in, 3);
-    blk->units_cal = scan_int(&in, 3);
-    blk->lat = scan_double(&in, 10);
-    blk->lon = scan_double(&in, 11);
-    blk->elev = scan_double(&in, 7);
-    blk->depth = scan_double(&in, 5);
-    blk->azimuth = scan_double(&in, 5);
-    blk->dip = scan_double(&in, 5);
-    blk->format_id = scan_int(&in, 4);
-    blk->record_length = blk->record_length_read = scan_int(&in, 2);
-    blk->sample_rate = scan_double(&in, 10);
-    blk->max_drift = scan_double(&in, 10);
-    blk->num_comments = scan_int(&in, 4);
+    scan_int(&in, 3, &blk->units_signal);
+    scan_int(&in, 3, &blk->units_cal);
+    scan_double(&in, 10, &blk->lat);
+    scan_double(&in, 11, &blk->lon);
+    scan_double(&in, 7, &blk->elev);
+    scan_double(&in, 5, &blk->depth);
+    scan_double(&in, 5, &blk->azimuth);
+    scan_double(&in, 5, &blk->dip);
+    scan_int(&in, 4, &blk->format_id);
+    scan_int(&in, 2, &blk->record_length_read);
+    parsing().flaws.repeat(&blk->record_length_read, &blk->record_length);
+    blk->record_length = blk->record_length_read;
+    scan_double(&in, 10, &blk->sample_rate);
+    scan_double(&in, 10, &blk->max_drift);
+    scan_int(&in, 4, &blk->num_comments);
     scan_var_str(&in, blk->chan_flags);
     scan_var_str(&in, blk->start_date);
     scan_var_str(&in, blk->end_date);
-    blk->update = scan_char(&in);
+    scan_char(&in, &blk->update);
     copy_text(blk->station, parsing().blk_050.station);
     copy_text(blk->network_code, parsing().blk_050.network_code);
     fix_channel(blk);

@@ -19,22 +19,7 @@ template <class T> char *put_optional(char *to, const std::optional<T> &value)
     return put_value(to, fields::plain(*value));
 }
 
-// Texts and bytes of opaque data may be longer than any room: they go out in parts.
-
-char *put_long_text(const Pen &pen, char *to, std::string_view text)
-{
-    constexpr std::size_t At_Once = 1024;
-    to = pen.room(to, 1);
-    *to++ = '"';
-    for (; !text.empty(); text.remove_prefix(std::min(text.size(), At_Once))) {
-        const std::string_view part = text.substr(0, At_Once);
-        to = put_characters(pen.room(to, string_room(part.size())), part, Shown_Latin);
-    }
-    to = pen.room(to, Few);
-    *to++ = '"';
-    return to;
-}
-
+/// Bytes of opaque data may be more than any room: they go out in parts.
 char *put_bytes(const Pen &pen, char *to, std::string_view bytes)
 {
     constexpr std::size_t At_Once = 3072; // a multiple of 3, so that parts join
@@ -96,7 +81,7 @@ char *put_field(Pen &pen, char *to, const DataBlockette &blockette,
                                                   : put_bytes(pen, to, Field::field.value(record));
     } else {
         if (!blockette.holds(Field::field))
-            return Key<Field, ",\"", "\":null">::put(to);
+            return put_absent<Field, ",\"">(pen, to, Absence::cut);
         if constexpr (std::is_same_v<ValueOf<Field>, std::vector<std::uint16_t>>)
             return put_numbers(pen, Key<Field, ",\"", "\":">::put(to), Field::field.value(record));
         else
@@ -133,9 +118,7 @@ char *put_blockette(Pen &pen, char *to, const DataBlockette &blockette)
     to = put_number(to, blockette.offset);
     to = std::visit([&](const auto &record) { return put_record(pen, to, blockette, record); },
                     blockette.record);
-    to = pen.room(to, Few);
-    *to++ = '}';
-    return to;
+    return put_end(pen, pen.room(to, Few));
 }
 
 } // namespace

@@ -44,6 +44,7 @@ template <class Set, std::size_t I> struct At {
     static constexpr std::string_view each = field.each;
     static constexpr Meaning meaning = field.meaning;
     static constexpr Dictionary dictionary = field.dictionary;
+    static constexpr bool may_be_blank = field.may_be_blank;
     static constexpr bool Is_List = std::remove_cvref_t<decltype(field)>::Is_List;
 };
 /// What a field that is no list holds.
@@ -59,6 +60,7 @@ template <class Set, std::size_t I, std::size_t J> struct ColumnAt {
     static constexpr std::string_view each = field.each;
     static constexpr Meaning meaning = field.meaning;
     static constexpr Dictionary dictionary = field.dictionary;
+    static constexpr bool may_be_blank = field.may_be_blank;
 };
 /// What a column of a list holds in one entry.
 template <class Column>
@@ -78,7 +80,14 @@ template <class Field> struct EachOf {
     static constexpr std::string_view name = Field::each;
     static constexpr Meaning meaning = Field::meaning;
     static constexpr Dictionary dictionary = Field::dictionary;
+    static constexpr bool may_be_blank = Field::may_be_blank;
 };
+
+template <Literal Text> char *put_literal(char *to)
+{
+    std::memcpy(to, Text.text.data(), Text.size);
+    return to + Text.size;
+}
 
 /// BEFORE, the name of Named, AFTER.
 template <class Named, Literal Before, Literal After> struct Key {

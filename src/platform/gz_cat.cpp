@@ -5,6 +5,7 @@
 
 #include <array>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -59,6 +60,14 @@ Stored Stream::stored() const
     if (begin_ < 0 || fstat(fd_, &status) != 0 || !S_ISREG(status.st_mode))
         return {};
     return {lseek(fd_, 0, SEEK_CUR) - begin_, status.st_size - begin_};
+}
+
+bool Stream::would_wait() const
+{
+    if (begin_ >= 0)
+        return false;
+    pollfd descriptor = {fd_, POLLIN, 0};
+    return poll(&descriptor, 1, 0) == 0;
 }
 
 std::unique_ptr<Stream> gz_cat(const char *path)

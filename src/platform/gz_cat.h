@@ -35,6 +35,8 @@ public:
     /// returns 0.
     ssize_t read(char *to, std::size_t size);
     [[nodiscard]] Stored stored() const;
+    /// A pipe, a socket or a terminal that has nothing to read now, and is not at its end.
+    [[nodiscard]] bool would_wait() const;
     [[nodiscard]] int fd() const { return fd_; }
 
 private:

@@ -69,6 +69,17 @@ std::size_t plain_character(std::string_view bytes)
     return character.size > 0 && shows(character.code) ? character.size : 0;
 }
 
+bool is_utf8(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const std::size_t size = utf8_character(bytes).size;
+        if (size == 0)
+            return false;
+        bytes.remove_prefix(size);
+    }
+    return true;
+}
+
 bool is_plain_utf8(std::string_view bytes)
 {
     while (!bytes.empty()) {

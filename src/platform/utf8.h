@@ -19,6 +19,8 @@ Utf8Character utf8_character(std::string_view bytes);
 /// Bytes of the UTF-8 character that `bytes` begin with; 0 when there is none, or one that does not
 /// show.
 std::size_t plain_character(std::string_view bytes);
+/// Whether `bytes` are UTF-8.
+bool is_utf8(std::string_view bytes);
 
 /// Whether `bytes` are UTF-8 without control characters and others that do not show.
 bool is_plain_utf8(std::string_view bytes);

@@ -35,6 +35,7 @@ void hear(Console *console, Checker *checker, const std::string &path, const Mes
 VolumeOptions checked_options(Console *console, Checker *checker, const std::string &path)
 {
     VolumeOptions options;
+    options.large_records = true;
     options.message = [=](const Message &message) { hear(console, checker, path, message); };
     options.recover = true;
     options.passed_over = [=](const PassedOver &passed) { checker->pass_over(passed); };

@@ -1,6 +1,8 @@
 #include "programs/json_lines.h"
 
+#include "platform/json_text.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 #include "programs/progress.h"
 #include "programs/sdd.h"
 #include "json/item.h"
@@ -13,18 +15,61 @@ namespace quarl
 namespace
 {
 
-/// False when a read error ended an input file.
-bool print_items(Console *console, Volume *volume, const Selection &selection)
+std::string name_of_volume(const std::string &path)
 {
-    bool whole = true;
-    while (const Item *item = volume->next()) {
-        const auto *end = item->get<FileEnd>();
-        whole &= !(end && end->failed);
-        complain_of_types(*item);
-        if (selection.has(*item))
-            json::print_item(console->out(), *volume, *item);
+    return json::quoted(path, is_utf8(path) ? json::Charset::utf8 : json::Charset::latin1);
+}
+
+/// The reading of one volume.
+class Lines
+{
+public:
+    Lines(Console *console, const LinesWanted &wanted) : console_(*console), wanted_(wanted) {}
+
+    /// Prints all items. False when an input file failed.
+    bool print(Volume *volume)
+    {
+        while (const Item *item = volume->next()) {
+            complain_of_types(*item);
+            const auto *end = item->get<FileEnd>();
+            if (end)
+                end_file(item->place().file, *end);
+            else if (wants(*item))
+                json::print_item(console_.out(), *volume, wanted_.style, *item,
+                                 wanted_.samples ? &buffer_ : nullptr);
+        }
+        if (!has_file_) // it held nothing
+            end_file(0, FileEnd());
+        return whole_;
     }
-    return whole;
+    void end_file(int file, const FileEnd &end)
+    {
+        has_file_ = true;
+        whole_ &= !end.failed;
+        json::print_file(console_.out(), wanted_.style, file, end);
+    }
+
+private:
+    [[nodiscard]] bool wants(const Item &item) const
+    {
+        const auto *header = item.get<blk_dh_t>();
+        return wanted_.selection.has(item) &&
+               (!header || wanted_.channels.has_all() || wanted_.channels.has(item, *header));
+    }
+
+    Console &console_;
+    const LinesWanted &wanted_;
+    SampleBuffer buffer_;
+    bool has_file_ = false;
+    bool whole_ = true;
+};
+
+/// The input file that could not be opened.
+FileEnd unopened()
+{
+    FileEnd end;
+    end.failed = true;
+    return end;
 }
 
 } // namespace
@@ -41,9 +86,7 @@ bool Selection::read(std::string_view types)
             blockettes_.set(static_cast<std::size_t>(type));
         else if (word == "data")
             data_ = true;
-        else if (word == "file")
-            files_ = true;
-        else
+        else if (word != "file")
             return false;
         if (word.size() == types.size())
             return true;
@@ -56,26 +99,35 @@ bool Selection::has(const Item &item) const
     if (all_)
         return true;
     if (item.get<FileEnd>())
-        return has_files();
+        return true;
     if (item.get<blk_dh_t>())
         return data_;
     return item.type() >= 0 && blockettes_.test(static_cast<std::size_t>(item.type()));
 }
 
 int print_lines(Console *console, VolumeOptions options, const std::string &path,
-                const Selection &selection)
+                LinesWanted wanted)
 {
+    const auto say = options.message;
     options.bad_item = [console](const Item &item) { show_bad_item(console, item); };
+    wanted.style.volume = name_of_volume(path);
+    Lines lines(console, wanted);
     Follower follower(console, &options);
-    Volume volume(path, std::move(options));
-    follower.follow(volume);
-    bool whole = true;
+    std::optional<Volume> volume;
+    bool whole = false;
     try {
-        whole = print_items(console, &volume, selection);
-    } catch (const Error &) { // a reader behind a pipe does not see the status
-        if (const auto end = volume.given_up(); end && selection.has_files())
-            json::print_file(console->out(), volume, volume.progress().file, *end);
-        throw;
+        volume.emplace(path, std::move(options));
+        follower.follow(*volume);
+        whole = lines.print(&*volume);
+    } catch (const Error &error) { // a reader behind a pipe does not see the status
+        if (error.kind() == MessageKind::output_failed)
+            throw;
+        console->wipe_status();
+        const Message message{error.kind(),  error.text(), error.reason(),
+                              error.error(), {},           nullptr};
+        say ? say(message) : console->say(message);
+        const auto end = volume ? volume->given_up() : std::nullopt;
+        lines.end_file(volume ? volume->progress().file : 0, end ? *end : unopened());
     }
     console->elog_clear_register();
     return whole ? 0 : 1;

@@ -1,7 +1,9 @@
 // The run loop of quarl-json.
 #pragma once
 
+#include "inventory/selection.h"
 #include "programs/console.h"
+#include "json/style.h"
 
 #include <bitset>
 #include <quarl/volume.h>
@@ -17,20 +19,28 @@ class Selection
 public:
     /// Of types as "050,052,data,file"; false when there is something else.
     [[nodiscard]] bool read(std::string_view types);
+    /// The end of an input file is always printed: who reads has to know of a cut input.
     [[nodiscard]] bool has(const Item &item) const;
-    [[nodiscard]] bool has_files() const { return all_ || files_; }
 
 private:
     bool all_ = true;
     std::bitset<1000> blockettes_; ///< by type
     bool data_ = false;
-    bool files_ = false;
+};
+
+/// What is printed, and how.
+struct LinesWanted {
+    Selection selection;
+    ChannelSelection channels; ///< of data records
+    bool samples = false;      ///< those of data records, too
+    json::Style style;         ///< the volume's name is the reader's
 };
 
 /// Reads the volume at `path` ("-": standard input) to its end and prints a line for each item that
-/// `selection` has, with the messages of a listing. Returns the exit status: 1 when a read error
-/// ended an input file.
+/// is wanted, with the messages of a listing. What keeps it from being opened or read on is a
+/// message, too, and an object of an input file that failed; an Error of the output is thrown.
+/// Returns the exit status: 1 when an input file was not read to its end.
 int print_lines(Console *console, VolumeOptions options, const std::string &path,
-                const Selection &selection);
+                LinesWanted wanted);
 
 } // namespace quarl

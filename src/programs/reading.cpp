@@ -17,6 +17,7 @@ VolumeOptions reading_options(Console *console, std::shared_ptr<FormatSources> s
 {
     VolumeOptions options;
     options.format_sources = std::move(sources);
+    options.large_records = true;
     options.message = [console](const Message &message) { console->say(message); };
     options.before_wait = [console] { console->elog_clear_register(); };
     return options;

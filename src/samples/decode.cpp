@@ -50,10 +50,9 @@ void decode_bytes(const Decoding &task, const blk_dh_t *header)
 
 /// Finds the bytes of a record from its first sample on. False, with a complaint, when its header
 /// does not say where they are.
-bool find_data(const blk_dh_t &header, const Decoding &task, std::string_view *data)
+bool find_data(const blk_dh_t &header, int length, const Decoding &task, std::string_view *data)
 {
     const int begin = header.beg_data & 0xFFFF; // kept with a sign
-    const int length = header.raw ? header.length : 0;
     const bool inside = begin >= Fixed_Header && begin < length;
     if (inside)
         *data = {header.raw + begin, static_cast<std::size_t>(length - begin)};
@@ -142,7 +141,11 @@ Samples decode(const EncodedSamples &encoded, SampleBuffer &buffer)
     return samples;
 }
 
-Samples decode(const blk_dh_t &header, SampleBuffer &buffer)
+namespace
+{
+
+/// Of a record of which `length` bytes are there.
+Samples decode_record(const blk_dh_t &header, int length, SampleBuffer &buffer)
 {
     EncodedSamples encoded = {
         .encoding = encoding_of(header),
@@ -151,16 +154,23 @@ Samples decode(const blk_dh_t &header, SampleBuffer &buffer)
     };
     Samples samples = begin(encoded, &buffer);
     const Decoding task{encoded, buffer.room(), samples};
-    if (find_data(header, task, &encoded.data))
+    if (find_data(header, length, task, &encoded.data))
         decode_bytes(task, &header);
     samples.problems = buffer.room().problems;
     return samples;
 }
 
+} // namespace
+
+Samples decode(const blk_dh_t &header, SampleBuffer &buffer)
+{
+    return decode_record(header, header.raw ? header.length : 0, buffer);
+}
+
 Samples decode(const Item &item, SampleBuffer &buffer)
 {
     if (const auto *header = item.get<blk_dh_t>())
-        return decode(*header, buffer);
+        return decode_record(*header, header->raw ? header->length - item.missing() : 0, buffer);
     return begin({}, &buffer);
 }
 

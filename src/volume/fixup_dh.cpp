@@ -39,7 +39,7 @@ void fix_dh(blk_dh_t *blk, int /*long_order*/, int /*word_order*/)
                                               blk->minutes, blk->sec_int, blk->sec_frac);
 }
 
-void fixup_dh(blk_dh_t *blk, const read_handle_t *handle)
+bool fixup_dh(blk_dh_t *blk, const read_handle_t *handle)
 {
     fix_dh(blk, 0, 0);
     if (!(blk->activity & Correction_Applied))
@@ -48,15 +48,16 @@ void fixup_dh(blk_dh_t *blk, const read_handle_t *handle)
                      blk->sec_int + blk->sec_frac / Ticks_Per_Second);
     blk->format[0] = '\0';
     if (lookup_rec_list(handle->rec_list, blk))
-        return;
+        return true;
     blk->length = Default_Length;
     if (run().Db.database == dbINVALID)
-        return;
+        return false;
     copy_text(blk->format, lookup_seedformat(blk->stn_id, blk->chan_id, blk->epoch));
     if (!*blk->format)
         elog_complain<MessageKind::format_not_in_database,
                       "No data format for '%s', '%s' at time %s (file #%d)\n">(
             0, blk->stn_id, blk->chan_id, blk->start_time, run().Tapefile);
+    return false;
 }
 
 } // namespace quarl

@@ -22,6 +22,7 @@ void fix_dh(blk_dh_t *blk, int long_order, int word_order);
 /// Completes a parsed header: time, epoch, and record length and format from the volume's channel
 /// dictionary or, for a channel that the volume does not describe, from the database's table
 /// seedformat. A channel that an open database does not know either is complained about.
-void fixup_dh(blk_dh_t *blk, const read_handle_t *handle);
+/// Returns whether the channel dictionary has its length.
+bool fixup_dh(blk_dh_t *blk, const read_handle_t *handle);
 
 } // namespace quarl

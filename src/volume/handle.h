@@ -98,7 +98,8 @@ struct read_handle_t {
     bool framing = false;        ///< there is one
     bool cut = false;            ///< this file ended inside an item
     std::function<void(const Item &)> on_bad_item;
-    bool reads_unlisted = false; ///< types without a listing get records too
+    int largest_record = Area_Size; ///< bytes of a data record
+    bool reads_unlisted = false;    ///< types without a listing get records too
     std::function<void(const PassedOver &)> on_passed_over;
     Record unlisted; ///< the record of such a one
 };

@@ -1,4 +1,5 @@
 #include "blockette/chain.h"
+#include "blockette/flaws.h"
 #include "blockette/sdblknam.h"
 #include "volume/data_room.h"
 
@@ -27,6 +28,11 @@ std::string_view Item::bytes() const
     return bytes;
 }
 
+Absence Item::absence_at(const void *field) const
+{
+    return flaws_ ? flaws_->find(field) : Absence::none;
+}
+
 const DataBlockettes &Item::data_blockettes() const
 {
     static const DataBlockettes None;
@@ -34,7 +40,8 @@ const DataBlockettes &Item::data_blockettes() const
     if (!header || !room_->has_record) // or a control blockette that says it is one
         return None;
     if (!std::exchange(room_->has_chain, true))
-        read_chain(*header, bytes_, &room_->chain);
+        read_chain(*header, bytes_.substr(0, bytes_.size() - static_cast<std::size_t>(missing_)),
+                   &room_->chain);
     return room_->chain;
 }
 

@@ -1,6 +1,7 @@
 // How the reading fills the item that it yields.
 #pragma once
 
+#include "blockette/flaws.h"
 #include "volume/data_room.h"
 #include "volume/rseed.h"
 
@@ -26,7 +27,9 @@ struct ItemAccess {
         place.continuation_code = in.cont_code();
         item.type_ = 0;
         item.length_ = 0;
-        item.bad_ = false;
+        item.bad_ = item.cut_ = false;
+        item.missing_ = 0;
+        item.flaws_ = nullptr;
         item.record_ = nullptr;
         item.fields_size_ = 0;
         item.bytes_ = {};
@@ -37,7 +40,24 @@ struct ItemAccess {
         item.type_ = type;
         item.length_ = length;
     }
+    void record(const record_t *record) { item.record_ = record; }
     void bytes(std::string_view bytes) { item.bytes_ = bytes; }
+    /// The input lacks so many of them.
+    void missing(int bytes)
+    {
+        item.missing_ = bytes;
+        item.cut_ |= bytes > 0;
+    }
+    /// The fields without a value; they stay where they are until the next item begins.
+    void flaws(Flaws *flaws)
+    {
+        item.cut_ |= flaws->cut;
+        item.bad_ |= flaws->bad;
+        if (flaws->empty())
+            return;
+        flaws->sort();
+        item.flaws_ = flaws;
+    }
     /// A data record stands at `bytes` behind a header that is not its own.
     void data(const blk_dh_t *header, const char *bytes, const std::array<char, 8> &own_header)
     {

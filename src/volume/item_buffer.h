@@ -11,6 +11,7 @@ namespace quarl
 
 inline constexpr int Record_Header = 8; ///< logical record header, consumed by the input stream
 inline constexpr int Area_Size = 10000; ///< largest item
+inline constexpr int Largest_Data_Record = 1 << 20; ///< of a reader that takes larger ones
 
 /// The bytes of an item behind a fixed logical record header, so that a data record is held whole.
 /// The area is zero beyond the item.

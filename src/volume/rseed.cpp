@@ -47,6 +47,12 @@ constexpr int Slides = 3;
 
 std::uintptr_t place_in_page(const char *at) { return reinterpret_cast<std::uintptr_t>(at) % Page; }
 
+/// The first place from `begin` on that stands in its page where `at` does.
+char *same_place(char *begin, const char *at)
+{
+    return begin + (place_in_page(at) + Page - place_in_page(begin)) % Page;
+}
+
 void announce(const SeedInput *in, int sequence_number)
 {
     if (in->on_record)
@@ -96,11 +102,25 @@ struct SeedInput::Work {
     static void make_room(SeedInput *in)
     {
         char *begin = in->store_.data();
-        if (in->store_.size() - (in->buffer_ - begin) >= SeedInput::sZphysical + Page)
+        if (in->store_.size() - (in->buffer_ - begin) >=
+            static_cast<std::size_t>(in->capacity_) + Page)
             return;
-        char *to = begin + (place_in_page(in->buffer_) + Page - place_in_page(begin)) % Page;
+        char *to = same_place(begin, in->buffer_);
         std::memmove(to, in->buffer_, in->pbytes_ + in->ahead_);
         in->buffer_ = to;
+    }
+
+    /// Lets the buffer hold `size` bytes and as many more as it held before.
+    static void grow(SeedInput *in, int size)
+    {
+        std::vector<char> store;
+        const int capacity = SeedInput::sZphysical + size;
+        allocate(store, Slides * (capacity + Page), "handle->buffer");
+        char *to = same_place(store.data(), in->buffer_);
+        std::memcpy(to, in->buffer_, in->pbytes_ + in->ahead_);
+        in->store_ = std::move(store);
+        in->buffer_ = to;
+        in->capacity_ = capacity;
     }
 
     /// One read, of at least as many bytes as the buffer lacks. What is held is written out first:
@@ -110,10 +130,10 @@ struct SeedInput::Work {
         make_room(in);
         before_wait();
         errno = 0;
-        const std::size_t over = place_in_page(in->buffer_ + SeedInput::sZphysical);
+        const std::size_t over = place_in_page(in->buffer_ + in->capacity_);
         const int have = in->pbytes_ + in->ahead_;
-        const ssize_t count = in->stream->read(in->buffer_ + have,
-                                               SeedInput::sZphysical - have + (Page - over) % Page);
+        const ssize_t count =
+            in->stream->read(in->buffer_ + have, in->capacity_ - have + (Page - over) % Page);
         if (count > 0) {
             in->ahead_ += static_cast<int>(count);
         } else if (count == 0) {
@@ -131,7 +151,7 @@ struct SeedInput::Work {
     /// The buffer gets what one read of all that it lacks would bring, or how the input ends.
     static void read_once(SeedInput *in)
     {
-        const int room = SeedInput::sZphysical - in->pbytes_;
+        const int room = in->capacity_ - in->pbytes_;
         if (in->ahead_ < room && in->beyond_ == Ending::open)
             read_ahead(in);
         const int count = std::min(in->ahead_, room);
@@ -157,6 +177,13 @@ struct SeedInput::Work {
         in->cur_ = 0;
     }
 
+    /// Reads until the buffer reaches beyond `offset`, if it can.
+    static void read_beyond(SeedInput *in, int offset)
+    {
+        while (in->pbytes_ <= offset && offset < in->capacity_ && in->ending_ == Ending::open)
+            read_once(in);
+    }
+
     /// Reports the read error that was held back until now.
     static void report_read_error(SeedInput *in)
     {
@@ -171,7 +198,7 @@ struct SeedInput::Work {
     /// an input that was given up.
     static bool take_slowly(SeedInput *in, int from, char *dest, int n)
     {
-        if (n > SeedInput::sZphysical - from)
+        if (n > in->capacity_ - from)
             return false;
         while (in->pbytes_ < from + n && in->ending_ == Ending::open)
             read_once(in);
@@ -180,6 +207,7 @@ struct SeedInput::Work {
         const int present = std::clamp(in->pbytes_ - from, 0, n);
         std::memcpy(dest, in->buffer_ + std::min(from, in->pbytes_), present);
         std::memset(dest + present, 0, n - present);
+        in->filled_ += n - present;
         return true;
     }
 
@@ -250,8 +278,10 @@ struct SeedInput::Work {
     static bool enter_record(SeedInput *in)
     {
         RecordHeader header;
+        const int filled = in->filled_; // of the item, whose header this is not
         if (!take(in, in->start_, reinterpret_cast<char *>(&header), sizeof header))
             return false;
+        in->filled_ = filled;
         const int before = in->seq_num_;
         in->seq_num_ = read_sequence_number(in, header.sequence_number);
         std::memcpy(in->header_.data(), &header, sizeof header);
@@ -297,7 +327,8 @@ int moredata(SeedInput *in)
 {
     if (in->start_ > 0)
         SeedInput::Work::drop_used(in);
-    while (in->ending_ == Ending::open && in->pbytes_ <= Largest_Whole_Record)
+    while (in->ending_ == Ending::open && in->pbytes_ <= Largest_Whole_Record &&
+           !(in->is_prompt && in->pbytes_ > 0 && in->ahead_ == 0 && in->stream->would_wait()))
         SeedInput::Work::read_once(in);
     if (in->pbytes_ > 0)
         return 0;
@@ -321,6 +352,8 @@ int advance_by(SeedInput *in, Entry entry, int step)
     const int left = in->start_;
     in->start_ = saturated_sum(in->start_, step);
     in->cur_ = in->start_;
+    if (in->is_prompt)
+        SeedInput::Work::read_beyond(in, in->start_);
     if (has_ended(in->ending_) && in->pbytes_ <= in->start_) {
         SeedInput::Work::tell_cut(in, left); // what is missing may be fill that nobody asked for
         errno = 0;
@@ -356,6 +389,28 @@ int read_remainder_slowly(SeedInput *in, char *dest, int n)
             return 0;
     }
     return 1;
+}
+
+HeldRecord hold_record_slowly(SeedInput *in, int n)
+{
+    using Work = SeedInput::Work;
+    if (n > in->capacity_ - in->start_) {
+        const int used = std::exchange(in->start_, 0);
+        in->cur_ -= used;
+        Work::drop(in, used);
+    }
+    if (n > in->capacity_)
+        Work::grow(in, n);
+    while (in->pbytes_ < in->start_ + n && in->ending_ == Ending::open)
+        Work::read_once(in);
+    const int present = std::clamp(in->pbytes_ - in->start_, 0, n);
+    if (in->ending_ == Ending::stop && present < n)
+        return {nullptr, present};
+    if (present < n) { // nothing was read ahead
+        Work::make_room(in);
+        std::memset(in->buffer_ + in->start_ + present, 0, n - present);
+    }
+    return {in->buffer_ + in->start_, present};
 }
 
 int read_open_remainder(SeedInput *in, char *dest, int n)

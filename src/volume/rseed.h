@@ -35,19 +35,23 @@ enum class Ending {
     stop          ///< a read that waited was given up
 };
 
+/// A logical record in the buffer.
+struct HeldRecord {
+    char *bytes; ///< from its byte 0 on, until the next read; null when the reading was given up
+    int present; ///< of those that were asked for: zeros stand for those that the input lacks
+};
+
 /// One input stream: a read-ahead buffer and the current logical record in it.
 class SeedInput
 {
 public:
-    static constexpr int sZphysical = 131074; ///< capacity of the buffer in bytes
+    static constexpr int sZphysical = 131074; ///< capacity of the buffer in bytes, until it grows
 
     std::unique_ptr<Stream> stream;
     std::function<void(int)> on_record; ///< gets the sequence number of each record entered
     std::function<void()> on_entered;   ///< called when its header was read
+    bool is_prompt = false;             ///< does not wait for more than the item at hand needs
     bool recovers = false;              ///< goes on behind damage
-
-    /// The current record, whose length will be set, is at least so long.
-    void hold_header(int length) { recsiz_ = std::max(recsiz_, length); }
 
     /// Input files begun, less one; informational.
     [[nodiscard]] int fileno() const { return fileno_; }
@@ -73,6 +77,9 @@ public:
     [[nodiscard]] std::int64_t record_begin() const { return totbytes_ - pbytes_ + start_; }
     /// Bytes of it that were read.
     [[nodiscard]] int record_read() const { return cur_ - start_; }
+    /// Zeros that stood for bytes beyond the end of the input since clear_filled.
+    [[nodiscard]] int filled() const { return filled_; }
+    void clear_filled() { filled_ = 0; }
     /// Its bytes from the one with this number on, as far as the buffer holds them.
     [[nodiscard]] std::string_view record_from(int at) const
     {
@@ -103,6 +110,9 @@ private:
     friend int read_open_remainder(SeedInput *in, char *dest, int n);
     friend int read_fixed_header(SeedInput *in, char *dest, int n);
     friend int read_fixed_header_slowly(SeedInput *in, char *dest, int n);
+    friend HeldRecord hold_record(SeedInput *in, int n);
+    friend HeldRecord hold_record_slowly(SeedInput *in, int n);
+    friend void pass_record(SeedInput *in, int length);
     friend char *record_in_place(SeedInput *in, int read, int n);
     friend bool pass_held(SeedInput *in, int n);
     friend void setReadRecLen(SeedInput *in, int exponent);
@@ -110,7 +120,8 @@ private:
 
     int fileno_ = -1;
     std::vector<char> store_;      ///< room in which the buffer slides
-    char *buffer_ = nullptr;       ///< read-ahead buffer of sZphysical bytes inside `store_`
+    int capacity_ = sZphysical;    ///< bytes of the buffer
+    char *buffer_ = nullptr;       ///< read-ahead buffer of these bytes inside `store_`
     int pbytes_ = 0;               ///< bytes held in the buffer
     int ahead_ = 0;                ///< bytes behind them that were read, too, and come next
     Ending ending_ = Ending::open; ///< what follows the bytes held
@@ -118,6 +129,7 @@ private:
     int read_error_ = 0;           ///< errno of the read that failed, or 0 ...
     std::string read_reason_;      ///< ... and its words
     bool told_cut_ = false;
+    int filled_ = 0;
     bool length_open_ = false; ///< the record's length is about to turn out, a cut is told then
     std::int64_t totbytes_ = 0;
     std::int64_t recno_ = 0;
@@ -141,8 +153,8 @@ std::unique_ptr<SeedInput> newSeedInput(const std::string &path);
 /// forgotten.
 void clrSeedInput(SeedInput *in);
 
-/// Refills the buffer until it holds more than 64 KiB or the input ends. 0; -1 when nothing is
-/// left.
+/// Refills the buffer until it holds more than 64 KiB or the input ends; that of a prompt input, as
+/// far as there is something to read. 0; -1 when nothing is left.
 int moredata(SeedInput *in);
 
 /// Moves to the next logical record and reads its header. 0; -1 when there is none. The user is
@@ -214,6 +226,25 @@ inline char *record_in_place(SeedInput *in, int read, int n)
         return nullptr;
     in->cur_ += n;
     return in->buffer_ + in->start_;
+}
+
+/// hold_record for bytes that do not all stand in the buffer.
+HeldRecord hold_record_slowly(SeedInput *in, int n);
+
+/// The first `n` bytes of the current record, read or not, in one piece: the buffer grows to hold
+/// them. They are not limited by the length that the record seems to have.
+inline HeldRecord hold_record(SeedInput *in, int n)
+{
+    if (n > in->pbytes_ - in->start_)
+        return hold_record_slowly(in, n);
+    return {in->buffer_ + in->start_, n};
+}
+
+/// The length of the current record has turned out, and it was read to its end.
+inline void pass_record(SeedInput *in, int length)
+{
+    in->recsiz_ = length;
+    in->cur_ = in->start_ + length;
 }
 
 /// Moves past the next `n` bytes when the buffer holds them.

@@ -49,7 +49,10 @@ void open_input(State *state, const std::string &path)
 {
     state->handle = seed_read(path);
     state->handle->on_bad_item = state->options.bad_item;
+    state->handle->logical->is_prompt = state->options.unlisted;
     state->handle->reads_unlisted = state->options.unlisted;
+    if (state->options.unlisted && state->options.large_records)
+        state->handle->largest_record = Largest_Data_Record;
     state->parsing.for_listing = !state->options.unlisted;
     state->handle->logical->on_record = state->options.record;
     state->handle->logical->recovers = state->options.recover;

@@ -14,7 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0; // the target "compressed" reads these
     const MemoryFile volume(bytes);
     run_one([&](Console *console) {
-        print_lines(console, reading_options(console, nullptr), volume.path(), Selection());
+        LinesWanted wanted;
+        wanted.samples = wanted.style.has_seconds = wanted.style.takes_utf8 = true;
+        print_lines(console, reading_options(console, nullptr), volume.path(), wanted);
     });
     return 0;
 }

@@ -10,31 +10,32 @@ import sys
 
 BEGIN = ".\\\" The keys, by tests/json/man_keys.py --print"
 END = ".\\\" End of the keys"
+MARKS = ["leap_second", "cut", "bad", "volume"]
 SHARED = ["item", "type", "name", "file", "offset", "record", "length"]
 
 
 def described(schema):
     """What a member is, in few words."""
+    about = schema.get("description", "")
     if "$ref" in schema:
-        return "time"
+        return f"time; {about}"
     if "const" in schema:
         return json.dumps(schema["const"])
     if "enum" in schema:
         return " or ".join(json.dumps(one) for one in schema["enum"])
     kind = schema["type"]
     text = " or ".join(kind) if isinstance(kind, list) else kind
-    about = schema.get("description", "")
-    return f"{text}; {about}" if about and kind != ["string", "null"] else text
+    return f"{text}; {about}" if about else text
 
 
 def rows(schema, depth=0):
     """A line for each key; those of lists below their list."""
     for key, value in schema["properties"].items():
-        if depth == 0 and key in SHARED:
+        if depth == 0 and key in SHARED or key in MARKS or key.endswith(("_seconds", "_raw")):
             continue
         name = "\\ \\ " * depth + key
         if value.get("type") == "array" and "properties" in value["items"]:
-            yield f".It {name} Ta array"
+            yield f".It {name} Ta array; {value['description']}"
             yield from rows(value["items"], depth + 1)
         else:
             yield f".It {name} Ta {described(value)}"

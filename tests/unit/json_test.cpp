@@ -97,34 +97,60 @@ TEST(JsonText, WritesNumbersThatReadBack)
     }
 }
 
-TEST(JsonTime, HasTheDecimalsOfItsText)
+/// "TIME SECONDS" of a text, with what else is said of it.
+std::string told(std::string_view text, bool is_end)
+{
+    const json::TimeTold told = json::told_by(text, is_end);
+    std::string all = "none";
+    if (told.parts)
+        all = written([&](char *to) { return json::put_time(to, *told.parts); }) + ' ' +
+              written([&](char *to) { return json::put_seconds(to, time_of(*told.parts)); });
+    return all + (told.leap_second ? " leap" : "") + (told.shows_raw ? " raw" : "") +
+           (told.bad ? " bad" : "");
+}
+
+TEST(JsonTime, HasOneWidth)
 {
     const struct {
-        std::string_view time, expected;
+        std::string_view time, start, end;
     } cases[] = {
-        {"2021,152", R"("2021-06-01T00:00:00Z")"},
-        {"2021,152,23:59:58.", R"("2021-06-01T23:59:58Z")"},
-        {"2021,152,23:59:58.12", R"("2021-06-01T23:59:58.12Z")"},
-        {"2016,366,23:59:60.0000", R"("2016-12-31T23:59:60.0000Z")"},
-        {"2021,1,1:2:3.123456789", R"("2021-01-01T01:02:03.123456789Z")"},
-        {"unknown", ""},
+        {"2021,152", R"("2021-06-01T00:00:00.000000Z" 1622505600.000000)", ""},
+        {"2021,152,23:59:58.", R"("2021-06-01T23:59:58.000000Z" 1622591998.000000)", ""},
+        {"2021,152,23:59:58.12", R"("2021-06-01T23:59:58.120000Z" 1622591998.120000)", ""},
+        {"1969,365,23:59:59.9999", R"("1969-12-31T23:59:59.999900Z" -0.000100)", ""},
+        {"2016,366,23:59:60.0001", R"("2017-01-01T00:00:00.000100Z" 1483228800.000100 leap)", ""},
+        {"9999,365,23:59:60", "none leap raw", "none raw"},
+        {"2021,1,1:2:3.123456000", R"("2021-01-01T01:02:03.123456Z" 1609462923.123456)", ""},
+        {"2021,1,1:2:3.123456789", R"("2021-01-01T01:02:03.123456Z" 1609462923.123456 raw)", ""},
+        {"2499,365", R"("2499-12-31T00:00:00.000000Z" 16725139200.000000)", ""},
+        {"2599,365,23:59:59.9999", R"("2599-12-31T23:59:59.999900Z" 19880899199.999900)",
+         "none raw"},
+        {"", "none", ""},
+        {"unknown", "none raw bad", ""},
+        {"2020,999", "none raw bad", ""},
     };
-    for (const auto &one : cases)
-        EXPECT_EQ(written([&](char *to) { return json::put_time(to, one.time); }), one.expected);
+    for (const auto &one : cases) {
+        EXPECT_EQ(told(one.time, false), one.start) << one.time;
+        EXPECT_EQ(told(one.time, true), one.end.empty() ? one.start : one.end) << one.time;
+    }
 }
 
 /// The lines for a recipe's volume.
-std::string lines(const std::string &recipe, const char *types)
+std::string lines(const std::string &recipe, const char *types, json::Style style = {})
 {
     const std::string path = testing::TempDir() + "json_test." + std::to_string(getpid());
     write_file(path, parse_recipe(recipe).volume());
     const Captured captured = capture([&] {
-        Selection selection;
-        EXPECT_TRUE(selection.read(types));
-        print_lines(&console(), reading_options(&console(), nullptr), path, selection);
+        LinesWanted wanted;
+        wanted.style = std::move(style);
+        EXPECT_TRUE(wanted.selection.read(types));
+        print_lines(&console(), reading_options(&console(), nullptr), path, wanted);
     });
     unlink(path.c_str());
-    return captured.out;
+    std::string all = captured.out;
+    for (std::size_t at = all.find(path); at != std::string::npos; at = all.find(path))
+        all.replace(at, path.size(), "VOLUME");
+    return all;
 }
 
 TEST(JsonLines, TellWhatAVolumeHolds)
@@ -154,17 +180,17 @@ raw 000004T\s
         R"("record":2,"length":84,"station":"QRL","latitude":34.9459,"longitude":-106.4572,)"
         R"("elevation":1850,"site_name":"Quarry","network_identifier_code":2,)"
         R"("network_identifier":null,"word_order_32_bit":3210,"word_order_16_bit":10,)"
-        R"("start_effective_date":"2020-01-01T00:00:00Z","end_effective_date":"2020,999",)"
-        R"("update_flag":"N","network":"G","bad":true})"
+        R"("start_effective_date":"2020-01-01T00:00:00.000000Z","end_effective_date":null,)"
+        R"("end_effective_date_raw":"2020,999","update_flag":"N","network":"G","bad":true})"
         "\n"
         R"({"item":"blockette","type":60,"name":"Response Reference","file":0,"offset":604,)"
         R"("record":2,"length":21,"network":"G","station":"QRL","location":null,"channel":null,)"
-        R"("epoch_start":null,"number_of_stages":1,"stages":[{"stage_sequence_number":2,)"
+        R"("epoch_start":null,"epoch_end":null,"number_of_stages":1,"stages":[{"stage_sequence_number":2,)"
         R"("number_of_responses":2,"responses":[{"response_code":16,"response":"DEC"},)"
         R"({"response_code":99,"response":null}]}]})"
         "\n"
-        R"({"item":"file","file":0,"complete":false,"cut":true,"failed":false,"stopped":false,)"
-        R"("bytes":1544,"logical_records":4,"parameter_bytes":107,"data_bytes":512,)"
+        R"({"item":"file","volume":"VOLUME","file":0,"complete":false,"cut":true,"failed":false,"stopped":false,)"
+        R"("bytes":1544,"records":4,"logical_records":4,"parameter_bytes":107,"data_bytes":512,)"
         R"("waste_bytes":925,"types":[{"item":"data","name":"Data","count":1,"bytes":512},)"
         R"({"item":"blockette","type":34,"name":"Units Abbreviation","count":1,"bytes":23},)"
         R"({"item":"blockette","type":47,"name":"Decimation Dictionary Blockette","count":1,)"
@@ -233,7 +259,8 @@ TEST(JsonLines, HaveTheDataBlockettes)
          R"("actual_sample_rate":0.10000000149011612,"flags":0},{"type":999,"offset":76}]})"},
         {"blk=395/z12 blk=395/t:2024,367,00:00:00.0001/z2",
          R"({"type":395,"offset":56,"end_of_calibration_time":null},{"type":395,"offset":72,)"
-         R"("end_of_calibration_time":"2024,367,00:00:00.0001"}],"bad":true})"},
+         R"("end_of_calibration_time":null,"end_of_calibration_time_raw":"2024,367,00:00:00.0001"}],)"
+         R"("bad":true})"},
         {"blk=100/u4:2139095040/z4 blk=405/u2:1/u2:65535 begin=76",
          R"({"type":100,"offset":56,"actual_sample_rate":null,"flags":0},{"type":405,)"
          R"("offset":68,"delay_values":[1,65535]}],"bad":true})"},
@@ -243,10 +270,97 @@ TEST(JsonLines, HaveTheDataBlockettes)
          R"("opaque_header_fields":[{"opaque_header_field":"\"x"}],"opaque_data":"YWJj"}]})"},
         {"b1000=11,1,7 length=128 blk=500/f4:1/t:2024,061,01:02:03.0004/i1:5/u1:6/u4:7/a16:E/a40:M",
          R"("exception_type":"E","clock_model":"M","clock_status":null}],)"
-         R"("remark":"blockette 500 at byte 56 is cut","bad":true})"},
+         R"("remark":"blockette 500 at byte 56 is cut","cut":true,"bad":true})"},
     };
     for (const auto &[words, expected] : cases) {
         const std::string line = lines(head + words, "data");
+        EXPECT_NE(line.find(expected), std::string::npos) << words << '\n' << line;
+    }
+}
+
+TEST(JsonLines, InventNothing)
+{
+    const std::string record = "records 256\nheader A\n";
+    const std::pair<std::string, std::string> cases[] = {
+        // A number that is none, with something behind it, not finite, or blank.
+        {"050 QRL\\s\\s|34 56 78N\\s|-106.457200|      x|0002|001|Quarry~00A|3210|  "
+         "|2020,001~~N|G\\s",
+         R"("latitude":null,"longitude":-106.4572,"elevation":null,"site_name":"Quarry",)"
+         R"("network_identifier_code":null,"network_identifier":null,"word_order_32_bit":3210,)"
+         R"("word_order_16_bit":null,)"},
+        {"048 0001|X~6.02D+09\\s\\s\\s\\s|         inf|00",
+         R"("sensitivity_or_gain":6.02e+09,"frequency":null,"number_of_history_values":0,)"
+         R"("history":[],"bad":true})"},
+        {"048 0001|X~1.5d 02\\s\\s\\s\\s\\s|   1.0E+0\\s\\s\\s|00",
+         R"("sensitivity_or_gain":150,"frequency":1,"number_of_history_values":0,"history":[]})"},
+        {"048 0001|X~0x10        |            |-1",
+         R"("sensitivity_or_gain":null,"frequency":null,"number_of_history_values":null,)"
+         R"("history":[],"bad":true})"},
+        // A blank that the standard allows.
+        {"051 2020,001~2020,002~0001|      ",
+         R"("comment_code":1,"comment":null,"comment_level":null})"},
+        {"051 2020,001~2020,002~    |     1",
+         R"("comment_code":null,"comment":null,"comment_level":1,"bad":true})"},
+        {"057 01|20.0000000|5.000|00000|           | 0.0000E+00",
+         R"("decimation_factor":5,"decimation_offset":0,"estimated_delay":null,)"
+         R"("correction_applied":0,"bad":true})"},
+        // A list is read on behind an entry that is bad, and holds what is there.
+        {"041 0001|X~A|000|000|0003| 1.0000000E+00|       no\\s\\s\\s\\s\\s| 3.0000000E+00",
+         R"("coefficients":[{"coefficient":1},{"coefficient":null},{"coefficient":3}],"bad":true})"},
+        {"058 00|  1.0000E+00|  1.0000E+00|02|  5.0000E-01|  1.0000E+00|2020,001~",
+         R"("number_of_history_values":2,"history":[{"sensitivity":0.5,"frequency":1,)"
+         R"("time":"2020-01-01T00:00:00.000000Z"}],"cut":true,"bad":true})"},
+        {"061 01|F~A|000|000|0003| 1.0000000E+00| 2.0000000E+00",
+         R"("number_of_coefficients":3,"coefficients":[{"coefficient":1},{"coefficient":2}],)"
+         R"("cut":true,"bad":true})"},
+        {"034 001|M/S~Velo", R"("unit_name":"M/S","unit_description":null,"cut":true,"bad":true})"},
+    };
+    for (const auto &[words, expected] : cases) {
+        const std::string line = lines(record + words + "\n", words.substr(0, 3).c_str());
+        EXPECT_NE(line.find(expected), std::string::npos) << words << '\n' << line;
+    }
+}
+
+TEST(JsonLines, AreWrittenAsAsked)
+{
+    const std::string station =
+        "header S\n050 QRL\\s\\s| 34.945900|-106.457200| 1850.0|0002|001|"
+        "caf\\xC3\\xA9 \\xC3~002|3210|10|2016,366,23:59:60~2599,365~N|G\\s\n";
+    const std::string unit = "header A\n034 001|M/S~caf\\xC3\\xA9~\n";
+    const struct {
+        std::string recipe, expected;
+        json::Style style;
+    } cases[] = {
+        {unit, "\"unit_description\":\"caf\u00c3\u00a9\"", {}},
+        {unit, "\"unit_description\":\"caf\u00e9\"", {.takes_utf8 = true}},
+        {station, "\"site_name\":\"caf\u00c3\u00a9 \u00c3\"", {.takes_utf8 = true}},
+        {station,
+         R"("start_effective_date":"2017-01-01T00:00:00.000000Z","end_effective_date":null,)"
+         R"("end_effective_date_raw":"2599,365","update_flag":"N","network":"G","leap_second":true})",
+         {}},
+        {station,
+         R"("start_effective_date_seconds":1483228800.000000,"end_effective_date":null,)"
+         R"("end_effective_date_seconds":null,)",
+         {.has_seconds = true}},
+        {station, R"({"volume":"VOLUME","item":"blockette","type":50,)", {.has_name = true}},
+        {station, R"({"volume":"VOLUME","item":"file","file":0,)", {.has_name = true}},
+        {"", R"({"item":"file","volume":"VOLUME","file":0,"complete":true,"cut":false,)", {}},
+    };
+    for (const auto &one : cases) {
+        const std::string line = lines(one.recipe, "034,050", one.style);
+        EXPECT_NE(line.find(one.expected), std::string::npos) << one.expected << '\n' << line;
+    }
+}
+
+TEST(JsonLines, TellNumbersWithoutASign)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"samples=40000 rate=1,1", R"("samples":40000,)"},
+        {"rate=20,0", R"("sample_rate":0,"samples":100,"sample_rate_factor":20,)"},
+        {"begin=40000", R"("beginning_of_data":40000,)"},
+    };
+    for (const auto &[words, expected] : cases) {
+        const std::string line = lines("data b1000=11,1,9 " + words, "data");
         EXPECT_NE(line.find(expected), std::string::npos) << words << '\n' << line;
     }
 }

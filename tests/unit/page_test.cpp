@@ -273,7 +273,7 @@ TEST_F(PageRun, PartsOfVolumes)
     EXPECT_EQ(page({file("empty.seed", "")}).status, "0");
 
     // What cannot go on is behind something that can be shown, or is the first thing.
-    const std::string large = VolumeBuilder().data({.b1000 = DataOnly{.exponent = 14}}).volume();
+    const std::string large = VolumeBuilder().data({.b1000 = DataOnly{.exponent = 21}}).volume();
     EXPECT_EQ(page({file("large.seed", large)}).status, "2");
     const Outcome part = page({file("part.seed", whole.substr(0, 24576) + large)});
     EXPECT_EQ(part.status, "1") << part.err;

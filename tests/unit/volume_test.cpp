@@ -487,7 +487,7 @@ TEST(Volume, ReadsBeyondTheListingWithoutAWord)
         {56, corners + "0003" + r21 + r22 + r21, "1 of 3: 21 -22 91/55"},
         {56, corners + "9999", "0 of 9999: 239995/19"},
         {56, corners + "-001", "0 of 0: bad 19/19"},
-        {56, corners + "0002           x" + r22 + r21 + r22, "2 of 2: 0 -22 0 0 bad 43/67"},
+        {56, corners + "0002           x" + r22 + r21 + r22, "2 of 2: 0 -22 21 -22 bad 67/67"},
         {58, gain + "02" + r21 + r22 + "2020,001~" + r21 + r22 + "~",
          "2 of 2: 21 -22 21 -22 '2020,001' '' 93/93"},
         {58, gain + "99" + r21 + r22 + "~", "1 of 99: 21 -22 '' 2510/60"},
@@ -561,6 +561,56 @@ TEST(VolumeEvents, OfInputFilesAndTheirEnds)
     };
     for (const auto &c : cases)
         EXPECT_EQ(events_of_files(c.files, c.options), "\n" + c.events);
+}
+
+/// "LENGTH QUALITY SAMPLES MISSING" of each data record.
+std::string records_of(const std::string &volume, VolumeOptions options)
+{
+    const TempFile file("records.", volume);
+    std::string all;
+    options.message = [](const Message & /*message*/) {};
+    try {
+        for (const Item &item : Volume(file, std::move(options)))
+            if (const auto *header = item.get<blk_dh_t>())
+                all += formatted<"%d %c %d %d %s|">(item.length(), header->quality_indicator,
+                                                    header->nsamps, item.missing(),
+                                                    item.bytes().substr(0, 8));
+    } catch (const Error &error) {
+        all += name_of(error.kind());
+    }
+    return all;
+}
+
+TEST(Volume, ReadsDataRecordsOfAnyLength)
+{
+    const std::string letters = "DRQM";
+    for (int exponent = 7; exponent <= 20; ++exponent) {
+        SCOPED_TRACE(exponent);
+        VolumeBuilder volume;
+        std::string expected;
+        for (int i = 0; i < 4; ++i) {
+            const int of_record = i == 2 ? 9 : exponent; // another length among them
+            const char letter = letters[static_cast<std::size_t>(i)];
+            volume.data({.seq = i + 1,
+                         .quality = letter,
+                         .samples = 40000 + i,
+                         .length = 1 << of_record,
+                         .b1000 = DataOnly{.exponent = of_record}});
+            expected += formatted<"%d %c %d 0 00000%d%c |">(1 << of_record, letter, 40000 + i,
+                                                            i + 1, letter);
+        }
+        const std::string bytes = volume.volume();
+        EXPECT_EQ(records_of(bytes, {.large_records = true}), expected);
+        if (exponent > 13) {
+            EXPECT_EQ(records_of(bytes, {}), "item-too-large");
+        }
+        const std::string cut =
+            records_of(bytes.substr(0, bytes.size() - 70), {.large_records = true});
+        EXPECT_NE(cut.find(" 70 000004M |"), std::string::npos) << cut;
+    }
+    EXPECT_EQ(records_of(VolumeBuilder().data({.b1000 = DataOnly{.exponent = 21}}).volume(),
+                         {.large_records = true}),
+              "item-too-large");
 }
 
 } // namespace
