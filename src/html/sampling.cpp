@@ -190,7 +190,7 @@ double grid_place(double frequency)
 {
     const double place = Per_Decade * std::log10(frequency) + Grid_Zero;
     const double whole = std::round(place);
-    return std::abs(place - whole) < 1e-7 ? whole : place;
+    return std::abs(place - whole) < 1e-5 ? whole : place;
 }
 
 std::vector<double> base_frequencies(const Response &response, double sample_rate)

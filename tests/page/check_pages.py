@@ -117,7 +117,10 @@ def check_shares(data, page):
 def interpolated(curve, frequency):
     """Amplitude of a filter at a frequency."""
     at = 20 * math.log10(frequency) + 60
-    i = min(max(1, bisect.bisect_left(curve["at"], at)), len(curve["at"]) - 1)
+    i = bisect.bisect_left(curve["at"], at - 1e-3)
+    if i < len(curve["at"]) and curve["at"][i] < at + 1e-3:  # a point of the curve
+        return curve["amplitude"][i] or 0
+    i = min(max(1, i), len(curve["at"]) - 1)
     a, b = curve["at"][i - 1:i + 1]
     low, high = curve["amplitude"][i - 1:i + 1]
     share = min(max((at - a) / (b - a), 0), 1)
