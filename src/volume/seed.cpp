@@ -166,9 +166,9 @@ std::string_view text_to_parse(const read_handle_t &handle)
 {
     if (parsing().for_listing)
         return handle.item.text();
-    const std::string_view bytes = handle.now.bytes();
+    const std::size_t size = handle.now.bytes().size(); // those of type -1 are another text
     const auto missing = static_cast<std::size_t>(handle.now.missing());
-    return bytes.substr(0, bytes.size() - std::min(missing, bytes.size()));
+    return handle.item.text().substr(0, size - std::min(missing, size));
 }
 
 int frame_control(read_handle_t *handle, Record *record, int *type)
