@@ -114,6 +114,8 @@ void Checker::add(const Item &item)
         add_data(item, *header);
     else
         add_control(item);
+    if (const auto *end = item.get<FileEnd>())
+        input_.is_whole = !end->failed && !end->stopped;
     context_->complaints.clear();
     context_->formats_differ = false;
 }
@@ -268,7 +270,8 @@ std::vector<Finding> Checker::take(Inventory *taken)
     context_->inventory.finish();
     if (!any_record_) {
         (void)findings_.take();
-        look(input_);
+        if (input_.is_whole)
+            look(input_);
         if (taken)
             *taken = std::move(context_->inventory);
         begin();

@@ -76,6 +76,7 @@ struct Marked {
 /// An input without any logical record of SEED.
 struct NoRecords {
     bool is_empty = true;
+    bool is_whole = true;        ///< what there is was read to its end
     std::array<char, 8> begin{}; ///< its first bytes
 };
 

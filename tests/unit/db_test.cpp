@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <optional>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -315,14 +318,22 @@ TEST_F(PostgresTest, ServerThatFallsSilent)
     sql(Fresh + Create + Insert);
     setenv("QUARL_DBTIMEOUT", "1", 1);
     const std::string server = url_.substr(url_.find("host=") + 5) + "/.s.PGSQL.5432";
-    Relay relay(server, path(".s.PGSQL.5432"));
+    std::optional<Relay> relay(std::in_place, server, path(".s.PGSQL.5432"));
     Dbptr db = dbinvalid();
     ASSERT_EQ(VXdbopen(("postgresql://quarl@/postgres?host=" + directory_).c_str(), "r", &db), 0);
-    relay.silent = true;
+    relay->silent = true;
     testing::internal::CaptureStderr();
     EXPECT_EQ(rows_of(db), "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), Unread + "no answer within 1 s\n");
     EXPECT_EQ(rows_of(db), "") << "asked again";
+    relay.reset();
+    // The thread that was given up sees that now; it must not do so while the process ends.
+    const auto threads = [] {
+        const std::filesystem::directory_iterator all("/proc/self/task");
+        return std::distance(begin(all), end(all));
+    };
+    while (threads() > 1)
+        usleep(1000);
 }
 
 /// The same before there is a session: a server that lets in whoever comes, and then says nothing.
