@@ -195,6 +195,7 @@ Source read_source(const WrittenSource &written)
 template <class Made, class Written> std::vector<Made> read_all(const Written &written, auto read)
 {
     std::vector<Made> all;
+    all.reserve(std::size(written));
     for (const auto &each : written)
         all.push_back(read(each));
     return all;

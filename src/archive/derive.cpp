@@ -1,5 +1,7 @@
 #include "archive/derive.h"
 
+#include "platform/format.h"
+
 namespace quarl::archive
 {
 
@@ -155,6 +157,7 @@ std::vector<Recipe> data_recipes()
 std::vector<TableSync> made(DatabaseWriter *database, std::vector<Recipe> recipes)
 {
     std::vector<TableSync> all;
+    all.reserve(recipes.size());
     for (Recipe &recipe : recipes)
         all.emplace_back(database, std::move(recipe));
     return all;
@@ -304,13 +307,13 @@ void Derived::derive_events()
     events_[2].run();
     database_->run("update origin set evid = orid where orid in (select orid from scope_orid)");
     for (const char *type : {"mb", "ms", "ml"}) {
-        const std::string name(type);
         const std::string of =
-            " from netmag m where m.orid = origin.orid and lower(m.magtype) = '" + name +
-            "' order by m.magid limit 1)";
-        database_->run("update origin set " + name + " = coalesce((select m.magnitude" + of +
-                       ", -999.0), " + name + "id = coalesce((select m.magid" + of +
-                       ", -1) where orid in (select orid from scope_orid)");
+            formatted<" from netmag m where m.orid = origin.orid and lower(m.magtype) = '%s'"
+                      " order by m.magid limit 1)">(type);
+        database_->run(
+            formatted<"update origin set %s = coalesce((select m.magnitude%s, -999.0),"
+                      " %sid = coalesce((select m.magid%s, -1)"
+                      " where orid in (select orid from scope_orid)">(type, of, type, of));
     }
     database_->run("insert into scope_arrival (sta, time, chan, iphase, auth)"
                    " select distinct sta, time, chan, iphase, auth from (select sta, time, chan,"

@@ -116,6 +116,7 @@ std::vector<KnownVolume> Merge::known(const std::vector<std::string> &paths)
 std::vector<KnownVolume> Merge::known_sums(const std::vector<VolumeToMerge> &volumes)
 {
     std::vector<std::string> sums;
+    sums.reserve(volumes.size());
     for (const VolumeToMerge &volume : volumes)
         sums.push_back(volume.sum);
     return read_known(database_.ask("select " + std::string(Known_Columns) + " from " +
@@ -129,6 +130,7 @@ std::vector<KnownVolume> Merge::known_sums(const std::vector<VolumeToMerge> &vol
 Merge::Plan Merge::plan(const std::vector<VolumeToMerge> &volumes)
 {
     std::vector<std::string> paths;
+    paths.reserve(volumes.size());
     for (const VolumeToMerge &volume : volumes)
         paths.push_back(volume.file.path);
     std::unordered_map<std::string, KnownVolume> by_path;

@@ -1,5 +1,6 @@
 #include "archive/source_merge.h"
 
+#include "platform/format.h"
 #include "platform/read_number.h"
 #include "platform/text.h"
 
@@ -178,9 +179,8 @@ std::vector<Contradiction> SourceMerge::contradictions()
         columns += ", c.n" + std::to_string(i) + ", c.o" + std::to_string(i);
     std::string inner;
     for (std::size_t i = 0; i < source_.told; ++i) {
-        const std::string number = std::to_string(i);
-        inner += ", n." + source_.columns[i].name + " as n" + number + ", o." +
-                 source_.columns[i].name + " as o" + number;
+        const std::string &name = source_.columns[i].name;
+        inner += formatted<", n.%s as n%lu, o.%s as o%lu">(name, i, name, i);
     }
     const TextRows rows = database_->ask(
         sql("select c.volid, c.other, c.wins" + columns +

@@ -2,6 +2,7 @@
 
 #include "archive/data_runs.h"
 #include "platform/calendar.h"
+#include "platform/format.h"
 #include "platform/sha256.h"
 #include "platform/text.h"
 
@@ -77,7 +78,7 @@ RowText &StatementRows::cut(RowText &row, std::string_view text, Statement state
 void StatementRows::tell_cuts(const std::string &subject)
 {
     for (const std::string &each : cuts_)
-        told_.insert(subject + ": " + each);
+        told_.insert(formatted<"%s: %s">(subject, each));
     cuts_.clear();
 }
 
@@ -203,7 +204,7 @@ std::string StatementRows::add_origin(const Inventory &inventory, const blk_071_
     row.real(time, Always).real(origin.lat, -999.0).real(origin.lon, -999.0);
     row.real(origin.depth, -999.0);
     cut(row, text_of(inventory, Dictionary::sources, origin.source_id), Statement::origin, "auth");
-    const std::string place = digest_of(row.values());
+    std::string place = digest_of(row.values());
     RowText whole;
     whole.any(place);
     const auto number = [](int value) { return value > 0 ? value : -1; };

@@ -170,7 +170,7 @@ void parse_060(blk_060_t *blk, std::string_view buff)
             allocate(stage.lookup_key, held, "blk->lookup_key");
             for (int &key : stage.lookup_key)
                 scan_int(&in, Key, &key);
-            in.advance(Key * (stage.num_keys_promised - held));
+            in.advance(std::size_t{Key} * static_cast<std::size_t>(stage.num_keys_promised - held));
         });
 }
 

@@ -144,8 +144,10 @@ void stage_units(const Context & /*context*/, const ResponseSeen &seen, const Re
         if (stage.filters.empty())
             return {};
         const StageSeen *last = std::exchange(before, &stage);
+        if (!last)
+            return {};
         const std::string &takes = stage.filters.front()->input().name;
-        const std::string &gives = last ? last->filters.back()->output().name : takes;
+        const std::string &gives = last->filters.back()->output().name;
         if (takes.empty() || gives.empty() || is_same_unit(takes, gives))
             return {};
         return "takes " + quoted(takes) + ", " + stage_text(*last) + " gives " + quoted(gives);

@@ -167,6 +167,7 @@ void weave(std::vector<T> *all, const std::vector<T> &added, const std::vector<s
 void weave(Sampled *into, const std::vector<double> &frequencies, const Evaluation &more)
 {
     std::vector<std::size_t> behind;
+    behind.reserve(frequencies.size());
     for (const double f : frequencies)
         behind.push_back(static_cast<std::size_t>(std::ranges::upper_bound(into->frequencies, f) -
                                                   into->frequencies.begin() - 1));
