@@ -1,6 +1,8 @@
 // Data records, by themselves, against the headers, and one after the other.
 #include "check/rule.h"
 
+#include "blockette/data_format.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -101,22 +103,9 @@ void data_length(const Context &context, const DataSeen &data, const Report &rep
 
 std::string encoding_text(int encoding)
 {
-    struct Named {
-        int encoding;
-        const char *name;
-    };
-    static constexpr std::array Names = {Named{0, "text"},
-                                         Named{1, "16-bit integers"},
-                                         Named{2, "24-bit integers"},
-                                         Named{3, "32-bit integers"},
-                                         Named{4, "32-bit floats"},
-                                         Named{5, "64-bit floats"},
-                                         Named{10, "Steim 1"},
-                                         Named{11, "Steim 2"}};
-    const auto *found = std::find_if(Names.begin(), Names.end(),
-                                     [&](const Named &row) { return row.encoding == encoding; });
+    const std::string_view name = encoding_name(encoding);
     const std::string number = std::to_string(encoding);
-    return found == Names.end() ? number : number + " (" + found->name + ")";
+    return name.empty() ? number : number + " (" + std::string(name) + ")";
 }
 
 void data_format(const Context &context, const DataSeen &data, const Report &report)

@@ -51,7 +51,7 @@ void sensitivity_value(const Context & /*context*/, const ResponseSeen &seen, co
         });
 }
 
-/// Weather and health channels have a frequency as a placeholder.
+/// Weather and health channels have a frequency that means nothing.
 void sensitivity_frequency(const Context & /*context*/, const ResponseSeen &seen,
                            const Report &report)
 {

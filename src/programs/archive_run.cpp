@@ -345,7 +345,7 @@ std::string removed_text(std::int64_t count) { return counted(count, "volume") +
 /// The path under which the archive may know a file that need not be there any more.
 std::string path_of_gone(const std::string &name)
 {
-    const std::string real = real_path(name);
+    std::string real = real_path(name);
     if (!real.empty())
         return real;
     const std::size_t slash = name.rfind('/');

@@ -58,7 +58,8 @@ void write_resp_files(const std::vector<NamedInventory> &volumes, const StationX
             for (const auto &[inventory, epoch] : epochs)
                 write_resp(to, *inventory, *epoch);
         };
-        write_file(folder + "/" + name, [&](Out &out) { write_as_stream(out, write); });
+        write_file(std::filesystem::path(folder) / name,
+                   [&](Out &out) { write_as_stream(out, write); });
     }
 }
 

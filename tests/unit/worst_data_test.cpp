@@ -67,7 +67,9 @@ TEST(WorstData, SeriesMeetTheirChannels)
     const auto code = [](const char *network, const char *channel = "BHZ") {
         return quarl::ChannelCode(network, "QRL", "", channel);
     };
-    const auto data = [](double start) { return SeriesSeen::End{true, true, start, start + 5, 20}; };
+    const auto data = [](double start) {
+        return SeriesSeen::End{true, true, start, start + 5, 20};
+    };
     quarl::SeriesEnds ends;
     ends.meet(1, code("XX"), data(0)); // no entry was there
     for (const char *network : {"XX", "XX", "YY", ""})
