@@ -10,7 +10,11 @@ list(TRANSFORM QUARL_TARGETS REPLACE "(.+)" "${CMAKE_SOURCE_DIR}/src/programs/\\
 function(quarl_add_programs)
   foreach(program target main IN ZIP_LISTS QUARL_PROGRAMS QUARL_TARGETS QUARL_MAINS)
     add_executable(${target} ${main})
-    target_link_libraries(${target} PRIVATE quarl_tools)
+    if(program STREQUAL quarl)
+      target_link_libraries(${target} PRIVATE quarl_listing)
+    else()
+      target_link_libraries(${target} PRIVATE quarl_tools)
+    endif()
     target_precompile_headers(${target} REUSE_FROM quarl_precompiled)
     # Half of the start-up time of a small C++ program is the loading of the C++ library.
     if(NOT QUARL_SANITIZE)

@@ -124,9 +124,7 @@ std::size_t find_blockette(std::string_view text)
             const std::size_t behind = at + length;
             if (behind > text.size())
                 chain[at] = 1;
-            else if (is_end(text.substr(behind)))
-                chain[at] = Enough;
-            else if (chain[behind] > 0)
+            else if (is_end(text.substr(behind)) || chain[behind] > 0)
                 chain[at] = Enough;
         }
         if (chain[at] >= Enough && text[at] != '\n')

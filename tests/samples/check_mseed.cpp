@@ -33,7 +33,7 @@ public:
     explicit Records(std::string path) : path_(std::move(path)) {}
     Records(const Records &) = delete;
     Records &operator=(const Records &) = delete;
-    ~Records() { (void)next(nullptr); }
+    ~Records() { ms_readmsr(&record_, nullptr, 0, nullptr, nullptr, 0, 1, 0); } // closes it
 
     /// Null at the end; throws at what libmseed takes for no record.
     const MSRecord *next()
@@ -122,6 +122,7 @@ std::string described(const char *format, std::size_t size, int length)
     volume.header('S').blockette(50, b050({}));
     volume.blockette(52, b052({.exponent = length == 512 ? 9 : 12}));
     std::vector<std::int32_t> values;
+    values.reserve(9000);
     for (int i = 0; i < 9000; ++i)
         values.push_back(i * i % 3001 - 1500);
     const int version = std::string(format).find("Steim2") == 0 ? 2 : 1;

@@ -56,7 +56,7 @@ protected:
     {
         std::swap(database_, file_);
         merge({path("in")});
-        const std::string all = contents();
+        std::string all = contents();
         std::swap(database_, file_);
         return all;
     }
@@ -100,6 +100,7 @@ TEST_F(PostgresArchiveTest, FourRunsAreAsOne)
 {
     const int null = open("/dev/null", O_RDWR);
     std::vector<pid_t> children;
+    children.reserve(4);
     for (int i = 0; i < 4; ++i)
         children.push_back(
             start(program(), {"-j", "2", database_, path("in")}, {null, null, null}));

@@ -406,6 +406,7 @@ TEST_F(ArchiveTest, WritersTakeTurns)
     std::filesystem::remove(database_);
     const int null = open("/dev/null", O_RDWR);
     std::vector<pid_t> children;
+    children.reserve(3);
     for (int i = 0; i < 3; ++i)
         children.push_back(start(program(), {database_, path("in")}, {null, null, null}));
     for (const pid_t child : children)

@@ -73,7 +73,7 @@ TEST(CheckDamage, LaterFaultsAreTold)
     volume.data.clear();
     volume.series.clear();
     volume.span_index.clear();
-    volume.edit = [](std::string bytes) { return bytes.erase(3 * 4096, 4096); };
+    volume.edit = [](std::string bytes) { return bytes.erase(std::size_t{3} * 4096, 4096); };
     const std::string found = findings(volume.bytes());
     EXPECT_NE(found.find("4: volume: sequence number 000005 follows 000003: sequence number 000004 "
                          "is missing; 1 channel epoch is not judged, whose headers this cuts +0 "

@@ -244,6 +244,7 @@ TEST_F(MseedRun, LeavesWhatIsNotItsOwn)
 TEST_F(MseedRun, KilledRunsLeaveFilesOldOrNew)
 {
     std::vector<DataRecord> records;
+    records.reserve(1000);
     for (int i = 0; i < 1000; ++i)
         records.push_back(at(formatted_second(i), "B" + std::to_string(10 + i % 30)));
     const std::string volume = put("volume", records);
@@ -252,7 +253,7 @@ TEST_F(MseedRun, KilledRunsLeaveFilesOldOrNew)
     for (const std::string &name : files("whole"))
         whole[name] = read("whole/" + name);
     ASSERT_EQ(whole.size(), 30U);
-    const std::string half = put("half", read_file(volume).substr(0, 500 * 512));
+    const std::string half = put("half", read_file(volume).substr(0, std::size_t{500} * 512));
     EXPECT_EQ(convert({"--sds", path("half_done"), half}), "0");
     int old_ones = 0;
     int new_ones = 0;

@@ -100,6 +100,7 @@ Made make(const std::string &volume)
 std::vector<std::int32_t> ramp()
 {
     std::vector<std::int32_t> values;
+    values.reserve(5000);
     for (int i = 0; i < 5000; ++i)
         values.push_back(i * i % 1000 - 7);
     return values;
@@ -287,7 +288,11 @@ TEST(MiniRecord, TellsWhatCannotBe)
     };
     for (const auto &row : rows)
         EXPECT_EQ(make(row.volume).fault, row.fault);
-    EXPECT_EQ(make(changed(0, std::string("  \0001 ", 6))).fault, "");
+    EXPECT_EQ(make(changed(0, std::string("  \0"
+                                          "1 \0",
+                                          6)))
+                  .fault,
+              "");
     // A length that cannot be is mended.
     const Made mended = make(
         described("32-Bit Integer Format", 9, {.b1000 = DataOnly{.encoding = 3, .exponent = 3}}));

@@ -110,15 +110,14 @@ const Carried Cases[] = {
     {"a sound volume",
      [](SoundVolume &) {},
      {"<?xml version=\"1.0\" encoding=\"UTF-8\"?><FDSNStationXML ", "<Source>Org</Source>",
-      "<Network code=\"XX\"><Description>Test network</Description><Station code=\"QRL\" "
+      "<Network code=\"XX\"><Description>Test network</Description><Station code=\"QRL\" ",
       "startDate=\"2020-01-01T00:00:00Z\"><Latitude>0</Latitude>",
-      "<Site><Name>Test site</Name></Site><Channel code=\"BHZ\" "
+      "<Site><Name>Test site</Name></Site><Channel code=\"BHZ\" ",
       "startDate=\"2020-01-01T00:00:00Z\" locationCode=\"\">",
-      "<Dip>-90</Dip><Type>CONTINUOUS</Type><Type>GEOPHYSICAL</Type><SampleRate>20</SampleRate>"
+      "<Dip>-90</Dip><Type>CONTINUOUS</Type><Type>GEOPHYSICAL</Type><SampleRate>20</SampleRate>",
       "<CalibrationUnits><Name>V</Name>",
-      "<InstrumentSensitivity><Value>1e+05</Value><Frequency>1</Frequency><InputUnits>"
-      "<Name>M/S</Name>",
-      "<NormalizationFactor>6.2839</NormalizationFactor>",
+      "<InstrumentSensitivity><Value>1e+05</Value><Frequency>1</Frequency><InputUnits>",
+      "<Name>M/S</Name>", "<NormalizationFactor>6.2839</NormalizationFactor>",
       "<Stage number=\"2\"><Coefficients><InputUnits><Name>V</Name>",
       "<Symmetry>ODD</Symmetry><NumeratorCoefficient i=\"1\">0.25</NumeratorCoefficient>",
       "<Decimation><InputSampleRate>80</InputSampleRate><Factor>4</Factor><Offset>0</Offset>"}},
